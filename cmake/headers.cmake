@@ -1,0 +1,12 @@
+# kro_check_headers(target): compiles every header of the current folder alone, as part of the normal build.
+function(kro_check_headers target)
+  file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.h)
+  set(sources)
+  foreach(header ${headers})
+    set(source ${CMAKE_CURRENT_BINARY_DIR}/headers/${header}.cpp)
+    file(CONFIGURE OUTPUT ${source} CONTENT "#include \"${CMAKE_CURRENT_SOURCE_DIR}/${header}\"\n")
+    list(APPEND sources ${source})
+  endforeach()
+  add_library(${target}_headers OBJECT ${sources})
+  target_link_libraries(${target}_headers PRIVATE ${target})
+endfunction()

@@ -1,0 +1,15 @@
+# Warnings and sanitizers, carried by one interface target that every target of ours links.
+
+set(KRO_SANITIZE "" CACHE STRING "Sanitizers to compile with, comma-separated (address,undefined or thread)")
+
+add_library(kro_options INTERFACE)
+target_compile_options(kro_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Wcast-qual -Woverloaded-virtual
+  -Wimplicit-fallthrough -Werror)
+target_include_directories(kro_options INTERFACE ${PROJECT_SOURCE_DIR})
+
+if(KRO_SANITIZE)
+  target_compile_options(kro_options INTERFACE -fsanitize=${KRO_SANITIZE} -fno-sanitize-recover=all
+    -fno-omit-frame-pointer)
+  target_link_options(kro_options INTERFACE -fsanitize=${KRO_SANITIZE})
+endif()
