@@ -1,0 +1,63 @@
+#include "host/BufferedInputStream.h"
+
+#include "host/readSome.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace veltra::dataio {
+
+BufferedInputStream::BufferedInputStream(InputStreamPtr inner, std::int64_t bufferByteCount)
+    : inner_(std::move(inner)), start_(inner_->position()),
+      capacity_(static_cast<std::size_t>(
+          std::clamp<std::int64_t>(inner_->available(), 1, std::max<std::int64_t>(bufferByteCount, 1)))) {}
+
+void BufferedInputStream::read(std::uint8_t* dst, std::size_t byteCount) {
+    while (byteCount > 0) {
+        std::size_t count = std::min(byteCount, buffered());
+        if (count > 0) {
+            std::memcpy(dst, buffer_.get() + begin_, count);
+            begin_ += count;
+        } else if (byteCount >= capacity_) {
+            count = readSome(*inner_, dst, byteCount);
+        } else {
+            fill();
+        }
+        dst += count;
+        byteCount -= count;
+    }
+}
+
+void BufferedInputStream::skip(std::size_t byteCount) {
+    const std::size_t count = std::min(byteCount, buffered());
+    begin_ += count;
+    if (count < byteCount)
+        inner_->skip(byteCount - count);
+}
+
+std::int64_t BufferedInputStream::available() {
+    return static_cast<std::int64_t>(buffered()) + inner_->available();
+}
+
+void BufferedInputStream::close() {
+    begin_ = end_ = 0;
+    buffer_.reset();
+    inner_->close();
+}
+
+std::span<const std::uint8_t> BufferedInputStream::peek() {
+    if (buffered() == 0 && inner_->available() > 0)
+        fill();
+    return {buffer_.get() + begin_, buffered()};
+}
+
+/// Puts the next block into the empty buffer: at least one byte, or the stream below says why there is none.
+void BufferedInputStream::fill() {
+    if (!buffer_)
+        buffer_ = std::make_unique_for_overwrite<std::uint8_t[]>(capacity_);
+    begin_ = end_ = 0;
+    const auto available = static_cast<std::size_t>(inner_->available());
+    end_ = readSome(*inner_, buffer_.get(), std::clamp<std::size_t>(available, 1, capacity_));
+}
+
+} // namespace veltra::dataio

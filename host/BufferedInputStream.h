@@ -1,0 +1,37 @@
+#pragma once
+
+#include "host/InputStreamInterface.h"
+
+#include <span>
+
+namespace veltra::dataio {
+
+/// The bytes of the stream below, fetched in blocks. The buffer is no larger than what there is to read, and a request
+/// of a block or more goes straight to the stream below.
+class BufferedInputStream final : public InputStreamInterface {
+public:
+    BufferedInputStream(InputStreamPtr inner, std::int64_t bufferByteCount);
+
+    void read(std::uint8_t* dst, std::size_t byteCount) override;
+    void skip(std::size_t byteCount) override;
+    std::int64_t available() override;
+    std::uint64_t position() override { return inner_->position() - start_ - buffered(); }
+    void close() override;
+
+    /// The bytes that come next and stand in the buffer: at least one unless the stream is at its end. They are not
+    /// consumed; skip() does that. Valid until the next call of another operation. Throws IOException like read().
+    std::span<const std::uint8_t> peek();
+
+private:
+    std::size_t buffered() const { return end_ - begin_; }
+    void fill();
+
+    InputStreamPtr inner_;
+    std::uint64_t start_; // where the stream below stood
+    std::size_t capacity_;
+    std::unique_ptr<std::uint8_t[]> buffer_; // allocated at the first fill, left uninitialised
+    std::size_t begin_ = 0;                  // the unread part of buffer_
+    std::size_t end_ = 0;
+};
+
+} // namespace veltra::dataio

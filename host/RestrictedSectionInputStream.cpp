@@ -1,0 +1,35 @@
+#include "host/RestrictedSectionInputStream.h"
+
+#include "host/exceptions.h"
+#include "host/messages.h"
+
+#include <algorithm>
+
+namespace veltra::dataio {
+
+RestrictedSectionInputStream::RestrictedSectionInputStream(InputStreamPtr inner, std::uint64_t length)
+    : inner_(std::move(inner)), start_(inner_->position()), length_(length) {}
+
+void RestrictedSectionInputStream::read(std::uint8_t* dst, std::size_t byteCount) {
+    const std::uint64_t count = std::min<std::uint64_t>(byteCount, length_ - position());
+    inner_->read(dst, count);
+    if (count < byteCount)
+        throw IOException(unexpectedEndOfData);
+}
+
+void RestrictedSectionInputStream::skip(std::size_t byteCount) {
+    const std::uint64_t count = std::min<std::uint64_t>(byteCount, length_ - position());
+    inner_->skip(count);
+    if (count < byteCount)
+        throw IOException(unexpectedEndOfData);
+}
+
+std::int64_t RestrictedSectionInputStream::available() {
+    const std::uint64_t rest = length_ - position();
+    // At the section's end the stream below is left alone: looking ahead there may fail on what is not ours.
+    if (rest == 0)
+        return 0;
+    return static_cast<std::int64_t>(std::min(rest, static_cast<std::uint64_t>(inner_->available())));
+}
+
+} // namespace veltra::dataio

@@ -1,0 +1,45 @@
+#include "host/messages.h"
+
+#include <boost/format.hpp>
+
+namespace veltra {
+
+namespace {
+
+/// Keeps a dialog readable where a whole damaged file stands in one word.
+std::string quoted(std::string_view text) {
+    constexpr std::size_t characterLimit = 80;
+    const bool isLong = text.size() > characterLimit;
+    return '"' + std::string(text.substr(0, characterLimit)) + (isLong ? "...\"" : "\"");
+}
+
+} // namespace
+
+std::string unableToOpen(const std::string& path, const std::string& reason) {
+    return "Unable to open \"" + path + "\": " + reason;
+}
+
+std::string unableToRead(const std::string& path, const std::string& reason) {
+    return "Unable to read \"" + path + "\": " + reason;
+}
+
+std::string unexpectedEndOfFile(const std::string& path) {
+    return "Unexpected end of file in \"" + path + "\"";
+}
+
+std::string foreignBase64Character(std::uint8_t character) {
+    const bool isPrintable = character > 0x20 && character < 0x7F;
+    const std::string found = isPrintable ? std::string{'"', static_cast<char>(character), '"'}
+                                          : (boost::format("byte 0x%02X") % unsigned{character}).str();
+    return "Found " + found + " in base64 text where a letter, digit, \"+\", \"/\" or padding with \"=\" is expected";
+}
+
+std::string notANumber(std::string_view text, std::string_view kind) {
+    return quoted(text) + " is not " + std::string(kind);
+}
+
+std::string numberOutOfRange(std::string_view text, const std::string& smallest, const std::string& largest) {
+    return quoted(text) + " is not in the range from " + smallest + " to " + largest;
+}
+
+} // namespace veltra
