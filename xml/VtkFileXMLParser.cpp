@@ -1,0 +1,310 @@
+#include "xml/VtkFileXMLParser.h"
+
+#include "xml/messages.h"
+
+#include "host/exceptions.h"
+
+#include <boost/algorithm/string/predicate.hpp>
+
+#include <algorithm>
+#include <array>
+#include <locale>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+
+namespace veltra::vtkfile {
+
+namespace {
+
+// Writers disagree on the case of this attribute, even within one file.
+const XMLParser::Names nameSpellings{"name", "Name"};
+
+constexpr std::array<std::string_view, 3> supportedDatasetTypes{"UnstructuredGrid", "PUnstructuredGrid",
+                                                                "vtkMultiBlockDataSet"};
+
+struct FormatName {
+    std::string_view name;
+    DataArrayFormat format;
+};
+constexpr std::array<FormatName, 3> formatNames{
+    {{"ascii", DataArrayFormat::Ascii}, {"appended", DataArrayFormat::Appended}, {"binary", DataArrayFormat::Binary}}};
+
+/// In the order of DataArrayType.
+constexpr std::array<std::string_view, dataArrayTypeCount> typeNames{"Int8",   "UInt8", "Int16",  "UInt16",  "Int32",
+                                                                     "UInt32", "Int64", "UInt64", "Float32", "Float64"};
+
+bool equalsIgnoringCase(const std::string& left, const char* right) {
+    return boost::algorithm::iequals(left, right, std::locale::classic());
+}
+
+DataArrayFormat arrayFormat(const std::string& value) {
+    const auto found = std::find_if(formatNames.begin(), formatNames.end(),
+                                    [&](const FormatName& entry) { return entry.name == value; });
+    if (found == formatNames.end())
+        throw IOException(unsupportedArrayFormat(value));
+    return found->format;
+}
+
+DataArrayType arrayType(const std::string& value) {
+    const auto found = std::find(typeNames.begin(), typeNames.end(), value);
+    if (found == typeNames.end())
+        throw IOException(unsupportedArrayType(value));
+    return static_cast<DataArrayType>(found - typeNames.begin());
+}
+
+/// A value of an attribute that selects between two settings, or the first of them when the value is absent.
+bool isSecondOf(const std::optional<std::string>& value, const char* first, const char* second,
+                std::string (*message)(const std::string&)) {
+    if (!value || equalsIgnoringCase(*value, first))
+        return false;
+    if (!equalsIgnoringCase(*value, second))
+        throw IOException(message(*value));
+    return true;
+}
+
+// A part that is no number passes as std::stoi reports it, in the words that users' scripts know.
+std::uint16_t versionPart(const std::string& digits) {
+    if (digits.empty())
+        throw std::invalid_argument("invalid stoi argument");
+    try {
+        return static_cast<std::uint16_t>(std::stoi(digits));
+    } catch (const std::out_of_range&) {
+        throw std::out_of_range("stoi argument out of range");
+    }
+}
+
+FileVersion parseVersion(const std::string& text) {
+    if (text.find_first_not_of("0123456789.") != text.npos)
+        throw IOException(badVersion(text));
+    std::array<std::uint16_t, 3> parts{};
+    std::size_t begin = 0;
+    for (std::uint16_t& part : parts) {
+        const std::size_t end = std::min(text.find('.', begin), text.size());
+        part = versionPart(text.substr(begin, end - begin));
+        if (end == text.size())
+            break;
+        begin = end + 1;
+    }
+    return {parts[0], parts[1], parts[2]};
+}
+
+} // namespace
+
+/// The element that arrays stand in, and what follows for them.
+struct VtkFileXMLParser::Section {
+    std::string_view element;
+    std::uint64_t tupleCount;
+    ValueLocation_e valueLocation;
+};
+
+const VtkFileXMLParser::Section VtkFileXMLParser::fieldDataSection{"FieldData", 1, ValueLocation_Nodal};
+
+VtkFileXMLParser::VtkFileXMLParser(std::shared_ptr<const boost::filesystem::path> path,
+                                   std::unique_ptr<ParseProgress> progress)
+    : path_(std::move(path)), progress_(std::move(progress)), xml_(*path_) {}
+
+void VtkFileXMLParser::parse() {
+    if (!xml_.open())
+        throw IOException(openFailed);
+    keepGoing_ = progress_->report("Parsing XML file...", 0);
+    while (keepGoing_ && !appendedDataFound_ && xml_.hasMoreInput()) {
+        if (!xml_.readNext())
+            throw IOException(xml_.errorString());
+        dispatch();
+    }
+}
+
+void VtkFileXMLParser::dispatch() {
+    if (xml_.isStartElement("VTKFile"))
+        parseHeader();
+    else if (xml_.isStartElement("DataSet"))
+        parseDataSet();
+    else if (xml_.isStartElement("Block"))
+        parseBlock();
+    else if (xml_.isEndElement("Block"))
+        blockName_.clear();
+    else if (xml_.isStartElement("FieldData"))
+        parseSection(fieldDataSection, fieldData_);
+    else if (xml_.isStartElement("Piece"))
+        parsePieceElement();
+    else if (xml_.isStartElement("AppendedData"))
+        parseAppendedData();
+}
+
+void VtkFileXMLParser::parseHeader() {
+    // The presence of a title counts, not its text: zones and scripts of older sessions rely on the one-byte title.
+    if (xml_.hasAttribute("title"))
+        header_.title = std::string(1, '\x01');
+    else
+        header_.title = xml_.getOptionalAttribute(nameSpellings);
+
+    header_.type = xml_.getAttribute("type");
+    if (const auto version = optionalAttribute("version"))
+        header_.version = parseVersion(*version);
+    header_.bigEndian = isSecondOf(optionalAttribute("byte_order"), "LittleEndian", "BigEndian", badByteOrder);
+    const auto compressor = optionalAttribute("compressor");
+    header_.compressed = compressor.has_value();
+    if (compressor && !equalsIgnoringCase(*compressor, "vtkZLibDataCompressor"))
+        throw IOException(badCompressor(*compressor));
+    header_.headerSize = isSecondOf(optionalAttribute("header_type"), "UInt32", "UInt64", badHeaderType) ? 8 : 4;
+    if (std::find(supportedDatasetTypes.begin(), supportedDatasetTypes.end(), header_.type) ==
+        supportedDatasetTypes.end())
+        throw IOException(unsupportedDatasetType(header_.type));
+    header_.isParallel = header_.type == "PUnstructuredGrid";
+    header_.isMultiBlock = header_.type == "vtkMultiBlockDataSet";
+}
+
+void VtkFileXMLParser::parsePieceElement() {
+    if (header_.isParallel) {
+        if (!xml_.hasAttribute("Source"))
+            throw IOException(pieceWithoutSource);
+        addReference(xml_.getAttribute("Source"));
+    } else if (!header_.isMultiBlock) { // there a piece only wraps data sets
+        parsePiece();
+    }
+}
+
+void VtkFileXMLParser::parsePiece() {
+    Piece piece;
+    piece.name = xml_.hasAnyAttribute(nameSpellings) ? xml_.getAnyAttribute(nameSpellings) : fileStem();
+    piece.numberOfPoints = xml_.getAttributeAs<std::uint64_t>("NumberOfPoints", 0);
+    piece.numberOfCells = xml_.getAttributeAs<std::uint64_t>("NumberOfCells", 0);
+    piece.points.file = path_;
+    piece.points.name = std::make_shared<const std::string>();
+
+    std::vector<DataArray> points;
+    while (advanceWithin("Piece")) {
+        if (xml_.isStartElement("Points"))
+            parseSection({"Points", piece.numberOfPoints, ValueLocation_Nodal}, points);
+        else if (xml_.isStartElement("Cells"))
+            parseSection({"Cells", piece.numberOfCells, ValueLocation_CellCentered}, piece.cells);
+        else if (xml_.isStartElement("PointData"))
+            parseSection({"PointData", piece.numberOfPoints, ValueLocation_Nodal}, piece.variables);
+        else if (xml_.isStartElement("CellData"))
+            parseSection({"CellData", piece.numberOfCells, ValueLocation_CellCentered}, piece.variables);
+        else if (xml_.isStartElement("FieldData"))
+            parseSection(fieldDataSection, fieldData_);
+    }
+    if (!points.empty())
+        piece.points = std::move(points.front());
+    pieces_.push_back(std::move(piece));
+}
+
+void VtkFileXMLParser::parseSection(const Section& section, std::vector<DataArray>& arrays) {
+    while (advanceWithin(section.element)) {
+        if (!xml_.isStartElement("DataArray"))
+            continue;
+        if (section.element == "Points" && !arrays.empty())
+            throw IOException(tooManyPointsArrays);
+        arrays.push_back(parseDataArray(section));
+        reportProgress(section.element);
+    }
+}
+
+DataArray VtkFileXMLParser::parseDataArray(const Section& section) {
+    DataArray array;
+    array.file = path_;
+    array.format = arrayFormat(optionalAttribute("format").value_or("ascii"));
+    array.type = arrayType(optionalAttribute("type").value_or("Float32"));
+    array.name = std::make_shared<const std::string>(xml_.getOptionalAttribute(nameSpellings));
+    array.numberOfTuples = section.tupleCount;
+    array.numberOfComponents = xml_.getAttributeAs<std::uint16_t>("NumberOfComponents", 1);
+    array.valueLocation = section.valueLocation;
+    array.compressed = header_.compressed;
+    array.bigEndian = header_.bigEndian;
+    array.headerSize = header_.headerSize;
+    if (array.format == DataArrayFormat::Appended)
+        array.offset = xml_.getAttributeAs<std::uint64_t>("offset", 0);
+    else
+        locateInlineData(array);
+    return array;
+}
+
+void VtkFileXMLParser::locateInlineData(DataArray& array) {
+    array.offset = xml_.position();
+    if (xml_.isEmptyElement())
+        return;
+    xml_.skipWhitespace();
+    array.offset = xml_.position();
+    if (!xml_.feedThrough('<'))
+        throw IOException(openingTagMissing);
+    if (array.format == DataArrayFormat::Ascii)
+        array.length = xml_.position() - array.offset;
+}
+
+void VtkFileXMLParser::parseAppendedData() {
+    const std::string encoding = xml_.getAttribute("encoding");
+    const bool raw = equalsIgnoringCase(encoding, "raw");
+    if (!raw && !equalsIgnoringCase(encoding, "base64"))
+        throw IOException(badAppendedEncoding(encoding));
+    if (xml_.isEmptyElement() || !xml_.feedThrough('_'))
+        throw IOException(appendedPrefixMissing);
+
+    const std::uint64_t start = xml_.position();
+    forEachArray([&](DataArray& array) {
+        array.appendedRaw = raw;
+        // A sum that wraps would point back into the file; the largest position is refused when the array is read.
+        if (array.format == DataArrayFormat::Appended)
+            array.offset = std::max(array.offset + start, array.offset);
+    });
+    appendedDataFound_ = true; // what follows is not XML
+}
+
+void VtkFileXMLParser::parseDataSet() {
+    if (!header_.isMultiBlock)
+        throw IOException(dataSetOutsideMultiBlock);
+    if (!xml_.hasAttribute("file"))
+        throw IOException(dataSetWithoutFile);
+    addReference(xml_.getAttribute("file"));
+    dataSetNames_.push_back(
+        {blockName_, xml_.hasAnyAttribute(nameSpellings) ? xml_.getAnyAttribute(nameSpellings) : fileStem()});
+}
+
+void VtkFileXMLParser::parseBlock() {
+    if (!header_.isMultiBlock)
+        throw IOException(blockOutsideMultiBlock);
+    blockName_ = xml_.getOptionalAttribute(nameSpellings);
+}
+
+void VtkFileXMLParser::addReference(const std::string& reference) {
+    // Joining to an absolute path leaves that as it stands.
+    const boost::filesystem::path path(reference);
+    referencedFiles_.push_back(
+        std::make_shared<const boost::filesystem::path>(path.is_absolute() ? path : path_->parent_path() / path));
+}
+
+/// Goes to the next token within an element; false at its end and when parsing is over.
+bool VtkFileXMLParser::advanceWithin(std::string_view element) {
+    if (!keepGoing_ || appendedDataFound_)
+        return false;
+    if (!xml_.readNext())
+        throw IOException(xml_.errorString());
+    return !xml_.isEndElement(element);
+}
+
+void VtkFileXMLParser::reportProgress(std::string_view element) {
+    const std::uint64_t position = xml_.position();
+    keepGoing_ = progress_->report("Parsing " + std::string(element) + "...",
+                                   position - std::exchange(reportedPosition_, position));
+}
+
+std::optional<std::string> VtkFileXMLParser::optionalAttribute(std::string_view name) const {
+    return xml_.hasAttribute(name) ? std::optional(xml_.getAttribute(name)) : std::nullopt;
+}
+
+std::string VtkFileXMLParser::fileStem() const {
+    return path_->stem().string();
+}
+
+template <class Visit>
+void VtkFileXMLParser::forEachArray(Visit visit) {
+    std::for_each(fieldData_.begin(), fieldData_.end(), visit);
+    for (Piece& piece : pieces_) {
+        visit(piece.points);
+        std::for_each(piece.cells.begin(), piece.cells.end(), visit);
+        std::for_each(piece.variables.begin(), piece.variables.end(), visit);
+    }
+}
+
+} // namespace veltra::vtkfile

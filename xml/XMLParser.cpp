@@ -1,0 +1,235 @@
+#include "xml/XMLParser.h"
+
+#include "xml/messages.h"
+
+#include "host/BufferedInputStream.h"
+#include "host/FileInputStream.h"
+#include "host/exceptions.h"
+
+#include <QByteArray>
+#include <QXmlStreamReader>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <span>
+
+namespace veltra::vtkfile {
+
+namespace {
+
+constexpr std::int64_t bufferByteCount = 0x80000;
+
+/// More than any writer's tag or comment, and little enough to be held several times over.
+constexpr std::size_t markupByteLimit = 0x100000;
+
+constexpr std::string_view whitespace = " \t\n\v\f\r";
+
+using Bytes = std::span<const std::uint8_t>;
+
+std::size_t find(Bytes bytes, char byte) {
+    const void* hit = std::memchr(bytes.data(), byte, bytes.size());
+    return hit ? static_cast<std::size_t>(static_cast<const std::uint8_t*>(hit) - bytes.data()) : bytes.size();
+}
+
+std::size_t findNonWhitespace(Bytes bytes) {
+    const auto isBlank = [](std::uint8_t byte) { return whitespace.find(static_cast<char>(byte)) != whitespace.npos; };
+    return static_cast<std::size_t>(std::find_if_not(bytes.begin(), bytes.end(), isBlank) - bytes.begin());
+}
+
+QLatin1String latin1(std::string_view text) {
+    return QLatin1String(text.data(), static_cast<int>(text.size()));
+}
+
+template <class QtString>
+std::string utf8(const QtString& text) {
+    const QByteArray bytes = text.toUtf8();
+    return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
+}
+
+} // namespace
+
+void checkEncoding(const boost::filesystem::path& path) {
+    dataio::FileInputStream stream(path);
+    if (stream.available() <= 2)
+        return;
+    std::array<std::uint8_t, 2> mark{};
+    stream.read(&mark[0], 1);
+    stream.read(&mark[1], 1);
+    if ((mark[0] == 0xFF && mark[1] == 0xFE) || (mark[0] == 0xFE && mark[1] == 0xFF))
+        throw IOException(utf16Unsupported);
+}
+
+struct XMLParser::Impl {
+    boost::filesystem::path path;
+    std::shared_ptr<dataio::FileInputStream> file;
+    std::shared_ptr<dataio::BufferedInputStream> stream;
+    QByteArray pending; // read from the stream and not yet handed to the XML reader
+    QXmlStreamReader reader;
+    QXmlStreamReader::TokenType token = QXmlStreamReader::NoToken;
+    QXmlStreamAttributes attributes; // of the current start element
+    std::uint64_t position = 0;      // in the stream, behind the last byte fed or passed over
+    std::uint64_t fileSize = 0;
+    bool lookAhead = false;    // `position` is one byte too far
+    bool emptyElement = false; // the last tag fed ended in "/>"
+    bool rootBegun = false;
+    std::size_t depth = 0;           // of open elements
+    std::size_t openMarkupBytes = 0; // fed since the last whole token; not 0 within a tag or comment
+
+    /// Passes over the bytes before the first that `findEnd` finds in a block. False at the end of the file.
+    template <class FindEnd>
+    bool passOver(FindEnd findEnd) {
+        for (Bytes bytes = stream->peek(); !bytes.empty(); bytes = stream->peek()) {
+            const std::size_t end = findEnd(bytes);
+            stream->skip(end);
+            if (end < bytes.size())
+                return true;
+        }
+        return false;
+    }
+
+    /// Moves bytes from the stream to `pending` through the first `>` or to the end of the file.
+    void collectTag() {
+        for (Bytes bytes = stream->peek(); !bytes.empty(); bytes = stream->peek()) {
+            const std::size_t end = find(bytes, '>');
+            const std::size_t count = std::min(end + 1, bytes.size());
+            openMarkupBytes += count;
+            if (openMarkupBytes > markupByteLimit)
+                throw IOException(markupTooLong(markupByteLimit));
+            pending.append(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(count));
+            stream->skip(count);
+            if (end < bytes.size())
+                return;
+        }
+    }
+
+    /// Hands the next tag to the reader, with the text before it only where that may still turn out to be markup.
+    /// False when the file has nothing more.
+    bool feedTag() {
+        if (rootBegun && openMarkupBytes == 0)
+            passOver([](Bytes bytes) { return find(bytes, '<'); });
+        collectTag();
+        position = stream->position();
+        lookAhead = false;
+        emptyElement = pending.endsWith("/>");
+        if (pending.isEmpty())
+            return false;
+        reader.addData(pending);
+        pending.clear();
+        return true;
+    }
+
+    void readToken() {
+        token = reader.readNext();
+        while (token == QXmlStreamReader::Invalid && reader.error() == QXmlStreamReader::PrematureEndOfDocumentError &&
+               feedTag())
+            token = reader.readNext();
+        if (token != QXmlStreamReader::Invalid)
+            openMarkupBytes = 0;
+    }
+};
+
+XMLParser::XMLParser(boost::filesystem::path path) : impl_(std::make_unique<Impl>()) {
+    impl_->path = std::move(path);
+}
+
+XMLParser::~XMLParser() = default;
+
+bool XMLParser::open() {
+    try {
+        impl_->file = std::make_shared<dataio::FileInputStream>(impl_->path);
+    } catch (const IOException&) {
+        return false; // the caller has a sentence of its own for every reason
+    }
+    checkEncoding(impl_->path);
+    impl_->stream = std::make_shared<dataio::BufferedInputStream>(impl_->file, bufferByteCount);
+    impl_->fileSize = static_cast<std::uint64_t>(impl_->stream->available());
+    return impl_->fileSize > 0;
+}
+
+bool XMLParser::readNext() {
+    impl_->readToken();
+    if (impl_->token == QXmlStreamReader::StartElement) {
+        impl_->attributes = impl_->reader.attributes();
+        impl_->rootBegun = true;
+        ++impl_->depth;
+    } else if (impl_->token == QXmlStreamReader::EndElement) {
+        --impl_->depth;
+    }
+    return impl_->reader.error() == QXmlStreamReader::NoError;
+}
+
+bool XMLParser::hasMoreInput() const {
+    return !impl_->rootBegun || impl_->depth > 0;
+}
+
+std::string XMLParser::errorString() const {
+    return utf8(impl_->reader.errorString());
+}
+
+bool XMLParser::isStartElement(std::string_view name) const {
+    return impl_->token == QXmlStreamReader::StartElement && impl_->reader.name() == latin1(name);
+}
+
+bool XMLParser::isEndElement(std::string_view name) const {
+    return impl_->token == QXmlStreamReader::EndElement && impl_->reader.name() == latin1(name);
+}
+
+bool XMLParser::isEmptyElement() const {
+    return impl_->emptyElement;
+}
+
+bool XMLParser::hasAnyAttribute(Names names) const {
+    return std::any_of(names.begin(), names.end(),
+                       [&](std::string_view name) { return impl_->attributes.hasAttribute(latin1(name)); });
+}
+
+std::string XMLParser::getAnyAttribute(Names names) const {
+    if (!hasAnyAttribute(names))
+        throw IOException(missingAttribute(utf8(impl_->reader.namespaceUri()), *names.begin()));
+    return getOptionalAttribute(names);
+}
+
+std::string XMLParser::getOptionalAttribute(Names names) const {
+    for (const std::string_view name : names)
+        if (impl_->attributes.hasAttribute(latin1(name)))
+            return utf8(impl_->attributes.value(latin1(name)));
+    return {};
+}
+
+// One widely used writer pads its numbers with blanks.
+std::string XMLParser::numericText(Names names) const {
+    const std::string value = getOptionalAttribute(names);
+    const std::size_t first = value.find_first_not_of(whitespace);
+    if (first == value.npos)
+        return {};
+    return value.substr(first, value.find_last_not_of(whitespace) - first + 1);
+}
+
+void XMLParser::skipWhitespace() {
+    impl_->lookAhead = impl_->passOver(findNonWhitespace);
+    impl_->position = impl_->stream->position() + (impl_->lookAhead ? 1 : 0);
+}
+
+bool XMLParser::feedThrough(char byte) {
+    const bool found = impl_->passOver([byte](Bytes bytes) { return find(bytes, byte); });
+    if (found) {
+        impl_->stream->skip(1);
+        if (byte == '<') {
+            impl_->pending.append(byte);
+            impl_->openMarkupBytes = 1;
+        }
+    }
+    impl_->position = impl_->stream->position();
+    return found;
+}
+
+std::uint64_t XMLParser::position() const {
+    return impl_->position - (impl_->lookAhead ? 1 : 0);
+}
+
+std::uint64_t XMLParser::fileSize() const {
+    return impl_->fileSize;
+}
+
+} // namespace veltra::vtkfile

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "host/lexical_cast.h"
+
+#include <boost/filesystem/path.hpp>
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace veltra::vtkfile {
+
+/// Refuses files that begin with a UTF-16 byte-order mark: throws IOException.
+void checkEncoding(const boost::filesystem::path& path);
+
+/// A pull parser over an XML file that always knows its place in the file to the byte.
+///
+/// The XML reader inside is fed tag by tag. Text between tags is passed over in the stream's buffer and never reaches
+/// it, so that memory does not grow with the text, and bytes that are not XML can stand where the caller expects them.
+/// Strings are UTF-8. One parser per file, on one thread.
+class XMLParser {
+public:
+    /// Alternative spellings of an attribute's name; the first that is present counts.
+    using Names = std::initializer_list<std::string_view>;
+
+    explicit XMLParser(boost::filesystem::path path);
+    virtual ~XMLParser();
+
+    /// Opens the file. False when it cannot be opened or is empty; throws IOException when it is UTF-16.
+    bool open();
+
+    /// Goes to the next token. False when the document is malformed or ends early; errorString() says how.
+    /// Throws IOException when the file cannot be read or a tag is longer than any sound file has.
+    bool readNext();
+
+    /// Whether the root element, once begun, is still open.
+    bool hasMoreInput() const;
+
+    std::string errorString() const;
+
+    bool isStartElement(std::string_view name) const;
+    bool isEndElement(std::string_view name) const;
+    /// Whether the start element was written as an empty-element tag, so that nothing stands before its end.
+    bool isEmptyElement() const;
+
+    bool hasAttribute(std::string_view name) const { return hasAnyAttribute({name}); }
+    bool hasAnyAttribute(Names names) const;
+
+    /// The value of a required attribute. Throws IOException when there is none, naming the first spelling.
+    std::string getAttribute(std::string_view name) const { return getAnyAttribute({name}); }
+    std::string getAnyAttribute(Names names) const;
+
+    /// The value of an optional attribute, empty when there is none.
+    std::string getOptionalAttribute(Names names) const;
+
+    /// The value of a numeric attribute without the blanks around it, or `defaultValue` when it is absent or blank.
+    /// Throws bad_lexical_cast and bad_numeric_cast.
+    template <class T>
+    T getAttributeAs(Names names, T defaultValue) const {
+        const std::string value = numericText(names);
+        return value.empty() ? defaultValue : lexical_cast<T>(value);
+    }
+    template <class T>
+    T getAttributeAs(std::string_view name, T defaultValue) const {
+        return getAttributeAs<T>({name}, defaultValue);
+    }
+
+    /// Passes over white space. position() is then that of the first byte that is not white space.
+    void skipWhitespace();
+
+    /// Passes over the bytes through the first `byte`; false if the file ends before. A `<` is handed to the XML reader
+    /// as the beginning of the next tag, nothing else is. After skipWhitespace(), position() is then that of `byte`
+    /// itself, otherwise that of the byte behind it.
+    bool feedThrough(char byte);
+
+    /// Where the parser stands in the file, in bytes: after a tag, just behind its `>`.
+    std::uint64_t position() const;
+
+    /// Bytes of the file when it was opened.
+    std::uint64_t fileSize() const;
+
+private:
+    std::string numericText(Names names) const;
+
+    struct Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+} // namespace veltra::vtkfile

@@ -1,0 +1,63 @@
+#include "xml/messages.h"
+
+#include <boost/format.hpp>
+
+namespace veltra::vtkfile {
+
+namespace {
+
+std::string quoted(const char* format, const std::string& value) {
+    return (boost::format(format) % value).str();
+}
+
+} // namespace
+
+// Without a namespace the sentence begins with a blank.
+std::string missingAttribute(const std::string& namespaceUri, std::string_view name) {
+    return (boost::format("%1% \"%2%\" attribute is missing") % namespaceUri % name).str();
+}
+
+std::string markupTooLong(std::size_t byteLimit) {
+    return (boost::format("The XML data is ill formed. A tag or comment is longer than %1% bytes") % byteLimit).str();
+}
+
+std::string unsupportedDatasetType(const std::string& value) {
+    return quoted("VTKFile type \"%1%\" is not yet supported", value);
+}
+
+std::string badVersion(const std::string& value) {
+    return quoted("VTKFile's version \"%1%\" is not a valid version number; expected it to be \"[1-9].[0-9].[0-9]\"",
+                  value);
+}
+
+std::string badByteOrder(const std::string& value) {
+    return quoted("VTKFile's byte_order \"%1%\" is unknown; expected it to be \"LittleEndian\" (default if missing) or "
+                  "\"BigEndian\"",
+                  value);
+}
+
+std::string badCompressor(const std::string& value) {
+    return quoted("VTKFile's compressor \"%1%\" is unknown; expected it to be missing (meaning no compression) or "
+                  "\"vtkZLibDataCompressor\"",
+                  value);
+}
+
+std::string badHeaderType(const std::string& value) {
+    return quoted("VTKFile's header_type \"%1%\" is unknown; expected it to be \"UInt32\" (default if missing) or "
+                  "\"UInt64\"",
+                  value);
+}
+
+std::string unsupportedArrayFormat(const std::string& value) {
+    return quoted("DataArray format \"%1%\" is not yet supported", value);
+}
+
+std::string unsupportedArrayType(const std::string& value) {
+    return quoted("DataArray type \"%1%\" is not yet supported", value);
+}
+
+std::string badAppendedEncoding(const std::string& value) {
+    return quoted("AppendedData's encoding \"%1%\" is unknown; expected \"raw\" or \"base64\"", value);
+}
+
+} // namespace veltra::vtkfile

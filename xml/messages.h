@@ -1,0 +1,35 @@
+/// The sentences that a user reads about a malformed document.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace veltra::vtkfile {
+
+std::string missingAttribute(const std::string& namespaceUri, std::string_view name);
+std::string markupTooLong(std::size_t byteLimit);
+std::string unsupportedDatasetType(const std::string& value);
+std::string badVersion(const std::string& value);
+std::string badByteOrder(const std::string& value);
+std::string badCompressor(const std::string& value);
+std::string badHeaderType(const std::string& value);
+std::string unsupportedArrayFormat(const std::string& value);
+std::string unsupportedArrayType(const std::string& value);
+std::string badAppendedEncoding(const std::string& value);
+
+inline constexpr const char* utf16Unsupported = "UTF-16 encoding is not currently supported";
+inline constexpr const char* openFailed = "Failed to open VTK file for reading";
+inline constexpr const char* openingTagMissing = "The XML data is ill formed. Unable to locate opening tag";
+inline constexpr const char* tooManyPointsArrays = "The Points element expects only 1 DataArray elements";
+inline constexpr const char* appendedPrefixMissing =
+    "AppendedData section is missing the required \"_\" data prefix to identify the start of the data";
+inline constexpr const char* dataSetOutsideMultiBlock = "DataSet found in a non multi-block VTK file";
+inline constexpr const char* blockOutsideMultiBlock = "Block found in a non multi-block VTK file";
+// Both misspellings are known to users' scripts, which match the whole sentence.
+inline constexpr const char* dataSetWithoutFile =
+    "MutliBlock file's DataSet expected an attributed named \"file\" but none was found";
+inline constexpr const char* pieceWithoutSource =
+    "Parallel file's Piece expected an attributed named \"Source\" but none was found";
+
+} // namespace veltra::vtkfile
