@@ -1,0 +1,32 @@
+#include "streams/VtkDataInputStream.h"
+
+#include "streams/VtkXMLDataHeader.h"
+#include "streams/byteOrder.h"
+#include "streams/messages.h"
+
+#include "host/exceptions.h"
+
+namespace veltra::vtkfile {
+
+namespace {
+
+std::uint64_t sectionLength(dataio::InputStreamInterface& stream, const DataArray& array) {
+    if (array.format == DataArrayFormat::Ascii)
+        return array.length;
+    const std::uint64_t byteCount = readDataHeader(stream, needsSwap(array.bigEndian), array.headerSize)->value();
+    const auto available = static_cast<std::uint64_t>(stream.available());
+    if (byteCount > available)
+        throw IOException(dataBeyondFile(array, byteCount, available));
+    return byteCount;
+}
+
+} // namespace
+
+VtkDataInputStream::VtkDataInputStream(dataio::InputStreamPtr stream, const DataArray& array, std::uint64_t& valueCount)
+    : RestrictedSectionInputStream(stream, sectionLength(*stream, array)) {
+    valueCount = array.format == DataArrayFormat::Ascii
+                     ? 0
+                     : static_cast<std::uint64_t>(available()) / elementByteCount(array.type);
+}
+
+} // namespace veltra::vtkfile

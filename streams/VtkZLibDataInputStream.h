@@ -1,0 +1,58 @@
+#pragma once
+
+#include "streams/Inflater.h"
+
+#include "host/InputStreamInterface.h"
+#include "xml/DataArray.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace veltra::vtkfile {
+
+/// The inflated bytes of an array that is stored in zlib blocks.
+///
+/// Blocks are inflated one at a time as they are read, straight into the caller's buffer where a whole one fits. A
+/// damaged block that yields too little is passed over in silence: the bytes of the blocks behind it move up, and the
+/// missing bytes at the array's end are zero.
+class VtkZLibDataInputStream final : public dataio::InputStreamInterface {
+public:
+    /// `source` stands at the array's first header word. Reads the block table, inflates nothing. `valueCount` receives
+    /// the whole values that the inflated data hold. Throws IOException when the table or the blocks it announces do
+    /// not fit what `source` can hold, or when the inflated size does not fit 64 bits.
+    VtkZLibDataInputStream(dataio::InputStreamPtr source, const DataArray& array, std::uint64_t& valueCount);
+
+    void read(std::uint8_t* dst, std::size_t byteCount) override;
+    void skip(std::size_t byteCount) override;
+    std::int64_t available() override { return static_cast<std::int64_t>(uncompressedSize_ - position_); }
+    std::uint64_t position() override { return position_; }
+    void close() override;
+
+private:
+    void readBlockTable(const DataArray& array);
+    void readCompressedSizes(const DataArray& array, std::uint64_t available);
+    std::uint64_t blockByteCount(std::uint64_t blockIndex) const;
+    std::size_t inflateNextBlock(std::span<std::uint8_t> room);
+    std::size_t deliver(std::span<std::uint8_t> dst);
+
+    dataio::InputStreamPtr source_;
+    bool swapBytes_;
+    std::uint8_t headerSize_;
+    std::uint64_t numberOfBlocks_ = 0;
+    std::uint64_t blockSize_ = 0;
+    std::uint64_t lastBlockSize_ = 0; ///< 0 when the last block is full
+    std::uint64_t maxCompressedSize_ = 0;
+    std::uint64_t uncompressedSize_ = 0;
+    std::vector<std::uint64_t> compressedSizes_;
+
+    std::uint64_t position_ = 0;
+    std::uint64_t nextBlock_ = 0;
+    std::unique_ptr<Inflater> inflater_;
+    std::unique_ptr<std::uint8_t[]> scratch_; // one compressed block
+    std::vector<std::uint8_t> block_;         // inflated and not yet delivered from blockBegin_ on
+    std::size_t blockBegin_ = 0;
+};
+
+} // namespace veltra::vtkfile

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <type_traits>
+
+namespace veltra::vtkfile {
+
+/// Truncates toward zero; what does not fit, and NaN, give the smallest number, as the processor's own conversion does.
+template <class Src>
+std::int32_t truncateToInt32(Src value) {
+    constexpr Src limit = 2147483648.0;
+    return value >= -limit && value < limit ? static_cast<std::int32_t>(value)
+                                            : std::numeric_limits<std::int32_t>::min();
+}
+
+/// The plain conversion from a file's type to a stored type: no rounding and no check. Floating point goes to an
+/// integer type through 32 bits; a narrower integer keeps the low-order bits; an enumeration takes the integer as its
+/// value.
+template <class Dst, class Src>
+Dst convertValue(Src value) {
+    if constexpr (std::is_enum_v<Dst>)
+        return static_cast<Dst>(convertValue<std::underlying_type_t<Dst>>(value));
+    else if constexpr (std::is_floating_point_v<Src> && std::is_integral_v<Dst>)
+        return static_cast<Dst>(truncateToInt32(value));
+    else
+        return static_cast<Dst>(value);
+}
+
+} // namespace veltra::vtkfile

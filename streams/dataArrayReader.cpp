@@ -1,0 +1,105 @@
+#include "streams/dataArrayReader.h"
+
+#include "streams/VtkDataInputStream.h"
+#include "streams/VtkZLibDataInputStream.h"
+#include "streams/byteOrder.h"
+#include "streams/elementTypes.h"
+#include "streams/messages.h"
+#include "streams/readValues.h"
+
+#include "host/Base64InputStream.h"
+#include "host/BufferedInputStream.h"
+#include "host/FileInputStream.h"
+#include "host/exceptions.h"
+
+namespace veltra::vtkfile {
+
+namespace {
+
+constexpr std::int64_t bufferByteCount = 0x80000;
+
+} // namespace
+
+std::unique_ptr<StreamReader> openDataArrayReader(const DataArray& array, std::uint64_t& valueCount) {
+    auto file = std::make_shared<dataio::FileInputStream>(*array.file);
+    return makeStreamReader(std::make_shared<dataio::BufferedInputStream>(std::move(file), bufferByteCount), array,
+                            valueCount);
+}
+
+std::unique_ptr<StreamReader> makeStreamReader(dataio::InputStreamPtr stream, const DataArray& array,
+                                               std::uint64_t& valueCount) {
+    const auto available = static_cast<std::uint64_t>(stream->available());
+    if (array.offset > available)
+        throw IOException(arrayOutsideFile(array, available));
+    stream->skip(array.offset);
+
+    const bool binary = array.format != DataArrayFormat::Ascii;
+    const bool raw = array.format == DataArrayFormat::Appended && array.appendedRaw;
+    if (binary && !raw)
+        stream = std::make_shared<dataio::Base64InputStream>(std::move(stream));
+    if (binary && array.compressed)
+        stream = std::make_shared<VtkZLibDataInputStream>(std::move(stream), array, valueCount);
+    else
+        stream = std::make_shared<VtkDataInputStream>(std::move(stream), array, valueCount);
+    return std::make_unique<StreamReader>(std::move(stream), binary, needsSwap(array.bigEndian));
+}
+
+std::unique_ptr<StreamReader> openDataArrayOf(const DataArray& array, std::uint64_t valueCount) {
+    std::uint64_t heldCount = 0;
+    auto reader = openDataArrayReader(array, heldCount);
+    if (array.format != DataArrayFormat::Ascii && heldCount != valueCount)
+        throw IOException(valueCountMismatch(array, valueCount, heldCount));
+    return reader;
+}
+
+std::uint64_t announcedValueCount(const DataArray& array) {
+    std::uint64_t valueCount = 0;
+    if (__builtin_mul_overflow(array.numberOfTuples, std::uint64_t{array.numberOfComponents}, &valueCount))
+        throw IOException(valueCountOverflow(array));
+    return valueCount;
+}
+
+void checkValueCount(const DataArray& array) {
+    const std::uint64_t valueCount = announcedValueCount(array);
+    if (valueCount == 0)
+        return; // such an array may lack even its header
+    if (array.format != DataArrayFormat::Ascii)
+        openDataArrayOf(array, valueCount);
+    else if (valueCount > (array.length + 1) / 2) // a character for each, and one between two
+        throw IOException(textTooShort(array, valueCount));
+}
+
+template <class Dst>
+void readComponent(const DataArray& array, std::uint16_t component, Dst* dst) {
+    const std::uint64_t valueCount = announcedValueCount(array);
+    if (valueCount == 0)
+        return;
+    const auto reader = openDataArrayOf(array, valueCount);
+    visitElementType(array.type, [&]<class Src>(std::type_identity<Src>) {
+        reader->readValues<Dst, Src>(dst, array.numberOfTuples, static_cast<short>(array.numberOfComponents),
+                                     static_cast<short>(component));
+    });
+    if (!reader->isTextExhausted())
+        throw IOException(textTooLong(array, valueCount));
+}
+
+template void readComponent(const DataArray&, std::uint16_t, std::uint8_t*);
+template void readComponent(const DataArray&, std::uint16_t, std::int16_t*);
+template void readComponent(const DataArray&, std::uint16_t, std::int32_t*);
+template void readComponent(const DataArray&, std::uint16_t, float*);
+template void readComponent(const DataArray&, std::uint16_t, double*);
+
+template <class Dst>
+void readIntegers(StreamReader& reader, const DataArray& array, Dst* dst, std::size_t valueCount) {
+    visitElementType(array.type, [&]<class Src>(std::type_identity<Src>) {
+        if constexpr (std::is_integral_v<Src>)
+            reader.readValues<Dst, Src>(dst, valueCount, 1, 0);
+        else
+            throw IOException(notAnIntegerArray(array));
+    });
+}
+
+template void readIntegers(StreamReader&, const DataArray&, std::int32_t*, std::size_t);
+template void readIntegers(StreamReader&, const DataArray&, std::int64_t*, std::size_t);
+
+} // namespace veltra::vtkfile

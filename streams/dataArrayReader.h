@@ -1,0 +1,50 @@
+#pragma once
+
+#include "streams/StreamReader.h"
+
+#include "xml/DataArray.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+namespace veltra::vtkfile {
+
+/// Opens an array's file and stacks the streams that yield its plain values. `valueCount` receives the values that
+/// binary data hold, 0 for ascii.
+///
+/// Every call opens the file for itself, so calls share nothing. Throws IOException when the file cannot be opened or
+/// the array's header claims what the file cannot hold, and std::bad_alloc. [any thread]
+std::unique_ptr<StreamReader> openDataArrayReader(const DataArray& array, std::uint64_t& valueCount);
+
+/// The same over a stream that stands at the start of the array's file.
+std::unique_ptr<StreamReader> makeStreamReader(dataio::InputStreamPtr stream, const DataArray& array,
+                                               std::uint64_t& valueCount);
+
+/// Opens an array that must hold `valueCount` values. Throws IOException when binary data hold another number.
+/// [any thread]
+std::unique_ptr<StreamReader> openDataArrayOf(const DataArray& array, std::uint64_t valueCount);
+
+/// The values that an array's record announces: tuples times components. Throws IOException when there is no such
+/// number.
+std::uint64_t announcedValueCount(const DataArray& array);
+
+/// Throws IOException when an array cannot hold the values that its record announces: binary data hold another number,
+/// or ascii text is too short for so many. Reads headers at most. [any thread]
+void checkValueCount(const DataArray& array);
+
+/// Reads one component of every tuple of an array into `dst`, which has room for numberOfTuples values. Throws
+/// IOException when the array holds fewer or more values, and what StreamReader::readValues throws. [any thread]
+///
+/// Dst is std::uint8_t, std::int16_t, std::int32_t, float or double.
+template <class Dst>
+void readComponent(const DataArray& array, std::uint16_t component, Dst* dst);
+
+/// Reads the next `valueCount` values of an array of integers with one component, with the instance of readValues for
+/// its element type. Throws IOException for an array of floating-point numbers.
+///
+/// Dst is std::int32_t or std::int64_t.
+template <class Dst>
+void readIntegers(StreamReader& reader, const DataArray& array, Dst* dst, std::size_t valueCount);
+
+} // namespace veltra::vtkfile

@@ -1,0 +1,67 @@
+#include "streams/messages.h"
+
+#include <boost/format.hpp>
+
+namespace veltra::vtkfile {
+
+std::string quotedName(const DataArray& array) {
+    return "DataArray \"" + (array.name ? *array.name : std::string()) + "\"";
+}
+
+std::string dataBeyondFile(const DataArray& array, std::uint64_t claimedByteCount, std::uint64_t byteCount) {
+    return (boost::format("%1% claims %2% bytes of data but the file holds no more than %3% for it") %
+            quotedName(array) % claimedByteCount % byteCount)
+        .str();
+}
+
+std::string blockTableBeyondFile(const DataArray& array, std::uint64_t blockCount, std::uint64_t byteCount) {
+    return (boost::format("%1% claims %2% compressed blocks but the file holds no more than %3% bytes for it") %
+            quotedName(array) % blockCount % byteCount)
+        .str();
+}
+
+std::string compressedBlocksBeyondFile(const DataArray& array, std::uint64_t byteCount) {
+    return (boost::format("%1% claims more compressed data than the %2% bytes that the file holds for it") %
+            quotedName(array) % byteCount)
+        .str();
+}
+
+std::string inflatedSizeOverflow(const DataArray& array, std::uint64_t blockCount, std::uint64_t blockByteCount) {
+    return (boost::format("%1% claims %2% blocks of %3% bytes, more than any memory holds") % quotedName(array) %
+            blockCount % blockByteCount)
+        .str();
+}
+
+std::string arrayOutsideFile(const DataArray& array, std::uint64_t byteCount) {
+    return (boost::format("%1% claims to begin at byte %2% but the file holds only %3%") % quotedName(array) %
+            array.offset % byteCount)
+        .str();
+}
+
+std::string valueCountOverflow(const DataArray& array) {
+    return (boost::format("%1% would have %2% tuples of %3% components, more than any file holds") % quotedName(array) %
+            array.numberOfTuples % array.numberOfComponents)
+        .str();
+}
+
+std::string valueCountMismatch(const DataArray& array, std::uint64_t neededCount, std::uint64_t heldCount) {
+    return (boost::format("%1% holds %2% values but %3% are needed") % quotedName(array) % heldCount % neededCount)
+        .str();
+}
+
+std::string textTooShort(const DataArray& array, std::uint64_t neededCount) {
+    return (boost::format("%1% holds %2% bytes of text, too few for the %3% values that are needed") %
+            quotedName(array) % array.length % neededCount)
+        .str();
+}
+
+std::string textTooLong(const DataArray& array, std::uint64_t neededCount) {
+    return (boost::format("%1% holds more than the %2% values that are needed") % quotedName(array) % neededCount)
+        .str();
+}
+
+std::string notAnIntegerArray(const DataArray& array) {
+    return quotedName(array) + " holds floating-point numbers where integers are needed";
+}
+
+} // namespace veltra::vtkfile
