@@ -1,0 +1,49 @@
+#pragma once
+
+#include "mesh/VtkCell.h"
+#include "mesh/Zone.h"
+
+#include "streams/StreamReader.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace veltra::vtkfile {
+
+/// Consecutive cells of one type with one number of nodes.
+struct CellRun {
+    VtkCell::Type type;
+    std::int64_t nodeCount; ///< as the offsets give it, which may be no number that cells can have
+    std::size_t cellCount;
+};
+
+/// Reads the cells of a piece from its "types" and "offsets" arrays, a block at a time. One thread per reader.
+class CellReader {
+public:
+    /// Opens both arrays of a piece of `cellCount` cells. Throws IOException when either does not hold as many values.
+    CellReader(const CellArrays& arrays, std::uint64_t cellCount);
+
+    /// Gives the runs of the next block of cells, the first of which may continue the block before; false behind the
+    /// last block. Throws what StreamReader::readValues throws.
+    bool nextBlock(std::vector<CellRun>& runs);
+
+private:
+    static constexpr std::size_t blockCellCount = 0x2000;
+
+    void readBlock(std::size_t cellCount);
+    void findRuns(std::vector<CellRun>& runs, std::size_t cellCount);
+    void checkEnd();
+
+    const CellArrays& arrays_;
+    std::unique_ptr<StreamReader> typesReader_;
+    std::unique_ptr<StreamReader> offsetsReader_;
+    std::uint64_t unreadCount_;
+    std::int64_t previousOffset_ = 0; // of the cell before the block
+    std::array<VtkCell::Type, blockCellCount> types_;
+    std::array<std::int64_t, blockCellCount> offsets_;
+};
+
+} // namespace veltra::vtkfile

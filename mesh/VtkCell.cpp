@@ -1,0 +1,106 @@
+#include "mesh/VtkCell.h"
+
+#include "mesh/cellTables.h"
+#include "mesh/messages.h"
+#include "mesh/nodePermutations.h"
+
+#include "host/exceptions.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+namespace veltra::vtkfile::VtkCell {
+
+namespace {
+
+/// From a type code to the catalogue's row, or null.
+constexpr std::array<const AcceptedType*, 256> rowsByCode = [] {
+    std::array<const AcceptedType*, 256> rows{};
+    for (const AcceptedType& row : acceptedTypes)
+        rows[static_cast<std::uint8_t>(row.type)] = &row;
+    return rows;
+}();
+
+const AcceptedType* findRow(Type type) {
+    return rowsByCode[static_cast<std::uint8_t>(type)];
+}
+
+struct Permutation {
+    Type type;
+    std::span<const std::uint64_t> table;
+};
+
+constexpr std::array<Permutation, 13> permutations{{
+    {Type::Pixel, pixelNodes},
+    {Type::Voxel, voxelNodes},
+    {Type::BiQuadraticQuadraticWedge, biQuadraticWedgeNodes},
+    {Type::LagrangeQuadrilateral, lagrangeQuadrilateral16},
+    {Type::LagrangeQuadrilateral, lagrangeQuadrilateral25},
+    {Type::LagrangeTetrahedron, lagrangeTetrahedron20},
+    {Type::LagrangeTetrahedron, lagrangeTetrahedron35},
+    {Type::LagrangeWedge, lagrangeWedge18},
+    {Type::LagrangeWedge, lagrangeWedge40},
+    {Type::LagrangeWedge, lagrangeWedge75},
+    {Type::LagrangeHexahedron, lagrangeHexahedron27},
+    {Type::LagrangeHexahedron, lagrangeHexahedron64},
+    {Type::LagrangeHexahedron, lagrangeHexahedron125},
+}};
+
+constexpr std::array<Permutation, 3> oldPermutations{{
+    {Type::LagrangeHexahedron, oldLagrangeHexahedron27},
+    {Type::LagrangeHexahedron, oldLagrangeHexahedron64},
+    {Type::LagrangeHexahedron, oldLagrangeHexahedron125},
+}};
+
+constexpr FileVersion newHexahedronOrder{2, 1, 0};
+
+template <std::size_t Count>
+std::span<const std::uint64_t> find(const std::array<Permutation, Count>& rows, Type type, std::uint32_t nodeCount) {
+    const auto found = std::find_if(rows.begin(), rows.end(), [&](const Permutation& row) {
+        return row.type == type && row.table.size() == nodeCount;
+    });
+    return found == rows.end() ? std::span<const std::uint64_t>() : found->table;
+}
+
+} // namespace
+
+std::string_view typeName(Type type) {
+    const auto code = static_cast<std::uint8_t>(type);
+    return code < typeNames.size() ? typeNames[code] : "Unknown";
+}
+
+void classify(Type type, std::uint32_t& runningDimension) {
+    const AcceptedType* row = findRow(type);
+    if (!row)
+        throw IOException(unsupportedCellType(typeName(type)));
+    if (type == Type::Vertex)
+        return;
+    const std::uint32_t previous = std::exchange(runningDimension, row->dimension);
+    if (previous != noDimension && previous != row->dimension)
+        throw IOException(mixedDimensions(typeName(type), row->dimension, previous));
+}
+
+void checkNodeCount(Type type, std::int64_t nodeCount) {
+    const auto& counts = findRow(type)->nodeCounts;
+    if (std::none_of(counts.begin(), counts.end(),
+                     [&](std::uint32_t count) { return count != none && count == nodeCount; }))
+        throw IOException(unsupportedNodeCount(typeName(type), nodeCount));
+}
+
+std::uint32_t gridOrder(Type type, std::uint32_t nodeCount) {
+    const auto& counts = findRow(type)->nodeCounts;
+    return static_cast<std::uint32_t>(std::find(counts.begin(), counts.end(), nodeCount) - counts.begin()) + 1;
+}
+
+CellShape_e hostShape(Type type) {
+    return findRow(type)->shape;
+}
+
+std::span<const std::uint64_t> nodePermutation(FileVersion version, Type type, std::uint32_t nodeCount) {
+    if (type == Type::LagrangeHexahedron && version < newHexahedronOrder)
+        return find(oldPermutations, type, nodeCount);
+    return find(permutations, type, nodeCount);
+}
+
+} // namespace veltra::vtkfile::VtkCell

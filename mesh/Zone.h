@@ -1,0 +1,59 @@
+#pragma once
+
+#include "xml/FileHeader.h"
+#include "xml/Piece.h"
+
+#include <boost/filesystem/path.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace veltra::vtkfile {
+
+/// What one file holds, or one member of a collection: the pieces are joined into one numbering of nodes and cells.
+struct Zone {
+    std::string name; ///< as the collection calls it; empty when it does not
+    std::shared_ptr<const boost::filesystem::path> file;
+    FileVersion version;
+    std::vector<Piece> pieces;                                      ///< in file order, at least one
+    std::vector<std::pair<std::string, std::string>> auxiliaryData; ///< name and value
+    std::size_t fileIndex = 0;          ///< of the file, among those of the load, through which the zone was reached
+    std::optional<double> solutionTime; ///< as the load's instructions give it
+};
+
+/// The pieces' numbers of points and cells, summed up. Throw IOException when there is no such number.
+std::uint64_t nodeCount(const Zone& zone);
+std::uint64_t cellCount(const Zone& zone);
+
+/// Throws IOException unless the pieces of the zone agree with each other in everything but their sizes: as many grid
+/// variables, three arrays of cells, and the same variables.
+void checkPieces(const Zone& zone);
+
+/// Throws IOException unless the file can hold as many points as its pieces announce.
+void checkPoints(const Zone& zone);
+
+/// The components that the points of every piece have: the number of grid variables, 1 to 3, and 0 for a zone without
+/// pieces. Throws IOException when a piece has another number than the first.
+std::uint16_t gridVariableCount(const Zone& zone);
+
+/// The arrays of a piece's cells.
+struct CellArrays {
+    DataArray connectivity;
+    DataArray offsets;
+    DataArray types;
+};
+
+/// Tells the arrays of a piece's cells apart by their names, in any letter case. Throws IOException unless there are
+/// exactly these three.
+CellArrays cellArrays(const Piece& piece);
+
+/// The array of `piece` that continues `array`, an array of the zone's first piece: of the same name in any letter
+/// case, element type and value location. Null when there is none.
+const DataArray* findVariable(const Piece& piece, const DataArray& array);
+
+} // namespace veltra::vtkfile

@@ -1,0 +1,102 @@
+#include "mesh/variables.h"
+
+#include "mesh/messages.h"
+
+#include "host/exceptions.h"
+
+#include <array>
+#include <limits>
+#include <set>
+#include <stdexcept>
+
+namespace veltra::vtkfile {
+
+namespace {
+
+constexpr std::array<const char*, 3> axes{"X", "Y", "Z"};
+
+std::string componentName(const DataArray& array, std::uint16_t component) {
+    if (array.numberOfComponents == 1)
+        return *array.name;
+    if (array.numberOfComponents <= axes.size())
+        return *array.name + '_' + axes[component];
+    return *array.name + '_' + std::to_string(component + 1);
+}
+
+/// Per variable of the dataset, what `entry` says of those that the piece supplies and `absent` for the others.
+template <class Entry>
+auto perVariable(const Piece& piece, const VariableMap& variables, Entry entry, decltype(entry(DataArray())) absent) {
+    std::vector<decltype(absent)> entries(static_cast<std::size_t>(KroUtilDataSetGetNumVars()), absent);
+    for (const VariableComponent& variable : variableComponents(piece))
+        entries.at(static_cast<std::size_t>(variableNumber(variables, variable.key) - 1)) = entry(*variable.array);
+    return entries;
+}
+
+} // namespace
+
+std::vector<VariableComponent> variableComponents(const Piece& piece) {
+    std::vector<VariableComponent> components;
+    for (std::uint16_t component = 0; component < piece.points.numberOfComponents; ++component)
+        components.push_back({&piece.points, component, {ValueLocation_Nodal, axes.at(component)}});
+    for (const DataArray& array : piece.variables)
+        for (std::uint16_t component = 0; component < array.numberOfComponents; ++component)
+            components.push_back({&array, component, {array.valueLocation, componentName(array, component)}});
+    return components;
+}
+
+std::vector<VariableKey> collectVariables(const std::vector<Zone>& zones) {
+    std::vector<VariableKey> incoming;
+    std::set<VariableKey> known;
+    for (const Zone& zone : zones) {
+        std::set<VariableKey> ofZone;
+        for (VariableComponent& variable : variableComponents(zone.pieces.front())) {
+            if (variable.array->numberOfComponents > std::numeric_limits<short>::max())
+                throw IOException(tooManyComponents(*variable.array));
+            if (!ofZone.insert(variable.key).second)
+                throw IOException(duplicateVariable(variable.key.second));
+            if (known.insert(variable.key).second)
+                incoming.push_back(std::move(variable.key));
+        }
+    }
+    return incoming;
+}
+
+std::int32_t variableNumber(const VariableMap& variables, const VariableKey& key) {
+    const auto found = variables.find(key);
+    if (found == variables.end())
+        throw std::out_of_range("invalid map<K, T> key");
+    return found->second;
+}
+
+FieldDataType_e storageType(DataArrayType type) {
+    switch (type) {
+    case DataArrayType::Int8:
+    case DataArrayType::UInt8:
+        return FieldDataType_Byte;
+    case DataArrayType::Int16:
+    case DataArrayType::UInt16:
+        return FieldDataType_Int16;
+    case DataArrayType::Int32:
+    case DataArrayType::UInt32:
+    case DataArrayType::Int64:
+    case DataArrayType::UInt64:
+        return FieldDataType_Int32;
+    case DataArrayType::Float32:
+        return FieldDataType_Float;
+    case DataArrayType::Float64:
+        break;
+    }
+    return FieldDataType_Double;
+}
+
+std::vector<FieldDataType_e> getFieldDataTypes(const Piece& piece, const VariableMap& variables) {
+    return perVariable(
+        piece, variables, [](const DataArray& array) { return storageType(array.type); }, FieldDataType_None);
+}
+
+std::vector<ValueLocation_e> getValueLocations(const Piece& piece, const VariableMap& variables) {
+    return perVariable(
+        piece, variables, [](const DataArray& array) { return array.valueLocation; }, ValueLocation_CellCentered);
+}
+
+} // namespace veltra::vtkfile

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "mesh/Zone.h"
+
+#include "host/kro.h"
+#include "host/loaderUtilities.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace veltra::vtkfile {
+
+using kroutildataio_utils::VariableKey;
+using kroutildataio_utils::VariableMap;
+
+/// One component of an array, which is one variable of the host.
+struct VariableComponent {
+    const DataArray* array;
+    std::uint16_t component; ///< from 0
+    VariableKey key;
+};
+
+/// The variables of a piece: the grid variables X, Y and Z first, then the components of its arrays in file order.
+std::vector<VariableComponent> variableComponents(const Piece& piece);
+
+/// The variables of all zones, each once, in order of first appearance. Throws IOException when two arrays of a zone
+/// would give one variable.
+std::vector<VariableKey> collectVariables(const std::vector<Zone>& zones);
+
+/// The number in the dataset of a variable that the map holds; throws std::out_of_range for any other.
+std::int32_t variableNumber(const VariableMap& variables, const VariableKey& key);
+
+/// How the host stores values of an element type. Integers of more than 32 bits, signed or not, are narrowed to 32.
+FieldDataType_e storageType(DataArrayType type);
+
+/// For every variable of the host's dataset, how the host is to store it in a zone that begins with this piece;
+/// FieldDataType_None for those that the zone does not supply. [main thread, host locked]
+std::vector<FieldDataType_e> getFieldDataTypes(const Piece& piece, const VariableMap& variables);
+
+/// The same for where the values live; those that the zone does not supply stay cell-centred.
+/// [main thread, host locked]
+std::vector<ValueLocation_e> getValueLocations(const Piece& piece, const VariableMap& variables);
+
+} // namespace veltra::vtkfile
