@@ -1,0 +1,19 @@
+#include "output/errorDialog.h"
+
+#include "host/kro.h"
+#include "host/loaderUtilities.h"
+
+#include <exception>
+
+namespace veltra::vtkfile {
+
+void showError(const std::string& loaderName, const char* message, const char* reason) noexcept {
+    try {
+        const std::string text = kroutildataio_utils::composeErrorMessage({loaderName, std::string(message) + reason});
+        KroUtilDialogErrMsg(text.c_str());
+    } catch (const std::exception&) {
+        KroUtilDialogErrMsg(message); // no memory to compose in, but the user still has to know
+    }
+}
+
+} // namespace veltra::vtkfile

@@ -1,0 +1,54 @@
+#include "output/fieldData.h"
+
+#include "streams/dataArrayReader.h"
+#include "streams/elementTypes.h"
+#include "streams/readValues.h"
+
+#include <array>
+#include <charconv>
+#include <optional>
+#include <type_traits>
+
+namespace veltra::vtkfile {
+
+namespace {
+
+template <class T>
+std::string shortestText(T value) {
+    std::array<char, 32> text;
+    const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), value);
+    return {text.data(), end};
+}
+
+template <class T>
+std::string readValue(StreamReader& reader) {
+    T value{};
+    reader.readValues<T, T>(&value, 1, 1, 0);
+    return shortestText(value);
+}
+
+/// The text of an array's only value; none when it has more or fewer.
+std::optional<std::string> singleValue(const DataArray& array) {
+    if (announcedValueCount(array) != 1)
+        return std::nullopt;
+    std::uint64_t valueCount = 0;
+    const auto reader = openDataArrayReader(array, valueCount);
+    const bool ascii = array.format == DataArrayFormat::Ascii;
+    if (ascii ? reader->isTextExhausted() : valueCount != 1)
+        return std::nullopt;
+    std::string text =
+        visitElementType(array.type, [&]<class T>(std::type_identity<T>) { return readValue<T>(*reader); });
+    return reader->isTextExhausted() ? std::optional(std::move(text)) : std::nullopt;
+}
+
+} // namespace
+
+std::vector<NameValuePair> readFieldData(const std::vector<DataArray>& arrays) {
+    std::vector<NameValuePair> pairs;
+    for (const DataArray& array : arrays)
+        if (std::optional<std::string> value = singleValue(array))
+            pairs.emplace_back(*array.name, std::move(*value));
+    return pairs;
+}
+
+} // namespace veltra::vtkfile

@@ -1,0 +1,64 @@
+#include "output/solutionTimes.h"
+
+#include "host/StringList.h"
+#include "host/kro.h"
+
+#include <boost/algorithm/string/case_conv.hpp>
+
+#include <algorithm>
+#include <locale>
+#include <optional>
+
+namespace veltra::vtkfile {
+
+namespace {
+
+bool isTime(const NameValuePair& pair) {
+    const std::string name = boost::algorithm::to_lower_copy(pair.first, std::locale::classic());
+    return name == "time" || name == "timevalue";
+}
+
+std::optional<double> timeOf(const LoadedFile& file) {
+    const auto found = std::find_if(file.fieldData.begin(), file.fieldData.end(), isTime);
+    if (found == file.fieldData.end())
+        return std::nullopt;
+    std::size_t consumed = 0;
+    const double time = std::stod(found->second, &consumed);
+    return consumed == found->second.size() ? std::optional(time) : std::nullopt;
+}
+
+/// Empty when no file has a time.
+std::vector<double> timesFromFieldData(const std::vector<LoadedFile>& files) {
+    std::vector<double> times;
+    bool found = false;
+    for (const LoadedFile& file : files) {
+        const std::optional<double> time = timeOf(file);
+        found = found || time;
+        times.push_back(time.value_or(0.0));
+    }
+    return found ? times : std::vector<double>();
+}
+
+/// Empty unless the host finds a time in every name.
+std::vector<double> timesFromFileNames(const std::vector<LoadedFile>& files) {
+    toolbox::StringList names;
+    for (const LoadedFile& file : files)
+        names.append(file.path->string());
+    std::vector<double> times(files.size());
+    return KroUtilExtractTimesFromFileNames(names.get(), times.data()) == 1 ? times : std::vector<double>();
+}
+
+} // namespace
+
+std::vector<double> solutionTimes(const std::vector<LoadedFile>& files, vtk::SolutionTimeSource source) {
+    using enum vtk::SolutionTimeSource;
+    std::vector<double> times;
+    if (source == FromFieldData || source == Auto)
+        times = timesFromFieldData(files);
+    if (source == FromFileName || (source == Auto && times.empty()))
+        times = timesFromFileNames(files);
+    times.resize(files.size(), 0.0);
+    return times;
+}
+
+} // namespace veltra::vtkfile

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "output/LoadedFiles.h"
+#include "output/SolutionTimeSource.h"
+
+#include <vector>
+
+namespace veltra::vtkfile {
+
+/// One solution time for each file that the user named; 0 for a file without one where others have one, and for all
+/// when `source` yields none. [main thread, host locked]
+std::vector<double> solutionTimes(const std::vector<LoadedFile>& files, vtk::SolutionTimeSource source);
+
+} // namespace veltra::vtkfile

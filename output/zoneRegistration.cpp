@@ -1,0 +1,151 @@
+#include "output/zoneRegistration.h"
+
+#include "output/LoadedFiles.h"
+#include "output/messages.h"
+#include "output/nodeMapLoader.h"
+#include "output/valueLoader.h"
+
+#include "mesh/sections.h"
+
+#include "host/ArgList.h"
+#include "host/exceptions.h"
+#include "host/loaderUtilities.h"
+
+#include <algorithm>
+#include <span>
+
+namespace veltra::vtkfile {
+
+namespace {
+
+std::string zoneName(const Zone& zone) {
+    if (!zone.name.empty())
+        return zone.name;
+    if (zone.pieces.size() == 1 && !zone.pieces.front().name.empty())
+        return zone.pieces.front().name;
+    return zone.file->stem().string();
+}
+
+template <class Item, class Projection>
+bool appendSections(toolbox::ArgList& arguments, const char* name, const std::vector<Section>& sections,
+                    Projection projection) {
+    std::vector<Item> items;
+    for (const Section& section : sections)
+        items.push_back(static_cast<Item>(section.*projection));
+    return arguments.appendArray(name, std::span<const Item>(items));
+}
+
+template <class Enumeration>
+bool appendCodes(toolbox::ArgList& arguments, const char* name, const std::vector<Enumeration>& codes) {
+    const std::vector<std::int32_t> items(codes.begin(), codes.end());
+    return arguments.appendArray(name, std::span<const std::int32_t>(items));
+}
+
+/// Registers one zone after the other and knows what they share.
+class ZoneRegistrar {
+public:
+    ZoneRegistrar(const std::vector<Zone>& zones, const ZoneRegistration& registration)
+        : registration_(registration), auxiliaryData_(auxiliaryData(zones)) {}
+
+    bool add(const Zone& zone, std::size_t zoneIndex) const {
+        const std::uint64_t nodes = nodeCount(zone);
+        const std::uint64_t cells = cellCount(zone);
+        if (nodes == 0 && cells == 0)
+            return true; // writers of parallel files leave such members behind
+        if (nodes == 0)
+            throw IOException(cellsWithoutPoints(zoneName(zone)));
+        checkPoints(zone);
+        const std::vector<Section> sections = groupSections(zone);
+        if (!addToDataSet(zone, sections, nodes, cells))
+            return false;
+        const std::int32_t zoneNumber = KroUtilDataSetGetNumZones();
+        return auxiliaryData_.assign(zoneIndex, zoneNumber) && registerValues(zone, zoneNumber) &&
+               (zoneType(sections) == ZoneType_Ordered ||
+                registerNodeMapLoader(registration_.loaderName, zoneNumber, zone, sections));
+    }
+
+private:
+    static std::vector<std::vector<NameValuePair>> auxiliaryData(const std::vector<Zone>& zones) {
+        std::vector<std::vector<NameValuePair>> pairsByZone;
+        for (const Zone& zone : zones)
+            pairsByZone.push_back(zone.auxiliaryData);
+        return pairsByZone;
+    }
+
+    double solutionTime(const Zone& zone) const {
+        return zone.solutionTime ? *zone.solutionTime : registration_.times.at(zone.fileIndex);
+    }
+
+    bool addToDataSet(const Zone& zone, const std::vector<Section>& sections, std::uint64_t nodes,
+                      std::uint64_t cells) const {
+        toolbox::ArgList arguments;
+        const ZoneType_e type = zoneType(sections);
+        return arguments.appendString("Name", zoneName(zone)) && arguments.appendInt("ZoneType", type) &&
+               arguments.appendInt("DeferVarCreation", 1) && arguments.appendInt("DeferNodeMapCreation", 1) &&
+               arguments.appendInt("StrandID", registration_.strand) &&
+               arguments.appendDouble("SolutionTime", solutionTime(zone)) &&
+               appendSize(arguments, type, nodes, cells) &&
+               (type != ZoneType_Mixed || appendAllSections(arguments, sections)) &&
+               appendVariables(arguments, zone.pieces.front()) && KroUtilDataSetAddZoneX(arguments.get()) == 1;
+    }
+
+    static bool appendSize(toolbox::ArgList& arguments, ZoneType_e type, std::uint64_t nodes, std::uint64_t cells) {
+        const bool ordered = type == ZoneType_Ordered;
+        return arguments.appendInt("IMax", static_cast<std::int64_t>(nodes)) &&
+               arguments.appendInt("JMax", ordered ? 1 : static_cast<std::int64_t>(cells)) &&
+               (!ordered || arguments.appendInt("KMax", 1));
+    }
+
+    static bool appendAllSections(toolbox::ArgList& arguments, const std::vector<Section>& sections) {
+        return arguments.appendInt("NumSections", static_cast<std::int64_t>(sections.size())) &&
+               appendSections<std::int64_t>(arguments, "NumElemsPerSection", sections, &Section::cellCount) &&
+               appendSections<std::int32_t>(arguments, "CellShapePerSection", sections, &Section::shape) &&
+               appendSections<std::int32_t>(arguments, "GridOrderPerSection", sections, &Section::gridOrder);
+    }
+
+    /// The first piece stands for all, which have been checked to agree with it.
+    bool appendVariables(toolbox::ArgList& arguments, const Piece& piece) const {
+        return appendCodes(arguments, "VarDataType", getFieldDataTypes(piece, registration_.variables)) &&
+               appendCodes(arguments, "ValueLocation", getValueLocations(piece, registration_.variables));
+    }
+
+    bool registerValues(const Zone& zone, std::int32_t zoneNumber) const {
+        const std::vector<VariableComponent> components = variableComponents(zone.pieces.front());
+        return std::all_of(components.begin(), components.end(), [&](const VariableComponent& variable) {
+            std::vector<DataArray> arrays = arraysOfPieces(zone, *variable.array);
+            const bool hasValues = std::any_of(arrays.begin(), arrays.end(),
+                                               [](const DataArray& array) { return array.numberOfTuples > 0; });
+            return !hasValues || registerValueLoader(registration_.loaderName, zoneNumber,
+                                                     variableNumber(registration_.variables, variable.key),
+                                                     variable.component, std::move(arrays));
+        });
+    }
+
+    /// The records of one array, in every piece of the zone; `first` is that of the first piece.
+    static std::vector<DataArray> arraysOfPieces(const Zone& zone, const DataArray& first) {
+        std::vector<DataArray> arrays;
+        const bool isGrid = &first == &zone.pieces.front().points;
+        for (const Piece& piece : zone.pieces)
+            arrays.push_back(isGrid ? piece.points : *findVariable(piece, first));
+        return arrays;
+    }
+
+    const ZoneRegistration& registration_;
+    kroutildataio_utils::AuxDataAssigner auxiliaryData_;
+};
+
+} // namespace
+
+bool registerZones(const std::vector<Zone>& zones, const ZoneRegistration& registration, ui::TaskProgress& progress) {
+    progress.setText("Registering zones...");
+    progress.setStepCount(zones.size());
+    const ZoneRegistrar registrar(zones, registration);
+    for (std::size_t index = 0; index < zones.size(); ++index) {
+        if (!registrar.add(zones[index], index))
+            return false;
+        progress.advance(1);
+    }
+    return true;
+}
+
+} // namespace veltra::vtkfile
