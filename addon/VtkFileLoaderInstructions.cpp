@@ -1,0 +1,184 @@
+#include "addon/VtkFileLoaderInstructions.h"
+
+#include "addon/messages.h"
+
+#include "host/exceptions.h"
+#include "host/lexical_cast.h"
+
+#include <boost/algorithm/string/case_conv.hpp>
+#include <boost/algorithm/string/predicate.hpp>
+#include <boost/format.hpp>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <locale>
+#include <new>
+#include <string_view>
+
+namespace veltra::vtk {
+
+namespace {
+
+using kroutilutil::InvalidInstructionsException;
+
+constexpr const char* preamble = "STANDARDSYNTAX";
+constexpr const char* preambleVersion = "1.0";
+constexpr const char* fileNameKeyword = "FILENAME_FILE";
+constexpr const char* fileListKeyword = "FILELIST_DATAFILES";
+constexpr const char* timeSourceKeyword = "SOLUTIONTIMESOURCE";
+constexpr const char* timesKeyword = "SOLUTION_TIMES";
+constexpr const char* strandKeyword = "STRAND_ID";
+
+struct TimeSourceName {
+    SolutionTimeSource source;
+    std::string_view name;
+};
+constexpr std::array<TimeSourceName, 4> timeSourceNames{{{SolutionTimeSource::FromFieldData, "FROMFIELDDATA"},
+                                                         {SolutionTimeSource::FromFileName, "FROMFILENAME"},
+                                                         {SolutionTimeSource::Auto, "AUTO"},
+                                                         {SolutionTimeSource::None, "NONE"}}};
+
+bool isKeyword(const std::string& item, const char* keyword) {
+    return boost::algorithm::iequals(item, keyword, std::locale::classic());
+}
+
+/// The decimal integer that is the whole text; none when there is another character or it does not fit.
+template <class Integer>
+std::optional<Integer> wholeInteger(const std::string& text) {
+    Integer value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(value) : std::nullopt;
+}
+
+std::shared_ptr<const boost::filesystem::path> toPath(const std::string& text) {
+    return std::make_shared<const boost::filesystem::path>(text);
+}
+
+double toTime(const std::string& text) {
+    return lexical_cast<double>(text);
+}
+
+/// Walks the items of an instruction list from the first to the last.
+class Parser {
+public:
+    Parser(const std::string& loaderName, const KroStringList* list) : loaderName_(loaderName) {
+        const std::int64_t count = KroUtilStringListGetCount(list);
+        for (std::int64_t number = 1; number <= count; ++number) {
+            const char* item = KroUtilStringListGetRawStringPtr(list, number);
+            items_.emplace_back(item ? item : "");
+        }
+    }
+
+    void parse(VtkFileLoaderInstructions& instructions) {
+        if (items_.size() < 2 || !isKeyword(items_[0], preamble) || items_[1] != preambleVersion)
+            fail(badPreamble());
+        next_ = 2;
+        while (!atEnd())
+            parseGroup(instructions, take());
+    }
+
+private:
+    void parseGroup(VtkFileLoaderInstructions& instructions, const std::string& keyword) {
+        if (isKeyword(keyword, fileNameKeyword))
+            instructions.files.push_back(toPath(takeValue(missingFileName())));
+        else if (isKeyword(keyword, fileListKeyword))
+            instructions.files = takeList(fileListKeyword, toPath);
+        else if (isKeyword(keyword, timesKeyword))
+            instructions.solutionTimes = takeList(timesKeyword, toTime);
+        else if (isKeyword(keyword, timeSourceKeyword))
+            instructions.solutionTimeSource = timeSource(takeValue(missingValue(timeSourceKeyword)));
+        else if (isKeyword(keyword, strandKeyword))
+            instructions.strand = strand(takeValue(missingValue(strandKeyword)));
+        else
+            fail(unknownKeyword(keyword));
+    }
+
+    SolutionTimeSource timeSource(const std::string& value) const {
+        const std::string name = boost::algorithm::to_upper_copy(value, std::locale::classic());
+        const auto found = std::find_if(timeSourceNames.begin(), timeSourceNames.end(),
+                                        [&](const TimeSourceName& entry) { return entry.name == name; });
+        if (found == timeSourceNames.end())
+            fail(unknownTimeSource(name));
+        return found->source;
+    }
+
+    std::int32_t strand(const std::string& value) const {
+        const auto strand = wholeInteger<std::int32_t>(value);
+        if (!strand)
+            fail(strandNotAnInteger(value));
+        return *strand;
+    }
+
+    template <class Entry>
+    std::vector<Entry> takeList(const std::string& keyword, Entry (*convert)(const std::string&)) {
+        const auto count = wholeInteger<std::int64_t>(takeValue(missingCount(keyword)));
+        if (!count || *count < 1)
+            fail(badCount(keyword));
+        if (static_cast<std::uint64_t>(*count) > items_.size() - next_)
+            fail(missingEntries(keyword));
+        std::vector<Entry> entries;
+        for (std::int64_t entry = 0; entry < *count; ++entry) {
+            const std::string& text = take();
+            try {
+                entries.push_back(convert(text));
+            } catch (const ExceptionBase&) {
+                // Layouts written by hand hold blanks and remarks among their times; such entries never counted.
+            }
+        }
+        return entries;
+    }
+
+    bool atEnd() const { return next_ == items_.size(); }
+    const std::string& take() { return items_[next_++]; }
+    const std::string& takeValue(const std::string& messageWhenMissing) {
+        if (atEnd())
+            fail(messageWhenMissing);
+        return take();
+    }
+
+    [[noreturn]] void fail(const std::string& message) const {
+        throw InvalidInstructionsException(loaderName_, message);
+    }
+
+    const std::string& loaderName_;
+    std::vector<std::string> items_;
+    std::size_t next_ = 0;
+};
+
+} // namespace
+
+VtkFileLoaderInstructions::VtkFileLoaderInstructions(const std::shared_ptr<const std::string>& loaderName,
+                                                     const KroStringList* list) {
+    try {
+        Parser(*loaderName, list).parse(*this);
+    } catch (const InvalidInstructionsException&) {
+        throw;
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        throw InvalidInstructionsException(*loaderName, invalidValue(error.what()));
+    }
+}
+
+void VtkFileLoaderInstructions::write(toolbox::StringList& list) const {
+    list.clear();
+    const auto append = [&list](const auto&... items) { (list.append(items), ...); };
+    append(preamble, preambleVersion);
+    if (solutionTimeSource != SolutionTimeSource::Auto)
+        append(timeSourceKeyword, std::string(timeSourceNames.at(static_cast<std::size_t>(solutionTimeSource)).name));
+    if (strand)
+        append(strandKeyword, std::to_string(*strand));
+    if (files.size() == 1)
+        append(fileNameKeyword);
+    else
+        append(fileListKeyword, std::to_string(files.size()));
+    for (const auto& file : files)
+        append(file->string());
+    if (!solutionTimes.empty())
+        append(timesKeyword, std::to_string(solutionTimes.size()));
+    for (const double time : solutionTimes)
+        append((boost::format("%f") % time).str());
+}
+
+} // namespace veltra::vtk
