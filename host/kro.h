@@ -82,7 +82,7 @@ enum {
 
 /* ---- Add-ons and the host's lock --------------------------------------------------------------------------------- */
 
-/* Takes and gives back the host's global lock during the entry point. Calls must pair. [main thread] */
+/* Takes and gives back the host's global lock during the entry point. Calls must pair and do not nest. [main thread] */
 void KroUtilLockOn(void);
 void KroUtilLockOff(void);
 
@@ -163,8 +163,8 @@ KroBool KroUtilExtractTimesFromFileNames(const KroStringList* fileNames, double*
 
 /* ---- Dataset and zones ------------------------------------------------------------------------------------------- */
 
-/* Replaces the current dataset by one without variables and zones. Arguments: "LoaderName" and "DataSetTitle"
- * (strings). [main thread, host locked] */
+/* Replaces the current dataset, whose client records are cleaned up first, by one without variables and zones; only
+ * while a data load is open. Arguments: "LoaderName" and "DataSetTitle" (strings). [main thread, host locked] */
 KroBool KroUtilDataSetCreateX(const KroArgList* arguments);
 
 /* Both are 0 when there is no dataset. [main thread, host locked] */
@@ -189,8 +189,8 @@ ValueLocation_e KroUtilVarGetValueLocation(int32_t variable);
  *   "DeferNodeMapCreation" 1: the same for the node map
  *   "StrandID"             zones of one strand are one thing at successive times; -1: the host decides
  *   "SolutionTime"         double
- *   "IMax"                 number of nodes (ordered zone: points)
- *   "JMax"                 number of cells (ordered zone: 1)
+ *   "IMax"                 number of nodes (ordered zone: points), 1 or more
+ *   "JMax"                 number of cells, 1 or more (ordered zone: 1)
  *   "KMax"                 ordered zone only: 1
  * and for mixed zones only, the last three as arrays with one entry per section:
  *   "NumSections"          1 to Kro_MaxSectionsPerZone

@@ -1,0 +1,163 @@
+#include "krohost/Host.h"
+
+#include "krohost/HostState.h"
+#include "krohost/Interrupt.h"
+
+#include <fmt/format.h>
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+namespace krohost {
+
+namespace {
+
+using EntryPoint = void (*)();
+
+/// The library stays loaded until the process ends: its code may be on a stack or in an exit handler, and a report of
+/// leaked memory needs its symbols.
+EntryPoint openAddOn(const std::filesystem::path& path) {
+    void* library = dlopen(std::filesystem::absolute(path).c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!library)
+        throw AddOnError(fmt::format("The add-on \"{}\" cannot be loaded: {}", path.string(), dlerror()));
+    void* symbol = dlsym(library, "InitKroAddOn113");
+    if (!symbol)
+        throw AddOnError(fmt::format("The add-on \"{}\" has no entry point: {}", path.string(), dlerror()));
+    return reinterpret_cast<EntryPoint>(symbol);
+}
+
+} // namespace
+
+Host::Host(HostOptions options) : state_{std::make_unique<HostState>(std::move(options))} {}
+
+Host::~Host() {
+    shutDown();
+}
+
+void Host::loadAddOn(const std::filesystem::path& path) {
+    const EntryPoint entryPoint = openAddOn(path);
+    state_->call("InitKroAddOn113", "", [&]() -> std::optional<KroBool> {
+        entryPoint();
+        return std::nullopt;
+    });
+}
+
+const std::vector<Loader>& Host::loaders() const {
+    return state_->loaders;
+}
+
+const Loader& Host::loaderForFile(const std::string& fileName) const {
+    if (loaders().empty())
+        throw AddOnError("The add-on has registered no loader.");
+    const auto found = std::find_if(loaders().begin(), loaders().end(),
+                                    [&](const Loader& loader) { return loader.matches(fileName); });
+    return found == loaders().end() ? loaders().front() : *found;
+}
+
+bool Host::loadFiles(const std::vector<std::string>& fileNames) {
+    return loadFiles(loaderForFile(fileNames.at(0)), fileNames);
+}
+
+bool Host::loadFiles(const Loader& loader, const std::vector<std::string>& fileNames) {
+    if (fileNames.size() > 1 && !loader.takesSeveralFiles) {
+        state_->journal.dialog({fmt::format("{} takes one file at a time.", loader.name)});
+        return false;
+    }
+    const KroStringList list{0, fileNames};
+    return state_->call("LoaderSelectedCallback", quoted(fileNames),
+                        [&] { return loader.loadSelected(&list, nullptr, loader.clientData); });
+}
+
+bool Host::loadInstructions(const Loader& loader, const std::vector<std::string>& instructions) {
+    const KroStringList list{0, instructions};
+    return state_->call("LoaderCallback", quoted(instructions), [&] { return loader.load(&list, loader.clientData); });
+}
+
+const Dataset& Host::dataset() const {
+    static const Dataset none;
+    return state_->dataset ? *state_->dataset : none;
+}
+
+Deferred& Host::require(Target target) {
+    Deferred* deferred = dataset().find(target);
+    if (!deferred)
+        throw std::out_of_range(fmt::format("nothing is registered for {}", describe(target)));
+    return *deferred;
+}
+
+bool Host::load(Target target) {
+    return state_->load(require(target));
+}
+
+bool Host::unload(Target target) {
+    return require(target).unload(state_->journal);
+}
+
+template <class Copy>
+auto Host::demandCopy(Target target, const Copy& copy) {
+    Deferred& deferred = require(target);
+    const bool wasLoaded = deferred.isLoaded();
+    auto result = state_->load(deferred) ? std::optional{copy(deferred)} : std::nullopt;
+    if (!wasLoaded)
+        deferred.unload(state_->journal);
+    return result;
+}
+
+std::optional<std::vector<double>> Host::demandValues(std::int32_t zone, std::int32_t variable) {
+    return demandCopy({zone, variable},
+                      [](const Deferred& loaded) { return values(static_cast<const KroFieldData&>(loaded)); });
+}
+
+std::optional<std::vector<std::vector<std::int64_t>>> Host::demandNodeMap(std::int32_t zone) {
+    return demandCopy({zone, 0},
+                      [](const Deferred& loaded) { return nodeNumbers(static_cast<const KroNodeMap&>(loaded)); });
+}
+
+std::vector<DemandResult> Host::demandAll(const DemandOptions& options) {
+    return demand(*state_, dataset().targets(), options);
+}
+
+const Journal& Host::journal() const {
+    return state_->journal;
+}
+void Host::clearJournalLines() {
+    state_->journal.clearLines();
+}
+std::int64_t Host::callCount(std::string_view functionName) const {
+    return state_->gate.callCount(functionName);
+}
+void Host::refuse(std::string_view functionName, std::int64_t callNumber) {
+    state_->gate.refuse(functionName, callNumber);
+}
+
+void Host::requestInterrupt() noexcept {
+    interrupt.request();
+}
+bool Host::isInterrupted() noexcept {
+    return interrupt.isRequested();
+}
+
+void Host::clearInterrupt() {
+    interrupt.reset();
+    if (journal().isOn())
+        interrupt.countPolls();
+}
+
+void Host::interruptAtPoll(std::int64_t pollNumber) {
+    interrupt.requestAtPoll(pollNumber);
+}
+void Host::interruptAtProgressUpdate(std::int64_t updateNumber) {
+    interrupt.requestAtProgressUpdate(updateNumber);
+}
+std::int64_t Host::pollCount() const {
+    return interrupt.pollCount();
+}
+
+void Host::shutDown() {
+    state_->shutDown();
+}
+
+} // namespace krohost

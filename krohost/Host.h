@@ -1,0 +1,102 @@
+#pragma once
+
+#include "krohost/Dataset.h"
+#include "krohost/Demand.h"
+#include "krohost/HostOptions.h"
+#include "krohost/Journal.h"
+#include "krohost/Loader.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace krohost {
+
+class HostState;
+
+/// An add-on could not be loaded, or registered nothing to load files with.
+class AddOnError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// A host in this process: loads add-ons, has them load files, and serves demands for what they registered.
+///
+/// A process has one host at a time; another may be made once the first is gone. Everything is for the thread that made
+/// the host, except where said. Operations of the add-on that break the interface's contract do not throw here; they
+/// are listed in violations().
+class Host {
+public:
+    /// Throws std::logic_error while the process has another host.
+    explicit Host(HostOptions options = {});
+    /// Shuts down.
+    ~Host();
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    /// Loads a shared library and calls its entry point. Throws AddOnError, whose text names the path and the reason.
+    void loadAddOn(const std::filesystem::path& path);
+
+    const std::vector<Loader>& loaders() const;
+    /// The first loader whose patterns fit the name, else the first of all. Throws AddOnError when there is none.
+    const Loader& loaderForFile(const std::string& fileName) const;
+
+    /// Has the loader for the first file load them all, as files that the user picked. True when it did. There must be
+    /// at least one.
+    bool loadFiles(const std::vector<std::string>& fileNames);
+    bool loadFiles(const Loader& loader, const std::vector<std::string>& fileNames);
+    /// Has a loader load what the instructions say, as in a replay. True when it did.
+    bool loadInstructions(const Loader& loader, const std::vector<std::string>& instructions);
+
+    /// The current dataset; an empty one while there is none.
+    const Dataset& dataset() const;
+
+    /// Loads and keeps; true when the data are there. The target must exist, here and below (std::out_of_range).
+    bool load(Target target);
+    /// Drops what is loaded; true when the client agreed.
+    bool unload(Target target);
+    /// Loads, copies and, unless they were loaded before, unloads. Nothing when the load fails.
+    std::optional<std::vector<double>> demandValues(std::int32_t zone, std::int32_t variable);
+    std::optional<std::vector<std::vector<std::int64_t>>> demandNodeMap(std::int32_t zone);
+    /// Serves everything that the dataset has, from several threads; see krohost::demand.
+    std::vector<DemandResult> demandAll(const DemandOptions& options = {});
+
+    const Journal& journal() const;
+    /// Forgets the lines written so far.
+    void clearJournalLines();
+    const std::vector<Dialog>& dialogs() const { return journal().dialogs(); }
+    const std::vector<std::string>& violations() const { return journal().violations(); }
+    std::int64_t callCount(std::string_view functionName) const;
+
+    /// Lets the n-th call from now (from 1) of a function fail the way its contract allows. Throws
+    /// std::invalid_argument when that cannot be and std::out_of_range for an unknown function.
+    void refuse(std::string_view functionName, std::int64_t callNumber = 1);
+
+    /// Asks the current operation to stop, until clearInterrupt. [any thread, signal handler]
+    static void requestInterrupt() noexcept;
+    static bool isInterrupted() noexcept;
+    /// Forgets the request, what was armed and what was counted.
+    void clearInterrupt();
+    /// Requests an interrupt at the n-th poll or progress update since the start or the last clearInterrupt (from 1).
+    void interruptAtPoll(std::int64_t pollNumber);
+    void interruptAtProgressUpdate(std::int64_t updateNumber);
+    /// Polls counted; they are when the journal is on or a poll is armed.
+    std::int64_t pollCount() const;
+
+    /// Tells add-ons of the end and cleans up everything, so that violations() is complete; dataset() is empty then.
+    /// Only the first call does anything, and no load or demand may follow.
+    void shutDown();
+
+private:
+    Deferred& require(Target target);
+    template <class Copy>
+    auto demandCopy(Target target, const Copy& copy);
+
+    std::unique_ptr<HostState> state_;
+};
+
+} // namespace krohost

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "krohost/Journal.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace krohost {
+
+/// Bytes of memory that this machine has.
+std::uint64_t physicalMemoryByteCount();
+
+struct HostOptions {
+    JournalDetail journal = JournalDetail::off;
+    /// Width of stored node numbers, 32 or 64; 0: 32 for zones whose node numbers fit.
+    int nodeBitCount = 0;
+    /// The largest storage that one load on demand may take.
+    std::uint64_t storageByteLimit = physicalMemoryByteCount();
+    /// Told of the add-on's progress: a fraction from 0 to 1 and what is being done. [main thread]
+    std::function<void(double fraction, const std::string& text)> onProgress = {};
+};
+
+} // namespace krohost

@@ -1,0 +1,194 @@
+#include "krohost/HostState.h"
+
+#include "krohost/CallbackScope.h"
+#include "krohost/Interrupt.h"
+#include "krohost/callAddOn.h"
+#include "krohost/contract.h"
+#include "krohost/entries.h"
+
+#include <fmt/format.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+namespace krohost {
+
+namespace {
+
+std::atomic<HostState*> currentHost{nullptr};
+
+std::string lowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char character) {
+        return static_cast<char>(character >= 'A' && character <= 'Z' ? character + ('a' - 'A') : character);
+    });
+    return text;
+}
+
+} // namespace
+
+std::uint64_t physicalMemoryByteCount() {
+    return static_cast<std::uint64_t>(sysconf(_SC_PHYS_PAGES)) * static_cast<std::uint64_t>(sysconf(_SC_PAGESIZE));
+}
+
+bool Loader::matches(const std::string& fileName) const {
+    const std::string extension = lowerCase(std::filesystem::path{fileName}.extension().string());
+    return std::any_of(patterns.begin(), patterns.end(),
+                       [&](const std::string& pattern) { return lowerCase(pattern) == "*" + extension; });
+}
+
+HostState::HostState(HostOptions hostOptions) : options{std::move(hostOptions)}, journal{options.journal} {
+    HostState* none = nullptr;
+    if (!currentHost.compare_exchange_strong(none, this))
+        throw std::logic_error("a process has one host at a time");
+    interrupt.reset();
+    if (journal.isOn())
+        interrupt.countPolls();
+}
+
+HostState::~HostState() {
+    currentHost = nullptr;
+}
+
+HostState* HostState::current() noexcept {
+    return currentHost.load(std::memory_order_acquire);
+}
+
+void HostState::admit(std::size_t entryIndex) {
+    const Caller caller = entries[entryIndex].caller;
+    const bool isForMainThread = caller == Caller::mainThread || caller == Caller::mainThreadLocked;
+    const bool isInCallback = CallbackScope::current() != nullptr;
+    if (isForMainThread && std::this_thread::get_id() != mainThread_)
+        throw ContractViolation("called on a thread that is not the main thread");
+    if (isForMainThread && isInCallback)
+        throw ContractViolation("called inside a load-on-demand callback");
+    if (caller == Caller::mainThreadLocked && !brackets.isLocked())
+        throw ContractViolation("called while the host is not locked");
+    if (caller == Caller::loadCallback && !isInCallback)
+        throw ContractViolation("called outside a load-on-demand callback");
+    if (entries[entryIndex].refusal != Refusal::afterClosing)
+        gate.pass(entryIndex);
+}
+
+void HostState::recordFailure(std::size_t entryIndex) {
+    std::string text{entries[entryIndex].name};
+    text += ": ";
+    try {
+        throw;
+    } catch (const ContractViolation& violation) {
+        text += violation.what();
+        journal.violation(text);
+    } catch (const std::bad_alloc&) {
+        text += "memory is exhausted";
+    } catch (const std::exception& exception) {
+        text += exception.what();
+    }
+    const std::lock_guard lock{lastErrorMutex_};
+    lastError_ = std::move(text);
+}
+
+std::string HostState::lastError() const {
+    const std::lock_guard lock{lastErrorMutex_};
+    return lastError_;
+}
+
+bool HostState::call(const std::string& name, const std::string& arguments,
+                     const std::function<std::optional<KroBool>()>& callback) {
+    const bool result = callAddOn(journal, name, arguments, callback);
+    for (const std::string& open : brackets.closeAll())
+        journal.violation(fmt::format("{} returned with {}", name, open));
+    return result;
+}
+
+const Loader* HostState::findLoader(const std::string& name) const {
+    const auto found =
+        std::find_if(loaders.begin(), loaders.end(), [&](const Loader& loader) { return loader.name == name; });
+    return found == loaders.end() ? nullptr : &*found;
+}
+
+const KroAddOn& HostState::requireAddOn(const KroAddOn* addOn) const {
+    for (const KroAddOn& registered : addOns)
+        if (&registered == addOn)
+            return registered;
+    throw ContractViolation("the add-on is not registered");
+}
+
+Dataset& HostState::requireDataset() {
+    if (!dataset)
+        throw CallFailure("there is no dataset");
+    return *dataset;
+}
+
+Zone& HostState::requireZone(std::int32_t zone) {
+    std::vector<Zone>& zones = requireDataset().zones;
+    if (zone < 1 || static_cast<std::size_t>(zone) > zones.size())
+        throw ContractViolation(fmt::format("there is no zone {}", zone));
+    return zones[static_cast<std::size_t>(zone) - 1];
+}
+
+void HostState::claimRecord(const Deferred* holder, void* clientData) {
+    if (holder)
+        throw ContractViolation(fmt::format("callbacks for {} are registered already", describe(holder->target())));
+    if (clientData && !clientRecords_.insert(clientData).second)
+        throw ContractViolation("the client record belongs to other callbacks already");
+}
+
+void HostState::dropDataset() {
+    if (!dataset)
+        return;
+    for (const Target& target : dataset->targets())
+        dataset->find(target)->cleanup(journal);
+    clientRecords_.clear();
+    dataset.reset();
+}
+
+std::optional<std::string> HostState::refusalOfStorage(const Deferred& deferred) const {
+    const Target target = deferred.target();
+    const std::int64_t nodeCount = dataset->zones[static_cast<std::size_t>(target.zone) - 1].nodeCount;
+    const bool isNarrow = target.variable == 0 && deferred.itemByteCount() == 4;
+    if (isNarrow && nodeCount - 1 > std::numeric_limits<std::int32_t>::max())
+        return fmt::format("The node numbers of {} do not fit 32 bits", dataset->name(target));
+    const std::optional<std::uint64_t> byteCount = deferred.byteCount();
+    if (!byteCount)
+        return fmt::format("Not enough memory for {}: more than {} bytes are needed", dataset->name(target),
+                           std::numeric_limits<std::int64_t>::max());
+    if (*byteCount > options.storageByteLimit)
+        return fmt::format("Not enough memory for {}: {} bytes are needed, {} may be used", dataset->name(target),
+                           *byteCount, options.storageByteLimit);
+    return std::nullopt;
+}
+
+bool HostState::load(Deferred& deferred) {
+    if (deferred.isLoaded())
+        return true;
+    std::optional<std::string> refusal = refusalOfStorage(deferred);
+    try {
+        if (!refusal)
+            return deferred.load(journal);
+    } catch (const std::bad_alloc&) {
+        refusal = fmt::format("Not enough memory for {}: {} bytes are needed", dataset->name(deferred.target()),
+                              deferred.byteCount().value_or(0));
+    }
+    journal.dialog({*refusal, deferred.target().zone, deferred.target().variable});
+    return false;
+}
+
+void HostState::shutDown() {
+    if (std::exchange(isShutDown_, true))
+        return;
+    for (const KroStateChangeCallback callback : stateChangeCallbacks)
+        call("StateChangeCallback", std::to_string(Kro_StateChangeShutdown), [&]() -> std::optional<KroBool> {
+            callback(Kro_StateChangeShutdown);
+            return std::nullopt;
+        });
+    dropDataset();
+    if (const std::int64_t count = liveListCount; count != 0)
+        journal.violation(fmt::format("{} string or argument lists were not freed", count));
+}
+
+} // namespace krohost

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "krohost/ArgumentList.h"
+#include "krohost/Brackets.h"
+#include "krohost/CallGate.h"
+#include "krohost/Dataset.h"
+#include "krohost/HostOptions.h"
+#include "krohost/Journal.h"
+#include "krohost/Loader.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <unordered_set>
+#include <vector>
+
+struct KroAddOn {
+    std::int32_t number;
+    std::string name, version, author;
+};
+
+namespace krohost {
+
+/// Everything that the functions of the C interface work on. One per process; made and destroyed on the main thread.
+/// What is not tagged otherwise is for the main thread, and find, load and the journal for demands on other threads.
+class HostState {
+public:
+    /// Throws std::logic_error while there is another one.
+    explicit HostState(HostOptions hostOptions);
+    ~HostState();
+    HostState(const HostState&) = delete;
+    HostState& operator=(const HostState&) = delete;
+
+    /// Null when the process has no host. [any thread]
+    static HostState* current() noexcept;
+
+    /// Counts a call of the interface and checks it before it is served. Throws ContractViolation or CallFailure.
+    /// [any thread]
+    void admit(std::size_t entryIndex);
+
+    /// Keeps the exception that is being handled as the last error and, if it is one, as a violation. [any thread]
+    void recordFailure(std::size_t entryIndex);
+    std::string lastError() const;
+
+    /// Calls a callback that is made on the main thread, and afterwards closes what it left open: each a violation.
+    bool call(const std::string& name, const std::string& arguments,
+              const std::function<std::optional<KroBool>()>& callback);
+
+    const Loader* findLoader(const std::string& name) const;
+    /// Throws ContractViolation for a pointer that is not one of the registered add-ons.
+    const KroAddOn& requireAddOn(const KroAddOn* addOn) const;
+    /// Throws CallFailure when there is none.
+    Dataset& requireDataset();
+    /// Throws ContractViolation for a number that no zone has.
+    Zone& requireZone(std::int32_t zone);
+
+    /// Takes over a handle and with it the client record. Throws ContractViolation when the place is taken or the
+    /// record belongs to another handle.
+    template <class Handle>
+    void adopt(std::unique_ptr<Handle>& place, std::unique_ptr<Handle> handle) {
+        claimRecord(place.get(), handle->clientData());
+        place = std::move(handle);
+    }
+
+    /// Runs the cleanups of the current dataset and forgets it.
+    void dropDataset();
+
+    /// Loads data unless they are loaded; what goes wrong is a dialog or a violation. [any thread, one per target]
+    bool load(Deferred& deferred);
+
+    /// Tells the add-ons that the host ends, runs every cleanup and looks for what they left behind. Once only.
+    void shutDown();
+
+    HostOptions options;
+    Journal journal;
+    CallGate gate;
+    Brackets brackets;
+    std::deque<KroAddOn> addOns;
+    std::vector<Loader> loaders;
+    std::vector<KroStateChangeCallback> stateChangeCallbacks;
+    std::optional<Dataset> dataset;
+    std::string progressText;
+    std::atomic<std::int64_t> listNumber{0}; // of the list made last
+    std::atomic<std::int64_t> liveListCount{0};
+
+private:
+    void claimRecord(const Deferred* holder, void* clientData);
+    std::optional<std::string> refusalOfStorage(const Deferred& deferred) const;
+
+    std::thread::id mainThread_ = std::this_thread::get_id();
+    mutable std::mutex lastErrorMutex_;
+    std::string lastError_;
+    std::unordered_set<void*> clientRecords_;
+    bool isShutDown_ = false;
+};
+
+} // namespace krohost

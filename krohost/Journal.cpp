@@ -1,0 +1,95 @@
+#include "krohost/Journal.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <iterator>
+#include <span>
+#include <utility>
+
+namespace krohost {
+
+namespace {
+
+thread_local Record* redirected = nullptr;
+
+template <class Item>
+void moveItems(std::vector<Item>& from, std::vector<Item>& to) {
+    to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
+}
+
+template <class Item>
+void store(std::mutex& mutex, Record& record, std::vector<Item> Record::*list, Item&& item) {
+    if (redirected) {
+        (redirected->*list).push_back(std::move(item));
+        return;
+    }
+    const std::lock_guard lock{mutex};
+    (record.*list).push_back(std::move(item));
+}
+
+} // namespace
+
+void Journal::line(std::string text) {
+    if (isOn())
+        store(mutex_, record_, &Record::lines, std::move(text));
+}
+
+void Journal::dialog(Dialog dialog) {
+    store(mutex_, record_, &Record::dialogs, std::move(dialog));
+}
+
+void Journal::violation(std::string text) {
+    line("! contract violation: " + text);
+    store(mutex_, record_, &Record::violations, std::move(text));
+}
+
+void Journal::append(Record&& record) {
+    const std::lock_guard lock{mutex_};
+    moveItems(record.lines, record_.lines);
+    moveItems(record.dialogs, record_.dialogs);
+    moveItems(record.violations, record_.violations);
+}
+
+Journal::Redirection::Redirection(Record& record) {
+    redirected = &record;
+}
+
+Journal::Redirection::~Redirection() {
+    redirected = nullptr;
+}
+
+std::string quoted(std::string_view text) {
+    std::string result{'"'};
+    for (const char character : text) {
+        if (character == '\n')
+            result += "\\n";
+        else if (character == '"' || character == '\\')
+            result += {'\\', character};
+        else if (static_cast<unsigned char>(character) < 0x20)
+            result += fmt::format("\\x{:02x}", static_cast<unsigned>(character));
+        else
+            result += character;
+    }
+    return result + '"';
+}
+
+std::string quoted(const char* text) {
+    return text ? quoted(std::string_view{text}) : "null";
+}
+
+std::string quoted(const std::vector<std::string>& texts) {
+    std::vector<std::string> items;
+    for (const std::string& text : texts)
+        items.push_back(quoted(text));
+    return fmt::format("[{}]", fmt::join(items, ", "));
+}
+
+std::string abbreviated(const std::vector<std::int64_t>& numbers) {
+    constexpr std::size_t shown = 8;
+    if (numbers.size() <= 2 * shown)
+        return fmt::format("[{}]", fmt::join(numbers, ", "));
+    return fmt::format("[{}, ... {} in all]", fmt::join(std::span{numbers}.first(shown), ", "), numbers.size());
+}
+
+} // namespace krohost

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace krohost {
+
+/// How much the journal writes down.
+enum class JournalDetail {
+    off,   ///< no lines; dialogs and violations are kept all the same
+    calls, ///< every call, but of the calls that build and read string and argument lists only those that fail
+    all    ///< every call
+};
+
+/// An error that the add-on or the host showed. During a load on demand, `zone` and `variable` say for what (from 1;
+/// variable 0: the node map); else both are 0.
+struct Dialog {
+    std::string text;
+    std::int32_t zone = 0;
+    std::int32_t variable = 0;
+};
+
+/// What happened, in order.
+struct Record {
+    std::vector<std::string> lines;
+    std::vector<Dialog> dialogs;
+    std::vector<std::string> violations;
+};
+
+/// Keeps what crosses the line between add-on and host. Lines hold no addresses, threads or times, so that two equal
+/// runs write equal journals. Writing: [any thread]. Reading: while no add-on code runs.
+class Journal {
+public:
+    explicit Journal(JournalDetail detail) : detail_{detail} {}
+
+    JournalDetail detail() const { return detail_; }
+    bool isOn() const { return detail_ != JournalDetail::off; }
+
+    const std::vector<std::string>& lines() const { return record_.lines; }
+    const std::vector<Dialog>& dialogs() const { return record_.dialogs; }
+    const std::vector<std::string>& violations() const { return record_.violations; }
+    void clearLines() { record_.lines.clear(); }
+
+    /// Writes a line; does nothing when the journal is off.
+    void line(std::string text);
+    void dialog(Dialog dialog);
+    void violation(std::string text);
+
+    /// Appends a record that a redirection kept apart.
+    void append(Record&& record);
+
+    /// Collects what the current thread writes in a record of its own, so that the work of several threads can be put
+    /// into an order that does not depend on them.
+    class Redirection {
+    public:
+        explicit Redirection(Record& record);
+        ~Redirection();
+        Redirection(const Redirection&) = delete;
+        Redirection& operator=(const Redirection&) = delete;
+    };
+
+private:
+    JournalDetail detail_;
+    std::mutex mutex_;
+    Record record_;
+};
+
+/// The text in double quotes with backslash escapes, as it stands in a line; `null` for a null pointer.
+std::string quoted(std::string_view text);
+std::string quoted(const char* text);
+/// `["a", "b"]`
+std::string quoted(const std::vector<std::string>& texts);
+/// `[1, 2, 3]`; of more than 16 numbers the first 8 and how many there are.
+std::string abbreviated(const std::vector<std::int64_t>& numbers);
+
+} // namespace krohost

@@ -1,0 +1,39 @@
+#include "krohost/callAddOn.h"
+
+#include <fmt/format.h>
+
+#include <exception>
+
+namespace krohost {
+
+namespace {
+
+std::optional<KroBool> catchAll(Journal& journal, const std::string& name,
+                                const std::function<std::optional<KroBool>()>& call) {
+    try {
+        return call();
+    } catch (const std::exception& exception) {
+        journal.violation(fmt::format("an exception left {}: {}", name, exception.what()));
+    } catch (...) {
+        journal.violation(fmt::format("an exception of unknown type left {}", name));
+    }
+    return KroBool{0};
+}
+
+} // namespace
+
+bool callAddOn(Journal& journal, const std::string& name, const std::string& arguments,
+               const std::function<std::optional<KroBool>()>& call) {
+    if (journal.isOn())
+        journal.line(fmt::format("-> {}({})", name, arguments));
+    const std::optional<KroBool> result = catchAll(journal, name, call);
+    if (journal.isOn())
+        journal.line(result ? fmt::format("<- {} = {}", name, *result) : fmt::format("<- {}", name));
+    if (result && *result != 0 && *result != 1) {
+        journal.violation(fmt::format("{} returned {}, not 0 or 1", name, *result));
+        return false;
+    }
+    return result != KroBool{0};
+}
+
+} // namespace krohost

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "host/kro.h"
+#include "krohost/Journal.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace krohost {
+
+/// Calls into the add-on and writes the call and its result to the journal. `call` gives nothing for a callback without
+/// result. True unless the result is 0; an exception that leaves the callback, or a result that is neither 0 nor 1, is
+/// a violation and gives false. [any thread]
+bool callAddOn(Journal& journal, const std::string& name, const std::string& arguments,
+               const std::function<std::optional<KroBool>()>& call);
+
+} // namespace krohost

@@ -1,0 +1,48 @@
+#include "krohost/callGuard.h"
+
+#include <fmt/format.h>
+
+namespace krohost {
+
+namespace {
+
+bool isListCall(std::size_t entryIndex) {
+    const std::string_view name = entries[entryIndex].name;
+    return name.starts_with("KroUtilStringList") || name.starts_with("KroUtilArgList");
+}
+
+} // namespace
+
+std::string resultText(Nothing) {
+    return {};
+}
+std::string resultText(std::int64_t number) {
+    return std::to_string(number);
+}
+std::string resultText(const char* text) {
+    return quoted(text);
+}
+std::string resultText(const void* pointer) {
+    return pointer ? "pointer" : "null";
+}
+std::string resultText(const KroStringList* list) {
+    return list ? fmt::format("strings {}", list->number) : "null";
+}
+std::string resultText(const KroArgList* list) {
+    return list ? fmt::format("arguments {}", list->number) : "null";
+}
+std::string resultText(const KroAddOn* addOn) {
+    return addOn ? fmt::format("add-on {}", addOn->number) : "null";
+}
+
+bool writesCall(const HostState& host, std::size_t entryIndex, bool hasFailed) {
+    const JournalDetail detail = host.journal.detail();
+    return detail == JournalDetail::all || (detail == JournalDetail::calls && (hasFailed || !isListCall(entryIndex)));
+}
+
+void writeCall(HostState& host, std::size_t entryIndex, const std::string& arguments, const std::string& result) {
+    host.journal.line(
+        fmt::format("{}({}){}{}", entries[entryIndex].name, arguments, result.empty() ? "" : " = ", result));
+}
+
+} // namespace krohost

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace krohost::cli {
+
+enum ExitCode {
+    Exit_Done = 0,
+    Exit_Failed = 1, ///< the load or a demand failed, or the add-on broke its contract
+    Exit_Usage = 2,
+    Exit_FileNotOpened = 3,
+    Exit_AddOnNotLoaded = 4,
+    Exit_Interrupted = 130
+};
+
+enum class Command { info, trace };
+
+/// What the user asked for.
+struct CommandLine {
+    Command command = Command::info;
+    std::vector<std::string> files;
+    bool isJson = false;
+    bool isDemanding = false;
+    bool isTracingLists = false;
+    unsigned threadCount = 1;
+    int nodeBitCount = 0; ///< 0: by the size of the zone
+    std::optional<std::filesystem::path> addOn;
+};
+
+/// Reads the arguments; `krohost FILE...` is `krohost info FILE...`. After help or a usage error, which it prints,
+/// gives the exit code instead.
+std::variant<CommandLine, int> parseCommandLine(int argumentCount, const char* const* arguments);
+
+} // namespace krohost::cli

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "krohost/Dataset.h"
+#include "krohost/Demand.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace krohost::cli {
+
+/// The outcome of a run, to be shown together with the dataset.
+struct Report {
+    std::string loaderName; ///< empty when it did not come to a load
+    bool isLoaded = false;
+    bool isDemanded = false;
+    std::vector<DemandResult> demands; ///< in the order of Dataset::targets
+
+    /// The summary of part `partIndex` of a target; null when it was not demanded or not loaded.
+    const StorageSummary* find(Target target, std::size_t partIndex = 0) const;
+};
+
+/// Eight hexadecimal digits.
+std::string hexadecimal(std::uint32_t checksum);
+
+} // namespace krohost::cli
