@@ -95,8 +95,9 @@ private:
         LoadedFiles loaded;
         progress.setStepCount(instructions.files.size());
         for (std::size_t index = 0; index < instructions.files.size(); ++index) {
+            const auto& path = instructions.files[index];
             const std::size_t firstZone = loaded.zones.size();
-            readFile(instructions.files[index], *progress.openSubTask(), loaded);
+            readFile(path, *progress.openSubTask(path->string()), loaded);
             if (!instructions.solutionTimes.empty())
                 for (std::size_t zone = firstZone; zone < loaded.zones.size(); ++zone)
                     loaded.zones[zone].solutionTime = instructions.solutionTimes.at(index);

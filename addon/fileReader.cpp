@@ -96,7 +96,8 @@ void readFile(const Path& path, ui::TaskProgress& progress, LoadedFiles& loaded)
     const std::vector<Path>& members = parser.referencedFiles();
     progress.setStepCount(members.size());
     for (std::size_t index = 0; index < members.size(); ++index)
-        readMember(members[index], *progress.openSubTask(), loaded, namedZone(parser, index, fieldData));
+        readMember(members[index], *progress.openSubTask(members[index]->string()), loaded,
+                   namedZone(parser, index, fieldData));
 }
 
 } // namespace veltra::vtkfile

@@ -4,6 +4,7 @@
 #include "host/kro.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace veltra::kroutilutil {
 
@@ -52,18 +53,20 @@ private:
 /// A task whose steps share the part of the display from `begin`, `width` wide.
 class Task : public TaskProgress {
 public:
-    Task(Display& display, double begin, double width, std::uint64_t stepCount, Task* parent)
-        : display_(display), begin_(begin), width_(width), stepCount_(atLeastOne(stepCount)), parent_(parent) {}
+    Task(Display& display, double begin, double width, std::uint64_t stepCount, Task* parent, std::string title)
+        : display_(display), begin_(begin), width_(width), stepCount_(atLeastOne(stepCount)), parent_(parent),
+          title_(std::move(title)) {}
     ~Task() override {
         // Shown with the next step: the host may ask to stop, which cannot be passed on from here.
         if (parent_)
             parent_->markDone(1);
     }
 
-    std::unique_ptr<TaskProgress> openSubTask() override {
+    std::unique_ptr<TaskProgress> openSubTask(const std::string& title) override {
         display_.throwIfInterrupted();
         display_.show(fraction());
-        return std::make_unique<Task>(display_, fraction(), width_ / static_cast<double>(stepCount_), 1, this);
+        return std::make_unique<Task>(display_, fraction(), width_ / static_cast<double>(stepCount_), 1, this,
+                                      title.empty() ? title_ : title);
     }
 
     void setStepCount(std::uint64_t stepCount) override {
@@ -83,7 +86,7 @@ public:
 
     void setText(const std::string& text) override {
         display_.throwIfInterrupted();
-        display_.show(text);
+        display_.show(title_.empty() ? text : title_ + ": " + text);
     }
 
 private:
@@ -98,18 +101,19 @@ private:
     double width_;
     std::uint64_t stepCount_;
     Task* parent_;
+    std::string title_;
     std::uint64_t doneCount_ = 0;
 };
 
 /// The whole display with the task that fills it.
 class ProgressBar final : private Display, public Task {
 public:
-    explicit ProgressBar(std::uint64_t stepCount) : Task(*this, 0, 1, stepCount, nullptr) {}
+    explicit ProgressBar(std::uint64_t stepCount) : Task(*this, 0, 1, stepCount, nullptr, {}) {}
 };
 
 class NoProgress final : public TaskProgress {
 public:
-    std::unique_ptr<TaskProgress> openSubTask() override { return std::make_unique<NoProgress>(); }
+    std::unique_ptr<TaskProgress> openSubTask(const std::string&) override { return std::make_unique<NoProgress>(); }
     void setStepCount(std::uint64_t) override {}
     void advance(std::uint64_t) override {}
     void setText(const std::string&) override {}

@@ -17,9 +17,10 @@ public:
     TaskProgress& operator=(const TaskProgress&) = delete;
     virtual ~TaskProgress() = default;
 
-    /// Opens the next step as a task of one step. The step is done when the returned object is destroyed, which must
-    /// happen before this object's end and before another step is opened.
-    virtual std::unique_ptr<TaskProgress> openSubTask() = 0;
+    /// Opens the next step as a task of one step, with a title that stands before its texts; without one, this task's
+    /// does. The step is done when the returned object is destroyed, which must happen before this object's end and
+    /// before another step is opened.
+    virtual std::unique_ptr<TaskProgress> openSubTask(const std::string& title = {}) = 0;
 
     /// Divides what is left of the task into `stepCount` steps.
     virtual void setStepCount(std::uint64_t stepCount) = 0;

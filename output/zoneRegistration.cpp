@@ -137,13 +137,15 @@ private:
 } // namespace
 
 bool registerZones(const std::vector<Zone>& zones, const ZoneRegistration& registration, ui::TaskProgress& progress) {
-    progress.setText("Registering zones...");
+    constexpr const char* text = "Registering zones...";
+    progress.setText(text);
     progress.setStepCount(zones.size());
     const ZoneRegistrar registrar(zones, registration);
     for (std::size_t index = 0; index < zones.size(); ++index) {
+        const auto zoneProgress = progress.openSubTask(zones[index].file->string());
+        zoneProgress->setText(text);
         if (!registrar.add(zones[index], index))
             return false;
-        progress.advance(1);
     }
     return true;
 }
