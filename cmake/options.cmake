@@ -6,6 +6,10 @@ add_library(kro_options INTERFACE)
 target_compile_options(kro_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Wcast-qual -Woverloaded-virtual
   -Wimplicit-fallthrough -Werror)
+# g++ 12 sees an overlap in every `"literal" + std::string()`.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  target_compile_options(kro_options INTERFACE -Wno-restrict)
+endif()
 target_include_directories(kro_options INTERFACE ${PROJECT_SOURCE_DIR})
 
 if(KRO_SANITIZE)
