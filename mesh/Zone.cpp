@@ -32,8 +32,8 @@ std::uint64_t sum(const std::vector<Piece>& pieces, std::uint64_t Piece::*count,
 void checkVariables(const Piece& first, const Piece& other) {
     if (other.variables.size() != first.variables.size())
         throw IOException(inconsistentPieces);
-    for (const DataArray& array : first.variables)
-        if (!findVariable(other, array))
+    for (std::size_t index = 0; index < first.variables.size(); ++index)
+        if (!findVariable(first, index, other))
             throw IOException(inconsistentPieces);
 }
 
@@ -85,11 +85,16 @@ CellArrays cellArrays(const Piece& piece) {
     return {named("connectivity"), named("offsets"), named("types")};
 }
 
-const DataArray* findVariable(const Piece& piece, const DataArray& array) {
-    const auto found = std::find_if(piece.variables.begin(), piece.variables.end(), [&](const DataArray& candidate) {
+const DataArray* findVariable(const Piece& first, std::size_t index, const Piece& piece) {
+    const DataArray& array = first.variables[index];
+    const auto continues = [&](const DataArray& candidate) {
         return candidate.type == array.type && candidate.valueLocation == array.valueLocation &&
                equalsIgnoringCase(*candidate.name, *array.name);
-    });
+    };
+    // Writers keep the order of arrays from piece to piece.
+    if (index < piece.variables.size() && continues(piece.variables[index]))
+        return &piece.variables[index];
+    const auto found = std::find_if(piece.variables.begin(), piece.variables.end(), continues);
     return found == piece.variables.end() ? nullptr : &*found;
 }
 

@@ -52,8 +52,8 @@ struct CellArrays {
 /// exactly these three.
 CellArrays cellArrays(const Piece& piece);
 
-/// The array of `piece` that continues `array`, an array of the zone's first piece: of the same name in any letter
-/// case, element type and value location. Null when there is none.
-const DataArray* findVariable(const Piece& piece, const DataArray& array);
+/// The array of `piece` that continues array `index` of the zone's first piece: of the same name in any letter case,
+/// element type and value location. Null when there is none.
+const DataArray* findVariable(const Piece& first, std::size_t index, const Piece& piece);
 
 } // namespace veltra::vtkfile

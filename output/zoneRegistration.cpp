@@ -112,7 +112,7 @@ private:
     bool registerValues(const Zone& zone, std::int32_t zoneNumber) const {
         const std::vector<VariableComponent> components = variableComponents(zone.pieces.front());
         return std::all_of(components.begin(), components.end(), [&](const VariableComponent& variable) {
-            std::vector<DataArray> arrays = arraysOfPieces(zone, *variable.array);
+            std::vector<DataArray> arrays = arraysOfPieces(zone, variable.array);
             const bool hasValues = std::any_of(arrays.begin(), arrays.end(),
                                                [](const DataArray& array) { return array.numberOfTuples > 0; });
             return !hasValues || registerValueLoader(registration_.loaderName, zoneNumber,
@@ -121,12 +121,15 @@ private:
         });
     }
 
-    /// The records of one array, in every piece of the zone; `first` is that of the first piece.
-    static std::vector<DataArray> arraysOfPieces(const Zone& zone, const DataArray& first) {
+    /// The records of one array, in every piece of the zone; `array` is that of the first piece.
+    static std::vector<DataArray> arraysOfPieces(const Zone& zone, const DataArray* array) {
+        const Piece& first = zone.pieces.front();
         std::vector<DataArray> arrays;
-        const bool isGrid = &first == &zone.pieces.front().points;
         for (const Piece& piece : zone.pieces)
-            arrays.push_back(isGrid ? piece.points : *findVariable(piece, first));
+            arrays.push_back(
+                array == &first.points
+                    ? piece.points
+                    : *findVariable(first, static_cast<std::size_t>(array - first.variables.data()), piece));
         return arrays;
     }
 

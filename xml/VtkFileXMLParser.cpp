@@ -216,21 +216,24 @@ DataArray VtkFileXMLParser::parseDataArray(const Section& section) {
     array.headerSize = header_.headerSize;
     if (array.format == DataArrayFormat::Appended)
         array.offset = xml_.getAttributeAs<std::uint64_t>("offset", 0);
-    else
-        locateInlineData(array);
+    else if (!locateInlineData(array) && section.element == fieldDataSection.element)
+        array.numberOfTuples = 0; // no piece says how many values there should be
     return array;
 }
 
-void VtkFileXMLParser::locateInlineData(DataArray& array) {
+/// Finds where an array's text stands; false when there is none.
+bool VtkFileXMLParser::locateInlineData(DataArray& array) {
     array.offset = xml_.position();
     if (xml_.isEmptyElement())
-        return;
+        return false;
     xml_.skipWhitespace();
     array.offset = xml_.position();
     if (!xml_.feedThrough('<'))
         throw IOException(openingTagMissing);
+    const std::uint64_t length = xml_.position() - array.offset;
     if (array.format == DataArrayFormat::Ascii)
-        array.length = xml_.position() - array.offset;
+        array.length = length;
+    return length > 0;
 }
 
 void VtkFileXMLParser::parseAppendedData() {

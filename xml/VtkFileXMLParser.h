@@ -63,7 +63,7 @@ private:
     void parsePiece();
     void parseSection(const Section& section, std::vector<DataArray>& arrays);
     DataArray parseDataArray(const Section& section);
-    void locateInlineData(DataArray& array);
+    bool locateInlineData(DataArray& array);
     void parseAppendedData();
     void addReference(const std::string& reference);
 
