@@ -20,8 +20,11 @@ namespace {
 
 constexpr std::int64_t bufferByteCount = 0x80000;
 
-/// More than any writer's tag or comment, and little enough to be held several times over.
-constexpr std::size_t markupByteLimit = 0x100000;
+/// More than any writer's tag needs. The XML reader compares the attributes of a tag each with each.
+constexpr std::size_t markupByteLimit = 0x10000;
+
+/// Elements within elements; the XML reader keeps a record of each.
+constexpr std::size_t depthLimit = 1000;
 
 constexpr std::string_view whitespace = " \t\n\v\f\r";
 
@@ -36,6 +39,22 @@ std::size_t findNonWhitespace(Bytes bytes) {
     const auto isBlank = [](std::uint8_t byte) { return whitespace.find(static_cast<char>(byte)) != whitespace.npos; };
     return static_cast<std::size_t>(std::find_if_not(bytes.begin(), bytes.end(), isBlank) - bytes.begin());
 }
+
+/// Finds the `>` that ends a comment, in one block after the other.
+class CommentEnd {
+public:
+    std::size_t operator()(Bytes bytes) {
+        for (std::size_t index = 0; index < bytes.size(); ++index) {
+            if (bytes[index] == '>' && dashCount_ >= 2)
+                return index;
+            dashCount_ = bytes[index] == '-' ? dashCount_ + 1 : 0;
+        }
+        return bytes.size();
+    }
+
+private:
+    std::size_t dashCount_ = 0; // before the next byte
+};
 
 QLatin1String latin1(std::string_view text) {
     return QLatin1String(text.data(), static_cast<int>(text.size()));
@@ -78,7 +97,7 @@ struct XMLParser::Impl {
 
     /// Passes over the bytes before the first that `findEnd` finds in a block. False at the end of the file.
     template <class FindEnd>
-    bool passOver(FindEnd findEnd) {
+    bool passOver(FindEnd&& findEnd) {
         for (Bytes bytes = stream->peek(); !bytes.empty(); bytes = stream->peek()) {
             const std::size_t end = findEnd(bytes);
             stream->skip(end);
@@ -103,11 +122,33 @@ struct XMLParser::Impl {
         }
     }
 
+    /// Passes over text and comments. What was taken of a tag that begins like a comment stands in `pending`.
+    void passOverToTag() {
+        do
+            passOver([](Bytes bytes) { return find(bytes, '<'); });
+        while (passOverComment());
+    }
+
+    bool passOverComment() {
+        for (const char expected : std::string_view("<!--")) {
+            const Bytes bytes = stream->peek();
+            if (bytes.empty() || bytes.front() != expected)
+                return false;
+            pending.append(expected);
+            stream->skip(1);
+        }
+        pending.clear();
+        const bool ends = passOver(CommentEnd());
+        if (ends)
+            stream->skip(1);
+        return true;
+    }
+
     /// Hands the next tag to the reader, with the text before it only where that may still turn out to be markup.
     /// False when the file has nothing more.
     bool feedTag() {
         if (rootBegun && openMarkupBytes == 0)
-            passOver([](Bytes bytes) { return find(bytes, '<'); });
+            passOverToTag();
         collectTag();
         position = stream->position();
         lookAhead = false;
@@ -152,7 +193,8 @@ bool XMLParser::readNext() {
     if (impl_->token == QXmlStreamReader::StartElement) {
         impl_->attributes = impl_->reader.attributes();
         impl_->rootBegun = true;
-        ++impl_->depth;
+        if (++impl_->depth > depthLimit)
+            throw IOException(nestedTooDeep(depthLimit));
     } else if (impl_->token == QXmlStreamReader::EndElement) {
         --impl_->depth;
     }

@@ -18,7 +18,11 @@ std::string missingAttribute(const std::string& namespaceUri, std::string_view n
 }
 
 std::string markupTooLong(std::size_t byteLimit) {
-    return (boost::format("The XML data is ill formed. A tag or comment is longer than %1% bytes") % byteLimit).str();
+    return (boost::format("The XML data is ill formed. A tag is longer than %1% bytes") % byteLimit).str();
+}
+
+std::string nestedTooDeep(std::size_t depthLimit) {
+    return (boost::format("The XML data is ill formed. Elements are nested more than %1% deep") % depthLimit).str();
 }
 
 std::string unsupportedDatasetType(const std::string& value) {
