@@ -59,7 +59,9 @@ private:
     bool guardedLoad(const VtkFileLoaderInstructions& instructions, bool fromFileSelection,
                      toolbox::ArgList& finishOptions) noexcept {
         try {
-            return build(instructions) &&
+            const auto progress =
+                instructions.strand ? kroutilutil::createNoopTaskProgressBar() : kroutilutil::createTaskProgressBar(2);
+            return build(instructions, *progress) &&
                    (instructions.strand || record(instructions, fromFileSelection, finishOptions));
         } catch (const std::bad_alloc& error) {
             showError(*name_, loadOutOfMemory, error.what());
@@ -75,10 +77,8 @@ private:
         return false;
     }
 
-    bool build(const VtkFileLoaderInstructions& instructions) {
-        const auto progress =
-            instructions.strand ? kroutilutil::createNoopTaskProgressBar() : kroutilutil::createTaskProgressBar(2);
-        const LoadedFiles loaded = readFiles(instructions, *progress->openSubTask());
+    bool build(const VtkFileLoaderInstructions& instructions, ui::TaskProgress& progress) {
+        const LoadedFiles loaded = readFiles(instructions, *progress.openSubTask());
         if (loaded.zones.empty())
             throw IOException(noPieces);
         DataSetRequest request;
@@ -88,7 +88,7 @@ private:
         request.strand = instructions.strand.value_or(-1);
         request.hasExplicitTimes = !instructions.solutionTimes.empty();
         request.timeSource = instructions.solutionTimeSource;
-        return buildDataSet(request, loaded, variables_, *progress->openSubTask());
+        return buildDataSet(request, loaded, variables_, *progress.openSubTask());
     }
 
     static LoadedFiles readFiles(const VtkFileLoaderInstructions& instructions, ui::TaskProgress& progress) {
@@ -98,9 +98,11 @@ private:
             const auto& path = instructions.files[index];
             const std::size_t firstZone = loaded.zones.size();
             readFile(path, *progress.openSubTask(path->string()), loaded);
-            if (!instructions.solutionTimes.empty())
-                for (std::size_t zone = firstZone; zone < loaded.zones.size(); ++zone)
-                    loaded.zones[zone].solutionTime = instructions.solutionTimes.at(index);
+            if (instructions.solutionTimes.empty())
+                continue;
+            const double time = instructions.solutionTimes.at(index);
+            for (std::size_t zone = firstZone; zone < loaded.zones.size(); ++zone)
+                loaded.zones[zone].solutionTime = time;
         }
         return loaded;
     }

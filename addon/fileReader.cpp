@@ -25,6 +25,7 @@ public:
         boost::system::error_code error;
         const std::uintmax_t byteCount = boost::filesystem::file_size(path, error);
         progress_.setStepCount(error ? 1 : std::max<std::uintmax_t>(byteCount, 1));
+        progress_.setText("Opening file..."); // so that a file that does not open leaves its name on the display
     }
 
     bool report(const std::string& message, std::uint64_t byteCount) override {
