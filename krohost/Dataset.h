@@ -34,8 +34,9 @@ struct Zone {
     std::string name;
     ZoneType_e type = ZoneType_Ordered;
     std::int64_t nodeCount = 0;
-    std::int64_t elementCount = 0; // of an ordered zone: its points
-    std::int32_t strand = -1;
+    std::int64_t elementCount = 0;           // of an ordered zone: its points
+    std::int32_t strand = -1;                // as the loader gave it; -1: left to the host
+    std::optional<std::int64_t> strandGroup; // the strand that the host found for a zone left to it
     double solutionTime = 0;
     bool isVariableCreationDeferred = false;
     bool isNodeMapCreationDeferred = false;

@@ -49,6 +49,10 @@ const std::vector<Loader>& Host::loaders() const {
     return state_->loaders;
 }
 
+const Loader* Host::findLoader(const std::string& name) const {
+    return state_->findLoader(name);
+}
+
 const Loader& Host::loaderForFile(const std::string& fileName) const {
     if (loaders().empty())
         throw AddOnError("The add-on has registered no loader.");
@@ -63,17 +67,31 @@ bool Host::loadFiles(const std::vector<std::string>& fileNames) {
 
 bool Host::loadFiles(const Loader& loader, const std::vector<std::string>& fileNames) {
     if (fileNames.size() > 1 && !loader.takesSeveralFiles) {
+        state_->taskText.clear();
         state_->journal.dialog({fmt::format("{} takes one file at a time.", loader.name)});
         return false;
     }
     const KroStringList list{0, fileNames};
-    return state_->call("LoaderSelectedCallback", quoted(fileNames),
-                        [&] { return loader.loadSelected(&list, nullptr, loader.clientData); });
+    return state_->runLoad("LoaderSelectedCallback", quoted(fileNames),
+                           [&] { return loader.loadSelected(&list, nullptr, loader.clientData); });
 }
 
 bool Host::loadInstructions(const Loader& loader, const std::vector<std::string>& instructions) {
     const KroStringList list{0, instructions};
-    return state_->call("LoaderCallback", quoted(instructions), [&] { return loader.load(&list, loader.clientData); });
+    return state_->runLoad("LoaderCallback", quoted(instructions),
+                           [&] { return loader.load(&list, loader.clientData); });
+}
+
+void Host::startDataset(const Loader& loader, const std::vector<std::string>& instructions) {
+    state_->dropDataset();
+    Dataset& dataset = state_->dataset.emplace();
+    dataset.loaderName = loader.name;
+    dataset.title = "Untitled";
+    dataset.instructions = Instructions{loader.name, instructions};
+}
+
+std::optional<std::string> Host::stoppedAt() const {
+    return state_->taskText.empty() ? std::nullopt : std::optional{state_->taskText};
 }
 
 const Dataset& Host::dataset() const {

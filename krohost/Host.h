@@ -42,6 +42,8 @@ public:
     void loadAddOn(const std::filesystem::path& path);
 
     const std::vector<Loader>& loaders() const;
+    /// Null when none has the name.
+    const Loader* findLoader(const std::string& name) const;
     /// The first loader whose patterns fit the name, else the first of all. Throws AddOnError when there is none.
     const Loader& loaderForFile(const std::string& fileName) const;
 
@@ -49,8 +51,16 @@ public:
     /// at least one.
     bool loadFiles(const std::vector<std::string>& fileNames);
     bool loadFiles(const Loader& loader, const std::vector<std::string>& fileNames);
-    /// Has a loader load what the instructions say, as in a replay. True when it did.
+    /// Has a loader load what the instructions say, as in a replay or, with a strand, to append to the current dataset.
+    /// True when it did.
     bool loadInstructions(const Loader& loader, const std::vector<std::string>& instructions);
+
+    /// Replaces the current dataset by an empty one that the loader can append to, with the instructions that make it
+    /// again. A load into a new dataset needs none.
+    void startDataset(const Loader& loader, const std::vector<std::string>& instructions);
+
+    /// What the last load had said it was doing when it failed; nothing when it did not, or had said nothing.
+    std::optional<std::string> stoppedAt() const;
 
     /// The current dataset; an empty one while there is none.
     const Dataset& dataset() const;

@@ -5,6 +5,7 @@
 #include "krohost/callAddOn.h"
 #include "krohost/contract.h"
 #include "krohost/entries.h"
+#include "krohost/strandGroups.h"
 
 #include <fmt/format.h>
 
@@ -103,6 +104,18 @@ bool HostState::call(const std::string& name, const std::string& arguments,
     for (const std::string& open : brackets.closeAll())
         journal.violation(fmt::format("{} returned with {}", name, open));
     return result;
+}
+
+bool HostState::runLoad(const std::string& name, const std::string& arguments,
+                        const std::function<std::optional<KroBool>()>& callback) {
+    taskText.clear();
+    firstZoneOfLoad = dataset ? dataset->zones.size() : 0;
+    const bool isLoaded = call(name, arguments, callback);
+    if (isLoaded)
+        taskText.clear();
+    if (isLoaded && dataset)
+        assignStrandGroups(*dataset, firstZoneOfLoad);
+    return isLoaded;
 }
 
 const Loader* HostState::findLoader(const std::string& name) const {

@@ -53,6 +53,11 @@ public:
     bool call(const std::string& name, const std::string& arguments,
               const std::function<std::optional<KroBool>()>& callback);
 
+    /// The same for a callback that loads: afterwards zones whose strands were left to the host are grouped, or, when
+    /// the load failed, `taskText` says what it was doing.
+    bool runLoad(const std::string& name, const std::string& arguments,
+                 const std::function<std::optional<KroBool>()>& callback);
+
     const Loader* findLoader(const std::string& name) const;
     /// Throws ContractViolation for a pointer that is not one of the registered add-ons.
     const KroAddOn& requireAddOn(const KroAddOn* addOn) const;
@@ -86,7 +91,9 @@ public:
     std::vector<Loader> loaders;
     std::vector<KroStateChangeCallback> stateChangeCallbacks;
     std::optional<Dataset> dataset;
-    std::string progressText;
+    std::string progressText;                // shown: a display's title, then the text set last
+    std::string taskText;                    // the text that the current load has set last, or a failed one had
+    std::size_t firstZoneOfLoad = 0;         // index of the first zone that the current load adds
     std::atomic<std::int64_t> listNumber{0}; // of the list made last
     std::atomic<std::int64_t> liveListCount{0};
 

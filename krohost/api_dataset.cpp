@@ -82,6 +82,7 @@ KroBool KroUtilDataSetCreateX(const KroArgList* arguments) {
                 throw ContractViolation("no data load is open");
             host.dropDataset();
             host.dataset = std::move(dataset);
+            host.firstZoneOfLoad = 0;
             return KroBool{1};
         });
 }

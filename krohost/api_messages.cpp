@@ -37,6 +37,7 @@ void KroUtilProgressText(const char* text) {
                                                    [&](HostState& host) {
                                                        host.brackets.requireProgress();
                                                        host.progressText = requireNotNull(text, "the text");
+                                                       host.taskText = host.progressText;
                                                    });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -17,12 +18,18 @@ enum ExitCode {
     Exit_Interrupted = 130
 };
 
-enum class Command { info, trace };
+enum class Command { info, replay, trace };
 
 /// What the user asked for.
 struct CommandLine {
     Command command = Command::info;
-    std::vector<std::string> files;
+    std::vector<std::string> files; ///< of a replay: the layout
+    std::vector<std::string> appendedFiles;
+    std::optional<std::string> loader;  ///< by the files' extension when there is none
+    std::string timeSource;             ///< in capitals; empty: left to the loader
+    std::vector<double> times;          ///< of the first load
+    std::optional<std::int32_t> strand; ///< of the load that appends
+    std::string recordFile;             ///< empty: nothing is recorded
     bool isJson = false;
     bool isDemanding = false;
     bool isTracingLists = false;

@@ -14,6 +14,7 @@ namespace krohost::cli {
 struct Report {
     std::string loaderName; ///< empty when it did not come to a load
     bool isLoaded = false;
+    std::string stoppedAt; ///< what the load was doing when it failed, where that is known
     bool isDemanded = false;
     std::vector<DemandResult> demands; ///< in the order of Dataset::targets
 

@@ -66,6 +66,7 @@ ordered_json zoneList(const Report& report, const Dataset& dataset) {
                         {"nodes", zone.nodeCount},
                         {"elements", zone.elementCount},
                         {"strand", zone.strand},
+                        {"strandGroup", zone.strandGroup ? ordered_json(*zone.strandGroup) : ordered_json()},
                         {"solutionTime", zone.solutionTime},
                         {"aux", ordered_json(zone.auxiliaryData)},
                         {"sections", sectionList(report, zone)},
@@ -80,8 +81,9 @@ ordered_json jsonReport(const Report& report, const Dataset& dataset) {
     const auto instructions = dataset.instructions ? dataset.instructions->strings : std::vector<std::string>{};
     return {{"loader", textOrNull(report.loaderName)}, {"loaded", report.isLoaded},
             {"title", textOrNull(dataset.title)},      {"instructions", instructions},
-            {"dialogs", ordered_json::array()},        {"violations", ordered_json::array()},
-            {"variables", variableList(dataset)},      {"zones", zoneList(report, dataset)}};
+            {"dialogs", ordered_json::array()},        {"stoppedAt", textOrNull(report.stoppedAt)},
+            {"violations", ordered_json::array()},     {"variables", variableList(dataset)},
+            {"zones", zoneList(report, dataset)}};
 }
 
 std::string jsonText(ordered_json document, const std::vector<std::string>& dialogs,

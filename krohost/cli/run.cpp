@@ -1,16 +1,16 @@
 #include "krohost/cli/run.h"
 
 #include "krohost/Host.h"
+#include "krohost/cli/Failure.h"
 #include "krohost/cli/ProgressBar.h"
 #include "krohost/cli/Report.h"
 #include "krohost/cli/jsonReport.h"
+#include "krohost/cli/layout.h"
+#include "krohost/cli/loading.h"
 #include "krohost/cli/tableReport.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -21,26 +21,6 @@
 namespace krohost::cli {
 
 namespace {
-
-/// Why a file cannot be read; empty when it can.
-std::string openError(const std::string& path) {
-    std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored))
-        return std::strerror(EISDIR);
-    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0)
-        return std::strerror(errno);
-    close(descriptor);
-    return {};
-}
-
-/// What to say about the first file that cannot be opened; empty when all can.
-std::string firstOpenError(const std::vector<std::string>& files) {
-    for (const std::string& file : files)
-        if (const std::string reason = openError(file); !reason.empty())
-            return fmt::format("The file \"{}\" cannot be opened: {}", file, reason);
-    return {};
-}
 
 std::filesystem::path addOnPath(const CommandLine& line) {
     if (line.addOn)
@@ -80,11 +60,19 @@ HostOptions hostOptions(const CommandLine& line, ProgressBar& progress) {
     return options;
 }
 
-Report loadAndDemand(Host& host, const CommandLine& line, ProgressBar& progress) {
+void record(const Host& host, const std::string& path) {
+    if (!host.dataset().instructions)
+        throw Failure("The loader has recorded no instructions.", Exit_Failed);
+    writeLayout(path, *host.dataset().instructions);
+}
+
+Report loadAndDemand(Host& host, const CommandLine& line, const Plan& plan, ProgressBar& progress) {
     Report report;
-    const Loader& loader = host.loaderForFile(line.files.front());
-    report.loaderName = loader.name;
-    report.isLoaded = host.loadFiles(loader, line.files);
+    report.loaderName = loaderName(host, line, plan);
+    report.isLoaded = load(host, report.loaderName, line, plan);
+    report.stoppedAt = host.stoppedAt().value_or("");
+    if (report.isLoaded && !line.recordFile.empty())
+        record(host, line.recordFile);
     report.isDemanded = line.isDemanding;
     if (report.isLoaded && line.isDemanding)
         report.demands = host.demandAll({line.threadCount, [&](std::size_t doneCount, std::size_t count) {
@@ -102,9 +90,11 @@ int exitCode(const Host& host, const Report& report) {
     return report.isLoaded && hasDemands && host.violations().empty() ? Exit_Done : Exit_Failed;
 }
 
-void printProblems(const Host& host) {
+void printProblems(const Host& host, const std::string& stoppedAt) {
     for (const Dialog& dialog : host.dialogs())
         fmt::print(stderr, "{}\n", dialog.text);
+    if (!stoppedAt.empty())
+        fmt::print(stderr, "krohost: the load stopped at \"{}\"\n", stoppedAt);
     for (const std::string& violation : host.violations())
         fmt::print(stderr, "contract violation: {}\n", violation);
     if (Host::isInterrupted())
@@ -118,10 +108,10 @@ int finish(Host& host, const CommandLine& line, const Report& report) {
     std::string text;
     if (line.isJson)
         document = jsonReport(report, host.dataset());
-    else if (line.command == Command::info && report.isLoaded)
+    else if (line.command != Command::trace && report.isLoaded)
         text = tableReport(report, host.dataset());
     host.shutDown();
-    printProblems(host);
+    printProblems(host, report.stoppedAt);
     if (line.isJson)
         text = jsonText(std::move(document), dialogTexts(host), host.violations());
     for (const std::string& journalLine : host.journal().lines())
@@ -132,17 +122,18 @@ int finish(Host& host, const CommandLine& line, const Report& report) {
 } // namespace
 
 int run(const CommandLine& line) {
-    if (const std::string message = firstOpenError(line.files); !message.empty())
-        return fail(line, message, Exit_FileNotOpened);
     ProgressBar progress;
     Host host{hostOptions(line, progress)};
     try {
+        const Plan plan = makePlan(line);
         host.loadAddOn(addOnPath(line));
-        const Report report = loadAndDemand(host, line, progress);
+        const Report report = loadAndDemand(host, line, plan, progress);
         progress.clear();
         return finish(host, line, report);
+    } catch (const Failure& failure) {
+        return fail(line, failure.what(), failure.exitCode());
     } catch (const AddOnError& error) {
-        printProblems(host);
+        printProblems(host, "");
         return fail(line, error.what(), Exit_AddOnNotLoaded);
     }
 }

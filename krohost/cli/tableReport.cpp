@@ -77,8 +77,8 @@ std::string zoneTable(const Dataset& dataset) {
                  {"Time", Align::right}}};
     for (const Zone& zone : dataset.zones)
         table.addRow({text(zone.number), zone.name, inWords(zone.type), text(zone.nodeCount), text(zone.elementCount),
-                      text(static_cast<std::int64_t>(zone.sections.size())), text(zone.strand),
-                      fmt::format("{}", zone.solutionTime)});
+                      text(static_cast<std::int64_t>(zone.sections.size())),
+                      text(zone.strandGroup.value_or(zone.strand)), fmt::format("{}", zone.solutionTime)});
     return table.text("");
 }
 

@@ -1,0 +1,146 @@
+#include "krohost/cli/loading.h"
+
+#include "krohost/cli/Failure.h"
+#include "krohost/cli/layout.h"
+#include "krohost/strandGroups.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <fcntl.h>
+#include <strings.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+namespace krohost::cli {
+
+namespace {
+
+constexpr const char* strandKeyword = "STRAND_ID";
+
+/// Why a file cannot be read; empty when it can.
+std::string openError(const std::string& path) {
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored))
+        return std::strerror(EISDIR);
+    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0)
+        return std::strerror(errno);
+    close(descriptor);
+    return {};
+}
+
+void requireReadable(const std::vector<std::string>& files) {
+    for (const std::string& file : files)
+        if (const std::string reason = openError(file); !reason.empty())
+            throw Failure(fmt::format("The file \"{}\" cannot be opened: {}", file, reason), Exit_FileNotOpened);
+}
+
+std::vector<std::string> paths(const std::vector<SeriesFile>& files) {
+    std::vector<std::string> result;
+    for (const SeriesFile& file : files)
+        result.push_back(file.path);
+    return result;
+}
+
+/// What the user says goes before what a collection says; a file without a time among others has 0.
+std::vector<double> times(const CommandLine& line, const std::vector<SeriesFile>& files) {
+    const bool hasTimes =
+        std::any_of(files.begin(), files.end(), [](const SeriesFile& file) { return file.time.has_value(); });
+    if (!line.times.empty() || !line.timeSource.empty() || !hasTimes)
+        return line.times;
+    std::vector<double> result;
+    for (const SeriesFile& file : files)
+        result.push_back(file.time.value_or(0));
+    return result;
+}
+
+/// The list that a loader's callback takes. Times are written so that they read back to the same values.
+std::vector<std::string> instructions(const std::vector<std::string>& files, const std::string& timeSource,
+                                      const std::vector<double>& times, std::optional<std::int64_t> strand) {
+    std::vector<std::string> list{"STANDARDSYNTAX", "1.0"};
+    const auto append = [&list](const auto&... items) { (list.push_back(items), ...); };
+    if (!timeSource.empty())
+        append("SOLUTIONTIMESOURCE", timeSource);
+    if (strand)
+        append(strandKeyword, std::to_string(*strand));
+    if (files.size() == 1)
+        append("FILENAME_FILE");
+    else
+        append("FILELIST_DATAFILES", std::to_string(files.size()));
+    list.insert(list.end(), files.begin(), files.end());
+    if (!times.empty())
+        append("SOLUTION_TIMES", std::to_string(times.size()));
+    for (const double time : times)
+        append(fmt::format("{}", time));
+    return list;
+}
+
+/// A load with a strand appends; where it comes first, it appends to an empty dataset.
+bool loadInstructions(Host& host, const Loader& loader, const std::vector<std::string>& list) {
+    const bool hasStrand = std::any_of(
+        list.begin(), list.end(), [](const std::string& item) { return strcasecmp(item.c_str(), strandKeyword) == 0; });
+    if (hasStrand)
+        host.startDataset(loader, list);
+    return host.loadInstructions(loader, list);
+}
+
+bool loadFiles(Host& host, const Loader& loader, const CommandLine& line, const std::vector<SeriesFile>& files) {
+    const std::vector<double> solutionTimes = times(line, files);
+    const auto strand = line.appendedFiles.empty() ? line.strand : std::nullopt;
+    if (solutionTimes.empty() && line.timeSource.empty() && !line.loader && !strand)
+        return host.loadFiles(loader, paths(files));
+    return loadInstructions(host, loader, instructions(paths(files), line.timeSource, solutionTimes, strand));
+}
+
+bool append(Host& host, const CommandLine& line, const std::vector<SeriesFile>& files) {
+    CommandLine own = line;
+    own.times.clear(); // they belong to the first load
+    const Loader* loader = line.loader ? host.findLoader(*line.loader) : nullptr;
+    const std::int64_t strand = line.strand ? *line.strand : highestStrand(host.dataset()) + 1;
+    return host.loadInstructions(loader ? *loader : host.loaderForFile(files.front().path),
+                                 instructions(paths(files), line.timeSource, times(own, files), strand));
+}
+
+} // namespace
+
+Plan makePlan(const CommandLine& line) {
+    Plan plan;
+    const bool isReplay = line.command == Command::replay;
+    const std::vector<std::string> files = isReplay ? line.files : expandPatterns(line.files);
+    const std::vector<std::string> appendedFiles = expandPatterns(line.appendedFiles);
+    requireReadable(files);
+    requireReadable(appendedFiles);
+    if (isReplay)
+        plan.layout = readLayout(files.front());
+    else
+        plan.files = expandCollections(files);
+    plan.appendedFiles = expandCollections(appendedFiles);
+    return plan;
+}
+
+std::string loaderName(const Host& host, const CommandLine& line, const Plan& plan) {
+    if (!plan.layout && !line.loader)
+        return host.loaderForFile(plan.files.front().path).name;
+    const std::string name = plan.layout ? plan.layout->loaderName : *line.loader;
+    if (host.findLoader(name))
+        return name;
+    std::vector<std::string> names;
+    for (const Loader& loader : host.loaders())
+        names.push_back(krohost::quoted(loader.name));
+    throw Failure(fmt::format("There is no loader {}; there is {}.", krohost::quoted(name), fmt::join(names, ", ")),
+                  plan.layout ? Exit_Failed : Exit_Usage);
+}
+
+bool load(Host& host, const std::string& loaderName, const CommandLine& line, const Plan& plan) {
+    const Loader& loader = *host.findLoader(loaderName);
+    const bool isLoaded =
+        plan.layout ? loadInstructions(host, loader, plan.layout->strings) : loadFiles(host, loader, line, plan.files);
+    return isLoaded && (plan.appendedFiles.empty() || append(host, line, plan.appendedFiles));
+}
+
+} // namespace krohost::cli

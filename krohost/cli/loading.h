@@ -1,0 +1,29 @@
+#pragma once
+
+#include "krohost/Host.h"
+#include "krohost/cli/CommandLine.h"
+#include "krohost/cli/series.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace krohost::cli {
+
+/// What a run is to load.
+struct Plan {
+    std::vector<SeriesFile> files;         ///< none in a replay
+    std::optional<Instructions> layout;    ///< of a replay
+    std::vector<SeriesFile> appendedFiles; ///< of the second load, if there is one
+};
+
+/// Looks at what the user named. Throws Failure when it cannot be opened or a collection or layout is malformed.
+Plan makePlan(const CommandLine& line);
+
+/// The name of the loader for the first load. Throws Failure for one that is not registered, and AddOnError.
+std::string loaderName(const Host& host, const CommandLine& line, const Plan& plan);
+
+/// Loads, then appends. True when everything was loaded.
+bool load(Host& host, const std::string& loaderName, const CommandLine& line, const Plan& plan);
+
+} // namespace krohost::cli
