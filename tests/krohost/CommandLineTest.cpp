@@ -1,56 +1,24 @@
+#include "tests/krohost/runKrohost.h"
+#include "tests/support/TemporaryFolder.h"
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-
-#include <sys/wait.h>
-
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace {
 
 using nlohmann::json;
 
-struct Outcome {
-    int exitCode;
-    std::string output;
-    std::string errors;
-};
-
-class CommandLine : public testing::Test {
-protected:
-    void SetUp() override {
-        std::string name = (std::filesystem::temp_directory_path() / "krohost-XXXXXX").string();
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        folder_ = name;
-    }
-    void TearDown() override { std::filesystem::remove_all(folder_); }
-
-    /// Runs the tool with the fake add-on, in a folder of its own where the files named for the scenarios exist.
-    Outcome run(const std::string& arguments, const std::string& addOn = FAKE_ADD_ON) const {
-        for (const char* scenario : {"box", "fails", "no nodes", "interrupts", "throws"})
-            std::ofstream{folder_ / (std::string{scenario} + ".fake")};
-        const std::string command = "cd '" + folder_.string() + "' && KROHOST_ADDON_PATH='" + addOn +
-                                    "' '" KROHOST "' " + arguments + " 2>errors";
-        FILE* pipe = popen(command.c_str(), "r");
-        Outcome outcome{};
-        for (int character = std::fgetc(pipe); character != EOF; character = std::fgetc(pipe))
-            outcome.output += static_cast<char>(character);
-        outcome.exitCode = WEXITSTATUS(pclose(pipe));
-        std::ifstream errors{folder_ / "errors"};
-        outcome.errors.assign(std::istreambuf_iterator<char>{errors}, {});
-        return outcome;
-    }
-
-private:
-    std::filesystem::path folder_;
-};
+/// Runs the tool with the fake add-on, in a folder of its own where the files named for the scenarios exist.
+Outcome run(const std::string& arguments, const std::string& addOn = FAKE_ADD_ON) {
+    const test::TemporaryFolder folder;
+    for (const char* scenario : {"box", "fails", "no nodes", "interrupts", "throws"})
+        folder.write(std::string{scenario} + ".fake", "");
+    return runKrohost(folder.path(), arguments, addOn);
+}
 
 } // namespace
 
-TEST_F(CommandLine, ExitCodesTellWhatHappened) {
+TEST(CommandLine, ExitCodesTellWhatHappened) {
     const std::vector<std::tuple<const char*, int, const char*>> rows{
         {"box.fake", 0, ""},
         {"info box.fake --demand -j 3 --node-bits 64", 0, ""},
@@ -62,6 +30,14 @@ TEST_F(CommandLine, ExitCodesTellWhatHappened) {
         {"", 2, "subcommand is required"},
         {"info", 2, "FILE is required"},
         {"box.fake --node-bits 16", 2, "--node-bits"},
+        {"box.fake --loader Other", 2, "There is no loader \"Other\"; there is \"Fake Loader\".\n"},
+        {"box.fake --times 1,nan", 2, "--times: nan is not a time"},
+        {"replay box.fake --strand 1", 2, "--strand requires --append"},
+        {"replay missing.json", 3, "The file \"missing.json\" cannot be opened: "},
+        {"'missing*.fake'", 3, "The file \"missing*.fake\" cannot be opened: "},
+        {"box.fake --append missing.fake", 3, "The file \"missing.fake\" cannot be opened: "},
+        {"box.fake --record /", 1, "The layout \"/\" cannot be written: Is a directory.\n"},
+        {"replay box.fake", 1, "The layout \"box.fake\" is malformed: it is not JSON from byte 1 on.\n"},
         {"box.fake missing.fake", 3, "The file \"missing.fake\" cannot be opened: No such file or directory\n"},
         {".", 3, "The file \".\" cannot be opened: Is a directory\n"},
         {"box.fake --addon missing.so", 4, "missing.so\" cannot be loaded: "},
@@ -73,14 +49,14 @@ TEST_F(CommandLine, ExitCodesTellWhatHappened) {
     }
 }
 
-TEST_F(CommandLine, JsonHoldsTheDatasetAndWhatWasDemanded) {
+TEST(CommandLine, JsonHoldsTheDatasetAndWhatWasDemanded) {
     const Outcome outcome = run("info --json --demand box.fake");
     const json expected = json::parse(R"({
         "loader": "Fake Loader", "loaded": true, "title": "Fake Data", "instructions": ["box.fake"],
-        "dialogs": [], "violations": [],
+        "dialogs": [], "stoppedAt": null, "violations": [],
         "variables": [{"number": 1, "name": "X"}, {"number": 2, "name": "p"}],
         "zones": [{"number": 1, "name": "wing", "zoneType": 8, "nodes": 10, "elements": 3, "strand": -1,
-                   "solutionTime": 0.1, "aux": {},
+                   "strandGroup": null, "solutionTime": 0.1, "aux": {},
                    "sections": [{"number": 1, "shape": "hexahedron", "shapeCode": 4, "gridOrder": 1,
                                  "nodesPerElement": 8, "elements": 1, "crc32": "790723dc"},
                                 {"number": 2, "shape": "tetrahedron", "shapeCode": 3, "gridOrder": 1,
@@ -93,7 +69,7 @@ TEST_F(CommandLine, JsonHoldsTheDatasetAndWhatWasDemanded) {
     EXPECT_EQ(run("--json box.fake").output.find("crc32"), std::string::npos);
 }
 
-TEST_F(CommandLine, JsonIsWholeAfterFailures) {
+TEST(CommandLine, JsonIsWholeAfterFailures) {
     const json demand = json::parse(run("--json --demand fails.fake").output);
     EXPECT_EQ(demand["dialogs"], json{"Fake Loader: no values"});
     EXPECT_EQ(demand["zones"][0]["variables"][1]["crc32"], nullptr);
@@ -105,7 +81,7 @@ TEST_F(CommandLine, JsonIsWholeAfterFailures) {
     EXPECT_EQ(json::parse(run("--json box.fake", "missing.so").output)["zones"], json::array());
 }
 
-TEST_F(CommandLine, TableAndTraceAreForPeople) {
+TEST(CommandLine, TableAndTraceAreForPeople) {
     const std::string table = run("box.fake").output;
     EXPECT_NE(table.find("   1  wing  mixed     10         3         2      -1   0.1\n"), std::string::npos) << table;
     EXPECT_NE(table.find("         2  p     cell      float32       3\n"), std::string::npos) << table;

@@ -1,0 +1,127 @@
+#include "krohost/strandGroups.h"
+#include "tests/krohost/runKrohost.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/VtuBuilder.h"
+#include "tests/support/meshes.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using nlohmann::json;
+
+std::string pvd(const std::string& dataSets) {
+    return R"(<?xml version="1.0"?><VTKFile type="Collection"><Collection>)" + dataSets + "</Collection></VTKFile>";
+}
+
+/// Some steps of a series, and ways to name them.
+class Series : public testing::Test {
+protected:
+    Series() {
+        const std::string mesh = test::vtu().piece(test::hexahedron()).text();
+        for (const char* name : {"s1.vtu", "s2.vtu", "s10.vtu", "other/a.vtu", "other/b.vtu", "s[1].vtu"})
+            folder.write(name, mesh);
+        folder.write("broken/s3.vtu", "<VTKFile");
+        folder.write("parts.pvd", pvd(R"(<DataSet timestep="3e-7" part="1" file="s2.vtu"/>
+                                         <DataSet timestep=" 3e-7" part="0" file="other/a.vtu"/>
+                                         <DataSet timestep="1e-7" part="0" file="s1.vtu"/>
+                                         <DataSet timestep="1e-7" part="1" file="s10.vtu"/>)"));
+        folder.write("other/c.series", R"({"file-series-version": "1.0", "files": [
+                                           {"name": "b.vtu", "time": 0.5}, {"name": "../s1.vtu"}]})");
+        folder.write("broken.pvd", pvd(R"(<DataSet timestep="0" file="s1.vtu"/>
+                                          <DataSet timestep="1" file="broken/s3.vtu"/>)"));
+        folder.write("bad1.pvd", "<VTKFile");
+        folder.write("bad2.pvd", pvd(""));
+        folder.write("bad3.pvd", pvd(R"(<DataSet timestep="x" file="s1.vtu"/>)"));
+        folder.write("bad4.pvd", pvd(R"(<DataSet timestep="1"/>)"));
+        folder.write("bad5.pvd", "<VTKFile type='UnstructuredGrid'/>");
+        folder.write("bad1.series", R"({"files": [)");
+        folder.write("bad2.series", R"({"files": [{"name": "s1.vtu", "time": "x"}]})");
+        folder.write("bad3.series", "[]");
+        folder.write("gone.json", R"({"loader": "VTK Data Loader", "instructions":
+                                      ["STANDARDSYNTAX", "1.0", "FILENAME_FILE", "gone.vtu"]})");
+        folder.write("unknown.json", R"({"loader": "L", "instructions": []})");
+    }
+
+    Outcome run(const std::string& arguments) const { return runKrohost(folder.path(), arguments, ADD_ON); }
+
+    /// The zones as "name strand group time", or the exit code and what was said.
+    std::string zones(const std::string& arguments) const {
+        const Outcome outcome = run(arguments + " --json");
+        if (outcome.exitCode != 0)
+            return std::to_string(outcome.exitCode) + " " + outcome.errors;
+        const json document = json::parse(outcome.output);
+        std::string text;
+        for (const json& zone : document["zones"])
+            text += zone["name"].get<std::string>() + " " + zone["strand"].dump() + " " + zone["strandGroup"].dump() +
+                    " " + zone["solutionTime"].dump() + "\n";
+        return text;
+    }
+
+    test::TemporaryFolder folder;
+};
+
+} // namespace
+
+TEST_F(Series, IsWhatTheUserNames) {
+    const std::string loadFailed =
+        "1 VTK Data Loader: An error occurred while reading data from the VTK file.\nReason: ";
+    const std::vector<std::pair<const char*, std::string>> rows{
+        {"other/a.vtu other/b.vtu", "a -1 null 0.0\nb -1 null 0.0\n"},
+        {"'s[1-9]*.vtu'", "s1 -1 1 1.0\ns2 -1 1 2.0\ns10 -1 1 10.0\n"},
+        {"'s[1].vtu'", "s[1] -1 null 1.0\n"},
+        {"parts.pvd", "s1 -1 1 1e-07\ns10 -1 2 1e-07\na -1 1 3e-07\ns2 -1 2 3e-07\n"},
+        {"other/c.series", "s1 -1 1 0.0\nb -1 1 0.5\n"},
+        {"other/c.series --time-source None", "s1 -1 null 0.0\nb -1 null 0.0\n"},
+        {"--times -1.5,1e-9 s1.vtu s2.vtu", "s1 -1 1 -1.5\ns2 -1 1 1e-09\n"},
+        {"s2.vtu --loader 'TRIX Loader'", "s2 -1 null 2.0\n"},
+        {"s1.vtu --strand 4", "s1 4 null 1.0\n"},
+        {"s1.vtu --append other/b.vtu --strand 2", "s1 -1 null 1.0\nb 2 null 0.0\n"},
+        {"s1.vtu s2.vtu --append other/c.series", "s1 -1 1 1.0\ns2 -1 1 2.0\ns1 2 null 0.0\nb 2 null 0.5\n"},
+        {"s1.vtu --append s1.vtu s2.vtu --strand -1", "s1 -1 null 1.0\ns1 -1 1 1.0\ns2 -1 1 2.0\n"},
+        {"broken.pvd", loadFailed + "Premature end of document.\n"
+                                    "krohost: the load stopped at \"broken/s3.vtu: Parsing XML file...\"\n"},
+        {"s1.vtu --append broken/s3.vtu", loadFailed + "Premature end of document.\n"},
+        {"s1.vtu --append s2.vtu --strand 99999999999", "2 Could not convert: --strand = 99999999999\n"
+                                                        "Run with --help for more information.\n"},
+        {"bad1.pvd", "1 The time series \"bad1.pvd\" is malformed: Error parsing start element tag at byte 7.\n"},
+        {"bad2.pvd", "1 The time series \"bad2.pvd\" names no files.\n"},
+        {"bad3.pvd", "1 The time series \"bad3.pvd\" is malformed: the timestep \"x\" is not a number.\n"},
+        {"bad4.pvd", "1 The time series \"bad4.pvd\" is malformed: its DataSet 1 has no file.\n"},
+        {"bad5.pvd", "1 The time series \"bad5.pvd\" is malformed: it is not a VTKFile of the type Collection.\n"},
+        {"bad1.series", "1 The time series \"bad1.series\" is malformed: it is not JSON from byte 12 on.\n"},
+        {"bad2.series", "1 The time series \"bad2.series\" is malformed: the time of its file 1 is not a number.\n"},
+        {"bad3.series", "1 The time series \"bad3.series\" is malformed: it has no list \"files\".\n"},
+        {"replay unknown.json", "1 There is no loader \"L\"; there is \"VTK Data Loader\", \"TRIX Loader\".\n"}};
+    for (const auto& [arguments, expected] : rows)
+        EXPECT_EQ(zones(arguments), expected) << arguments;
+    const Outcome gone = run("replay gone.json");
+    EXPECT_EQ(gone.exitCode, 1);
+    EXPECT_NE(gone.errors.find("Reason: Failed to open VTK file for reading\n"), std::string::npos) << gone.errors;
+}
+
+TEST_F(Series, IsTheSameWhenItsRecordIsReplayed) {
+    for (const char* arguments : {"s1.vtu", "s1.vtu s2.vtu --time-source none", "other/c.series", "s1.vtu --strand 4",
+                                  "s1.vtu --append s2.vtu --strand 3"}) {
+        const std::string command = arguments;
+        const std::string appended = command.substr(std::min(command.find(" --append"), command.size()));
+        const Outcome first = run("info --json --demand --record layout.json " + command);
+        const Outcome replayed = run("replay --json --demand layout.json" + appended);
+        EXPECT_EQ(first.exitCode, 0) << first.errors;
+        EXPECT_EQ(replayed.output, first.output) << arguments;
+    }
+}
+
+TEST(StrandGroups, JoinThePlacesOfSuccessiveSteps) {
+    const std::vector<std::pair<std::vector<double>, std::vector<std::int64_t>>> rows{
+        {{}, {}},
+        {{1}, {}},
+        {{1, 1, 1}, {}},
+        {{1, 2}, {7, 7}},
+        {{1, 1, 2, 2}, {7, 8, 7, 8}},
+        {{1, 2, 2, 2, 3}, {7, 7, 8, 9, 7}},
+        {{2, 1, 2}, {7, 7, 7}}};
+    for (const auto& [times, groups] : rows)
+        EXPECT_EQ(krohost::strandGroups(times, 7), groups) << testing::PrintToString(times);
+}
