@@ -23,6 +23,9 @@ constexpr std::int64_t bufferByteCount = 0x80000;
 /// More than any writer's tag needs. The XML reader compares the attributes of a tag each with each.
 constexpr std::size_t markupByteLimit = 0x10000;
 
+/// The `>` characters within a tag. At each of them the XML reader begins anew to look for the tag's end.
+constexpr std::size_t innerEndLimit = 1000;
+
 /// Elements within elements; the XML reader keeps a record of each.
 constexpr std::size_t depthLimit = 1000;
 
@@ -40,20 +43,31 @@ std::size_t findNonWhitespace(Bytes bytes) {
     return static_cast<std::size_t>(std::find_if_not(bytes.begin(), bytes.end(), isBlank) - bytes.begin());
 }
 
-/// Finds the `>` that ends a comment, in one block after the other.
-class CommentEnd {
+/// Markup that is no element and that nobody looks at. It ends at the first `>` behind `mark`s, so many at least.
+struct Passage {
+    std::string_view opening;
+    char mark;
+    std::size_t markCount;
+};
+constexpr std::array<Passage, 3> passages{{{"<!--", '-', 2}, {"<![CDATA[", ']', 2}, {"<?", '?', 1}}};
+
+/// Finds the `>` that ends a passage, in one block after the other.
+class PassageEnd {
 public:
+    explicit PassageEnd(const Passage& passage) : passage_(passage) {}
+
     std::size_t operator()(Bytes bytes) {
         for (std::size_t index = 0; index < bytes.size(); ++index) {
-            if (bytes[index] == '>' && dashCount_ >= 2)
+            if (bytes[index] == '>' && markCount_ >= passage_.markCount)
                 return index;
-            dashCount_ = bytes[index] == '-' ? dashCount_ + 1 : 0;
+            markCount_ = bytes[index] == passage_.mark ? markCount_ + 1 : 0;
         }
         return bytes.size();
     }
 
 private:
-    std::size_t dashCount_ = 0; // before the next byte
+    const Passage& passage_;
+    std::size_t markCount_ = 0; // before the next byte
 };
 
 QLatin1String latin1(std::string_view text) {
@@ -94,6 +108,7 @@ struct XMLParser::Impl {
     bool rootBegun = false;
     std::size_t depth = 0;           // of open elements
     std::size_t openMarkupBytes = 0; // fed since the last whole token; not 0 within a tag or comment
+    std::size_t innerEndCount = 0;   // of the `>` among them
 
     /// Passes over the bytes before the first that `findEnd` finds in a block. False at the end of the file.
     template <class FindEnd>
@@ -122,33 +137,52 @@ struct XMLParser::Impl {
         }
     }
 
-    /// Passes over text and comments. What was taken of a tag that begins like a comment stands in `pending`.
+    /// Passes over text and passages. Before the root element text is an error, which the reader reports.
     void passOverToTag() {
         do
-            passOver([](Bytes bytes) { return find(bytes, '<'); });
-        while (passOverComment());
+            passOver([this](Bytes bytes) { return rootBegun ? find(bytes, '<') : findNonWhitespace(bytes); });
+        while (passOverPassage());
     }
 
-    bool passOverComment() {
-        for (const char expected : std::string_view("<!--")) {
-            const Bytes bytes = stream->peek();
-            if (bytes.empty() || bytes.front() != expected)
-                return false;
-            pending.append(expected);
-            stream->skip(1);
-        }
+    /// Passes over the passage that comes next. False when there is none; what was taken of a tag then stands in
+    /// `pending`.
+    bool passOverPassage() {
+        const bool atStart = stream->position() == 0;
+        const Passage* passage = takeOpening();
+        if (!passage || (atStart && passage->mark == '?')) // the XML declaration is the reader's
+            return false;
         pending.clear();
-        const bool ends = passOver(CommentEnd());
-        if (ends)
+        if (passOver(PassageEnd(*passage)))
             stream->skip(1);
         return true;
+    }
+
+    /// Moves bytes to `pending` as long as they may be the opening of a passage. Null when they are not.
+    const Passage* takeOpening() {
+        for (Bytes bytes = stream->peek(); !bytes.empty(); bytes = stream->peek()) {
+            pending.append(static_cast<char>(bytes.front()));
+            const std::string_view taken(pending.constData(), static_cast<std::size_t>(pending.size()));
+            const auto passage = std::find_if(passages.begin(), passages.end(), [&](const Passage& candidate) {
+                return candidate.opening.starts_with(taken);
+            });
+            if (passage == passages.end()) {
+                pending.chop(1);
+                return nullptr;
+            }
+            stream->skip(1);
+            if (passage->opening == taken)
+                return &*passage;
+        }
+        return nullptr;
     }
 
     /// Hands the next tag to the reader, with the text before it only where that may still turn out to be markup.
     /// False when the file has nothing more.
     bool feedTag() {
-        if (rootBegun && openMarkupBytes == 0)
+        if (openMarkupBytes == 0)
             passOverToTag();
+        else if (++innerEndCount > innerEndLimit)
+            throw IOException(tooManyInnerEnds(innerEndLimit));
         collectTag();
         position = stream->position();
         lookAhead = false;
@@ -166,7 +200,7 @@ struct XMLParser::Impl {
                feedTag())
             token = reader.readNext();
         if (token != QXmlStreamReader::Invalid)
-            openMarkupBytes = 0;
+            openMarkupBytes = innerEndCount = 0;
     }
 };
 

@@ -18,9 +18,9 @@ void checkEncoding(const boost::filesystem::path& path);
 
 /// A pull parser over an XML file that always knows its place in the file to the byte.
 ///
-/// The XML reader inside is fed tag by tag. Text and comments between tags are passed over in the stream's buffer and
-/// never reach it, so that memory does not grow with the text, and bytes that are not XML can stand where the caller
-/// expects them. Strings are UTF-8. One parser per file, on one thread.
+/// The XML reader inside is fed tag by tag. Text, comments and other markup between tags are passed over in the
+/// stream's buffer and never reach it, so that memory does not grow with the text, and bytes that are not XML can stand
+/// where the caller expects them. Strings are UTF-8. One parser per file, on one thread.
 class XMLParser {
 public:
     /// Alternative spellings of an attribute's name; the first that is present counts.

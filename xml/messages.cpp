@@ -21,6 +21,10 @@ std::string markupTooLong(std::size_t byteLimit) {
     return (boost::format("The XML data is ill formed. A tag is longer than %1% bytes") % byteLimit).str();
 }
 
+std::string tooManyInnerEnds(std::size_t limit) {
+    return (boost::format("The XML data is ill formed. A tag holds more than %1% \">\" characters") % limit).str();
+}
+
 std::string nestedTooDeep(std::size_t depthLimit) {
     return (boost::format("The XML data is ill formed. Elements are nested more than %1% deep") % depthLimit).str();
 }
