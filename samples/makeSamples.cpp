@@ -3,6 +3,7 @@
 //     make_samples DIR
 //     make_samples --check DIR
 
+#include "samples/wing.h"
 #include "tests/support/CellKind.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VtuBuilder.h"

@@ -2,8 +2,7 @@
 // in for them. Drawn out along the span these are hexahedra and wedges. On the faces of the last section stand pyramids
 // and tetrahedra; the gaps between two of these are tetrahedra, and those between four are pyramids upside down.
 
-#include "tests/support/CellKind.h"
-#include "tests/support/meshes.h"
+#include "samples/wing.h"
 
 #include <cmath>
 #include <utility>

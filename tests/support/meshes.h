@@ -19,10 +19,4 @@ MeshPiece sideBySide(const std::vector<MeshPiece>& pieces);
 /// A hexahedron, a wedge, a pyramid and a tetrahedron, with a nodal scalar, a nodal vector and cell-centred integers.
 MeshPiece mixed();
 
-/// Half a wing, the root at z = 0, its cells conforming: hexahedra between wedges at both edges, and a tip of pyramids
-/// and tetrahedra. `chordCells` (at least 3), `thicknessCells` and `spanCells` count cells along the three directions.
-/// Nodal "pressure" (Float32), "temperature" (Float64), "velocity" (Float32, three components), "boundary" (UInt8);
-/// cell-centred "cellNumber" (Int32), "layer" (Int16), "heat" (Float64).
-MeshPiece wing(int chordCells, int thicknessCells, int spanCells);
-
 } // namespace test
