@@ -1,0 +1,177 @@
+#include "tests/load/Load.h"
+#include "tests/support/meshes.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <numeric>
+
+namespace test {
+
+namespace {
+
+constexpr std::uint64_t huge = std::uint64_t{1} << 60;
+
+/// In each format, plain and compressed, with header words wide enough for anything.
+std::vector<Encoding> wideEncodings() {
+    std::vector<Encoding> encodings = allEncodings();
+    std::erase_if(encodings, [](const Encoding& encoding) {
+        return encoding.bigEndian || (encoding.format != Format::Ascii && !encoding.header64);
+    });
+    for (Encoding& encoding : encodings)
+        encoding.blockByteCount = 20; // five blocks for the 92 bytes of "pressure"
+    return encodings;
+}
+
+/// Demands everything; every demand that fails shows one dialog. Returns the names of what failed.
+std::vector<std::string> failedDemands(Load& load) {
+    const std::size_t dialogsBefore = load.host.dialogs().size();
+    std::vector<std::string> failed;
+    for (const krohost::DemandResult& result : load.host.demandAll())
+        if (!result.isLoaded)
+            failed.push_back(load.host.dataset().name(result.target));
+    EXPECT_EQ(load.host.dialogs().size() - dialogsBefore, failed.size()) << load.dialog();
+    return failed;
+}
+
+const std::string pressure = "variable 4 \"pressure\" of zone 1 \"mesh\"";
+const std::string nodeMap = "the node map of zone 1 \"mesh\"";
+
+/// The file loads and one demand fails, with one dialog.
+void expectFailingDemand(const VtuBuilder& file, const std::string& target, const std::string& reason = "") {
+    Load load{file};
+    ASSERT_TRUE(load.loaded()) << load.dialog();
+    EXPECT_EQ(failedDemands(load), std::vector{target});
+    EXPECT_NE(load.dialog().find(reason), std::string::npos) << load.dialog();
+}
+
+void expectFailingLoad(const VtuBuilder& file) {
+    Load load{file};
+    EXPECT_FALSE(load.loaded());
+    EXPECT_EQ(load.host.dialogs().size(), 1) << load.dialog();
+}
+
+std::vector<std::int64_t> numbers(std::size_t count) {
+    std::vector<std::int64_t> list(count);
+    std::iota(list.begin(), list.end(), 0);
+    return list;
+}
+
+std::vector<std::int64_t> twice(std::vector<std::int64_t> values) {
+    std::vector<std::int64_t> both = values;
+    both.insert(both.end(), values.begin(), values.end());
+    return both;
+}
+
+} // namespace
+
+TEST(HostileSizes, NumbersOfPointsAndCellsBeyondTheFileAreRefused) {
+    for (const Encoding& encoding : wideEncodings())
+        for (const char* attribute : {"NumberOfPoints", "NumberOfCells"})
+            for (const char* count : {"24", "1000000000000", "18446744073709551615"}) {
+                SCOPED_TRACE(encoding.name() + " " + attribute + " " + count);
+                const bool isOneMorePoint = encoding.format == Format::Ascii && count[0] == '2' && attribute[8] == 'P';
+                VtuBuilder file = vtu().piece(mixed()).encoding(encoding).attribute("Piece", attribute, count);
+                if (!isOneMorePoint) // found out when the text is read
+                    expectFailingLoad(file);
+            }
+}
+
+TEST(HostileSizes, ArraysOfOtherLengthsFailTheirDemandOnly) {
+    for (const Encoding& encoding : wideEncodings()) {
+        SCOPED_TRACE(encoding.name());
+        for (const std::size_t count : {0, 1, 22, 24, 46})
+            expectFailingDemand(vtu().piece(mixed()).encoding(encoding).values("pressure", numbers(count)), pressure);
+        for (const MeshPiece& piece : {mixed(), singleCell(12), singleCell(11)}) {
+            const auto nodes = std::get<0>(piece.connectivity().values);
+            const VtuBuilder file = vtu().piece(piece).encoding(encoding);
+            for (const auto& wrong : {twice(nodes), {nodes.begin(), nodes.end() - 1}, {}})
+                expectFailingDemand(VtuBuilder(file).values("connectivity", wrong), nodeMap);
+        }
+    }
+}
+
+TEST(HostileSizes, HeaderWordsThatTheFileCannotHoldAreRefused) {
+    struct Row {
+        bool compressed;
+        HeaderWords words;
+        const char* reason;
+    };
+    const std::vector<Row> rows{
+        {false, {{0, huge}}, "claims 1152921504606846976 bytes of data but the file holds no more than "},
+        {false, {{0, ~std::uint64_t{0}}}, "claims 18446744073709551615 bytes of data but the file holds no more than "},
+        {true, {{0, huge << 1}}, "claims 2305843009213693952 compressed blocks but the file holds no more than "},
+        {true, {{3, ~std::uint64_t{0} - 7}}, "claims more compressed data than the "},
+        {true, {{1, (huge << 2) + 20}}, "claims 5 blocks of 4611686018427387924 bytes, more than any memory holds"},
+        {true, {{1, huge}}, "holds 1152921504606846979 values but 23 are needed"},
+        {true, {{2, huge}}, "holds 288230376151711764 values but 23 are needed"},
+        {true, {{0, 0}}, "holds 0 values but 23 are needed"}};
+    for (const Encoding& encoding : wideEncodings())
+        for (const Row& row : rows) {
+            if (encoding.format == Format::Ascii || encoding.compressed != row.compressed)
+                continue;
+            SCOPED_TRACE(encoding.name() + " " + row.reason);
+            VtuBuilder file = vtu().piece(mixed()).encoding(encoding);
+            for (const auto& [position, word] : row.words)
+                file.headerWord("pressure", position, word);
+            expectFailingDemand(file, pressure, row.reason);
+        }
+    for (const Encoding& encoding : wideEncodings())
+        for (const char* array : {"Points", "types", "offsets"})
+            if (encoding.format != Format::Ascii)
+                expectFailingLoad(vtu().piece(mixed()).encoding(encoding).headerWord(array, 0, huge));
+}
+
+TEST(HostileSizes, MoreComponentsThanTheReaderCountsAreRefused) {
+    expectFailingLoad(vtu().piece(mixed()).attribute("pressure", "NumberOfComponents", "65535"));
+    expectFailingLoad(vtu().piece(mixed()).attribute("pressure", "NumberOfComponents", "32768"));
+}
+
+TEST(HostileSizes, AFileCutAnywhereLoadsOrShowsOneDialog) {
+    for (const Encoding& encoding : {Encoding{}, Encoding{Format::Base64, true}, Encoding{Format::AppendedRaw, true},
+                                     Encoding{Format::AppendedBase64}}) {
+        const std::string text = vtu().piece(mixed()).encoding(encoding).text();
+        int loadedCount = 0;
+        for (std::size_t byteCount = 0; byteCount < text.size(); byteCount += 23) {
+            SCOPED_TRACE(encoding.name() + " cut at " + std::to_string(byteCount));
+            Load load{Files{{"mesh.vtu", text.substr(0, byteCount)}}};
+            EXPECT_EQ(load.host.dialogs().size(), load.loaded() ? 0 : 1) << load.dialog();
+            failedDemands(load);
+            loadedCount += load.loaded() ? 1 : 0;
+        }
+        EXPECT_EQ(loadedCount > 0, encoding.appended()) << encoding.name();
+        // The same behind the host's back: cut when the zone is there already.
+        for (std::size_t byteCount = 0; byteCount < text.size(); byteCount += 97) {
+            SCOPED_TRACE(encoding.name() + " cut afterwards at " + std::to_string(byteCount));
+            Load load{Files{{"mesh.vtu", text}}};
+            truncate(load.path(), byteCount);
+            failedDemands(load);
+        }
+    }
+}
+
+TEST(HostileSizes, AFileThatChangesAfterItsLoadFillsNoMoreThanItsZone) {
+    const std::string again = "; load the file again";
+    const std::vector<std::pair<VtuBuilder, std::string>> rows{
+        {vtu().piece(mixed()).values("types", {12, 13, 14, 9}),
+         "The cells of the file are not those that it had when it was opened" + again},
+        {vtu().piece(mixed()).values("types", {10, 10, 14, 13}).values("offsets", {4, 8, 13, 19}),
+         "The cells of section 4 do not fill the 4 nodes that the zone has for them" + again},
+        {vtu().piece(mixed()).values("offsets", {8, 7, 12, 16}), "was opened" + again},
+        {vtu().piece(mixed()).values("types", {12, 13, 14}), "DataArray \"types\" holds 3 values but 4 are needed"}};
+    for (const auto& [changed, reason] : rows) {
+        Load load{vtu().piece(mixed()).appendedRaw()}; // so that all else keeps its place
+        VtuBuilder(changed).appendedRaw().write(load.path());
+        EXPECT_EQ(failedDemands(load), std::vector{nodeMap});
+        EXPECT_TRUE(load.dialog().ends_with(reason)) << load.dialog();
+    }
+    Load load{vtu().piece(mixed())};
+    std::filesystem::remove(load.path());
+    EXPECT_FALSE(load.values("pressure"));
+    EXPECT_EQ(load.dialog(),
+              "VTK Data Loader: An error occurred while reading data from the input file.\nReason: Unable to open \"" +
+                  load.path() + "\": No such file or directory");
+}
+
+} // namespace test

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "krohost/Host.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/VtuBuilder.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace test {
+
+/// Files with their names; the first is the one to load.
+using Files = std::vector<std::pair<std::string, std::string>>;
+
+/// Files in a folder of their own and a host that has the add-on and has loaded the first of them. At its end the host
+/// shuts down, and the test fails if the add-on has broken the interface's contract.
+class Load {
+public:
+    /// `prepare` is called before the host gets the add-on.
+    explicit Load(const Files& files, krohost::HostOptions options = {},
+                  const std::function<void(krohost::Host&)>& prepare = {});
+    explicit Load(const VtuBuilder& file, krohost::HostOptions options = {},
+                  const std::function<void(krohost::Host&)>& prepare = {})
+        : Load(Files{{"mesh.vtu", file.text()}}, std::move(options), prepare) {}
+    ~Load();
+    Load(const Load&) = delete;
+    Load& operator=(const Load&) = delete;
+
+    bool loaded() const { return loaded_; }
+    const std::string& path() const { return path_; }
+    bool loadAgain() { return loaded_ = host.loadFiles({path_}); }
+
+    const krohost::Zone& zone(std::int32_t number = 1) const;
+    /// The variable of a zone that has the name, or 0; `nodal` decides between two.
+    std::int32_t variableNumber(const std::string& name, bool nodal = true, std::int32_t zoneNumber = 1) const;
+    std::optional<std::vector<double>> values(const std::string& name);
+    std::optional<std::vector<std::vector<std::int64_t>>> nodeMap() { return host.demandNodeMap(1); }
+    /// What stands in the storage of a variable, as bytes; nothing when the load fails.
+    std::optional<std::string> bytes(std::int32_t zoneNumber, std::int32_t variable);
+
+    /// The texts of all dialogs, with a line between them.
+    std::string dialog() const;
+
+private:
+    TemporaryFolder folder_;
+    std::string path_;
+    bool loaded_ = false;
+
+public:
+    krohost::Host host;
+};
+
+/// Demands everything that a zone has and compares it.
+void expectZone(Load& load, const ExpectedZone& expected, std::int32_t zoneNumber = 1);
+
+} // namespace test

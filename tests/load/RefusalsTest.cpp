@@ -1,0 +1,252 @@
+#include "tests/load/Load.h"
+#include "tests/support/meshes.h"
+
+#include <gtest/gtest.h>
+
+namespace test {
+
+namespace {
+
+using namespace std::string_literals;
+
+const std::string fileError = "An error occurred while reading data from the VTK file.\nReason: ";
+const std::string inputError = "An error occurred while reading data from the input file.\nReason: ";
+const std::string badValue = "An error occurred while parsing values in the VTK file.\nReason: ";
+const std::string badNumber = "An error occurred while parsing an ASCII number from a data array.\nReason: ";
+const std::string badNodeNumber = "An error occurred while parsing an ASCII number from a data array.\nReaons: ";
+const std::string numberTooLarge = "A number parsed from an ASCII data array cannot be converted to the data type "
+                                   "specified in the array.\nReason: \"4000000000\" is not in the range from ";
+const std::string unknownError = "An unknown error occurred while reading data from the VTK file";
+
+const std::string badGrid =
+    "A Piece tag within an VTK unstructured grid file must specify either 1, 2 or 3 grid variables";
+const std::string differentGrids =
+    "All Piece tags within an VTK unstructured grid file must have the same number of grid variables";
+const std::string badCells =
+    "VTK unstructured connectivity is not correctly specified. Expected to find three named DataArray elements in the "
+    "Cells tag with the named DataArray elements: \"connectivity\", \"offsets\" and \"types\"";
+const std::string differentPieces =
+    "All pieces that comprise a single zone must have the same number of DataArray components, and any given DataArray "
+    "must have the same type and value location throughout all pieces of the zone";
+
+std::string duplicate(const std::string& name) {
+    return "Invalid variable name list. The variable: \"" + name +
+           "\" is referenced more than once in the PointData or CellData section.\n\nTo load the variables by name you "
+           "must cancel and remove duplicates from the VTK dataset by renaming the duplicate DataArray names";
+}
+std::string unsupportedCell(const std::string& name) {
+    return "VTK cell type \"" + name + "\" is not yet supported by the VTK loader";
+}
+std::string mixedDimensions(const std::string& name, const std::string& dimension, const std::string& previous) {
+    return "VTK cell type \"" + name + "\" has a dimensionality of " + dimension +
+           " but one or more cells of dimensionality " + previous +
+           " have already been discovered in this VTK file. All cell types of a zone must have the same dimensionality";
+}
+std::string badNodeCount(const std::string& name, const std::string& count) {
+    return "Veltra supports P1 through P4 high-order Lagrange elements. The VTK cell type \"" + name + "\" has " +
+           count + " nodes and is not yet supported";
+}
+
+/// A sound file of one piece, to be damaged: 23 points, 4 cells, nodal "pressure" and "velocity", "material" in cells.
+VtuBuilder sound() {
+    return vtu().piece(mixed());
+}
+std::string withAttribute(const std::string& element, const std::string& name, std::optional<std::string> value) {
+    return sound().attribute(element, name, std::move(value)).text();
+}
+std::string withMarkup(const std::string& from, const std::string& to) {
+    return sound().markup(from, to).text();
+}
+std::string withText(const std::string& array, const std::string& text) {
+    return sound().inlineText(array, text).text();
+}
+std::string cutBehind(const std::string& end) {
+    const std::string text = sound().text();
+    return text.substr(0, text.find(end) + end.size());
+}
+template <class Change>
+std::string withOtherPiece(Change change) {
+    MeshPiece piece = mixed();
+    change(piece);
+    return sound().piece(piece).text();
+}
+std::string withArrays(const std::string& name, const std::string& secondName, int componentCount = 1) {
+    return vtu()
+        .piece(hexahedron()
+                   .withPointData(variedValues(name, ElementType::Float32, 8, componentCount))
+                   .withPointData(variedValues(secondName, ElementType::Int8, 8)))
+        .text();
+}
+/// Cells of these types and numbers of nodes.
+std::string withCells(const std::vector<std::pair<int, std::size_t>>& cells) {
+    MeshPiece piece = hexahedron();
+    piece.cells.clear();
+    for (const auto& [type, nodeCount] : cells)
+        piece.cells.push_back({type, std::vector<std::int64_t>(nodeCount)});
+    return vtu().piece(piece).text();
+}
+
+struct Refusal {
+    std::string file;
+    std::string dialog;
+    std::string demand = {}; // what is demanded after the load; empty when that is refused
+};
+
+/// Each file's only dialog is its text with this beginning.
+void expectRefusals(const std::string& beginning, const std::vector<Refusal>& refusals) {
+    for (const Refusal& refusal : refusals) {
+        SCOPED_TRACE(refusal.dialog);
+        Load load{Files{{"mesh.vtu", refusal.file}}};
+        EXPECT_EQ(load.loaded(), !refusal.demand.empty());
+        if (load.loaded()) {
+            EXPECT_EQ(load.dialog(), "");
+            EXPECT_FALSE(refusal.demand == "node map" ? load.nodeMap().has_value() : !!load.values(refusal.demand));
+        }
+        EXPECT_EQ(load.dialog(), "VTK Data Loader: " + beginning + refusal.dialog);
+    }
+}
+
+} // namespace
+
+TEST(Refusals, OfDocumentsHaveTheseTexts) {
+    const std::string expected = "; expected it to be ";
+    expectRefusals(
+        fileError,
+        {{"", "Failed to open VTK file for reading"},
+         {"\xFF\xFE<\0"s, "UTF-16 encoding is not currently supported"},
+         {"\xFE\xFF\0<"s, "UTF-16 encoding is not currently supported"},
+         {vtu().text(), "VTK unstructured file doesn't appear to contain any Piece data"},
+         {cutBehind("<Cells"), "Premature end of document."},
+         {withMarkup("</Cells>", "</Cell>"), "Opening and ending tag mismatch."},
+         {withAttribute("VTKFile", "type", std::nullopt), " \"type\" attribute is missing"},
+         {withAttribute("VTKFile", "type", "StructuredGrid"), "VTKFile type \"StructuredGrid\" is not yet supported"},
+         {withAttribute("VTKFile", "version", "1.x"),
+          "VTKFile's version \"1.x\" is not a valid version number" + expected + "\"[1-9].[0-9].[0-9]\""},
+         {withAttribute("VTKFile", "byte_order", "Middle"),
+          "VTKFile's byte_order \"Middle\" is unknown" + expected +
+              "\"LittleEndian\" (default if missing) or \"BigEndian\""},
+         {withAttribute("VTKFile", "compressor", "vtkLZ4"),
+          "VTKFile's compressor \"vtkLZ4\" is unknown" + expected +
+              "missing (meaning no compression) or \"vtkZLibDataCompressor\""},
+         {withAttribute("VTKFile", "header_type", "UInt16"),
+          "VTKFile's header_type \"UInt16\" is unknown" + expected + "\"UInt32\" (default if missing) or \"UInt64\""},
+         {withAttribute("pressure", "format", "hex"), "DataArray format \"hex\" is not yet supported"},
+         {withAttribute("pressure", "type", "float32"), "DataArray type \"float32\" is not yet supported"},
+         {cutBehind("ascii\">\n          "), "The XML data is ill formed. Unable to locate opening tag"},
+         {withMarkup("</Points>", "<DataArray> 1 </DataArray></Points>"),
+          "The Points element expects only 1 DataArray elements"},
+         {sound().appendedRaw().attribute("AppendedData", "encoding", "zip").text(),
+          "AppendedData's encoding \"zip\" is unknown; expected \"raw\" or \"base64\""},
+         {sound().appendedRaw().attribute("AppendedData", "encoding", std::nullopt).text(),
+          " \"encoding\" attribute is missing"},
+         {withMarkup("</UnstructuredGrid>", "</UnstructuredGrid><AppendedData encoding=\"raw\"></AppendedData>"),
+          "AppendedData section is missing the required \"_\" data prefix to identify the start of the data"},
+         {withMarkup("<UnstructuredGrid>", "<DataSet file=\"a.vtu\"/>"), "DataSet found in a non multi-block VTK file"},
+         {withMarkup("<UnstructuredGrid>", "<Block/>"), "Block found in a non multi-block VTK file"}});
+}
+
+TEST(Refusals, OfNumbersInALoadHaveTheseTexts) {
+    expectRefusals("",
+                   {{withAttribute("Piece", "NumberOfPoints", "abc"), badValue + "\"abc\" is not a whole number"},
+                    {withText("types", "12 13 x 10"), badValue + "\"x\" is not a whole number"},
+                    {withText("types", "12 13 14"), badValue + "\"\" is not a whole number"},
+                    {withText("types", "12 13 300 10"), unknownError},
+                    {withAttribute("Piece", "NumberOfPoints", "-1"), unknownError},
+                    {withAttribute("pressure", "NumberOfComponents", "65536"), unknownError},
+                    {withAttribute("VTKFile", "version", "1..0"), unknownError},
+                    {withAttribute("VTKFile", "version", "99999999999"), unknownError},
+                    {sound().attribute("Piece", "NumberOfPoints", "0").attribute("Piece", "NumberOfCells", "0").text(),
+                     "None of the VTK files provided any data"}});
+}
+
+TEST(Refusals, OfMeshesHaveTheseTexts) {
+    expectRefusals(
+        fileError,
+        {{withAttribute("Points", "NumberOfComponents", "4"), badGrid},
+         {withAttribute("Points", "NumberOfComponents", "0"), badGrid},
+         {withMarkup("Points>", "Points_>"), badGrid},
+         {withOtherPiece([](auto& piece) { piece.points = variedValues("Points", ElementType::Float32, 23, 2); }),
+          differentGrids},
+         {withMarkup("\"types\"", "\"kinds\""), badCells},
+         {withMarkup("</Cells>", "<DataArray Name=\"faces\"> 1 </DataArray></Cells>"), badCells},
+         {withMarkup("Cells>", "Cells_>"), badCells},
+         {withOtherPiece([](auto& piece) { piece.pointData.pop_back(); }), differentPieces},
+         {withOtherPiece([](auto& piece) { piece.pointData[0].name = "p"; }), differentPieces},
+         {withOtherPiece([](auto& piece) { piece.pointData[0].type = ElementType::Float64; }), differentPieces},
+         {withOtherPiece([](auto& piece) { std::swap(piece.pointData, piece.cellData); }), differentPieces},
+         {withArrays("a", "a"), duplicate("a")},
+         {withArrays("a", "a_Z", 3), duplicate("a_Z")},
+         {withArrays("a", "X"), duplicate("X")},
+         {withCells({{7, 3}}), unsupportedCell("Polygon")},
+         {withCells({{20, 3}}), unsupportedCell("Unknown")},
+         {withCells({{82, 3}}), unsupportedCell("Unknown")},
+         {withCells({{5, 3}, {10, 4}}), mixedDimensions("Tetra", "3", "2")},
+         {withCells({{5, 3}, {1, 1}, {3, 2}}), mixedDimensions("Line", "1", "2")},
+         {withCells({{21, 2}}), badNodeCount("Quadratic Edge", "2")},
+         {withCells({{68, 6}}), badNodeCount("Lagrange Curve", "6")},
+         {sound().values("offsets", {8, 14, 19, 3}).text(), badNodeCount("Tetra", "-16")},
+         {withCells({{1, 1},
+                     {10, 4},
+                     {12, 8},
+                     {13, 6},
+                     {14, 5},
+                     {71, 4},
+                     {71, 10},
+                     {71, 20},
+                     {71, 35},
+                     {72, 8},
+                     {72, 27},
+                     {72, 64},
+                     {72, 125},
+                     {73, 6},
+                     {73, 18},
+                     {73, 40},
+                     {73, 75}}),
+          "VTK file specifies 17 unique cell type and grid orders combinations, but Veltra only supports a maximum of "
+          "16 sections"},
+         {withText("types", "12 13 14 10 10"), "DataArray \"types\" holds more than the 4 values that are needed"},
+         {withAttribute("types", "type", "Float32"),
+          "DataArray \"types\" holds floating-point numbers where integers are needed"},
+         {withMarkup("NumberOfPoints=\"23\"", ""), "Zone \"mesh\" has cells but no points"}});
+}
+
+TEST(Refusals, OfDemandsHaveTheseTexts) {
+    expectRefusals("",
+                   {{withText("pressure", "1 2 abc"), badNumber + "\"abc\" is not a number", "pressure"},
+                    {withText("connectivity", "1 2 abc"), badNodeNumber + "\"abc\" is not a whole number", "node map"},
+                    {withText("material", "1 2 3"), badNumber + "\"\" is not a whole number", "material"},
+                    {withText("material", "4000000000 2 3 4"), numberTooLarge + "0 to 255", "material"},
+                    {sound().attribute("connectivity", "type", "Int32").inlineText("connectivity", "4000000000").text(),
+                     numberTooLarge + "-2147483648 to 2147483647", "node map"}});
+    const std::string beyond = sound().appendedRaw().attribute("material", "offset", "18446744073709551615").text();
+    expectRefusals(inputError,
+                   {{withText("material", "1 2 3 4 5"),
+                     "DataArray \"material\" holds more than the 4 values that are needed", "material"},
+                    {sound().base64().values("material", {1, 2, 3}).text(),
+                     "DataArray \"material\" holds 3 values but 4 are needed", "material"},
+                    {sound().base64().inlineText("material", "BAAAAA==AQ*CAw==").text(),
+                     "Found \"*\" in base64 text where a letter, digit, \"+\", \"/\" or padding with \"=\" is expected",
+                     "material"},
+                    {withAttribute("connectivity", "type", "Float64"),
+                     "DataArray \"connectivity\" holds floating-point numbers where integers are needed", "node map"},
+                    {beyond,
+                     "DataArray \"material\" claims to begin at byte 18446744073709551615 but the file holds only " +
+                         std::to_string(beyond.size()),
+                     "material"}});
+}
+
+TEST(Refusals, NameTheLoaderThatWasAsked) {
+    Load load{Files{{"mesh.trix", ""}}};
+    EXPECT_EQ(load.dialog(), "TRIX Loader: " + fileError + "Failed to open VTK file for reading");
+}
+
+TEST(Refusals, OfADemandDoNotStandInTheWayOfTheNext) {
+    Load load{Files{{"mesh.vtu", withText("material", "1 2 x 4")}}};
+    EXPECT_FALSE(load.values("material"));
+    EXPECT_FALSE(load.values("material"));
+    EXPECT_EQ(load.host.dialogs().size(), 2);
+    sound().inlineText("material", "1 2 3 4").write(load.path());
+    EXPECT_EQ(load.values("material"), (std::vector<double>{1, 2, 3, 4}));
+}
+
+} // namespace test
