@@ -111,39 +111,22 @@ inline constexpr std::array<std::uint64_t, 125> lagrangeHexahedron125{
     124, 123, 122, 119, 120};
 static_assert(isPermutation(lagrangeHexahedron125));
 
-// Before version 2.1 of the format, which had two of the vertical edges the other way round.
-
-inline constexpr std::array<std::uint64_t, 27> oldLagrangeHexahedron27{
-    0, 1, 2, 3, 4, 5, 6, 7, 8, 9,
-    10, 11, 16, 17, 19, 18, 12, 13, 14, 15,
-    24, 22, 21, 23, 20, 25, 26};
-static_assert(isPermutation(oldLagrangeHexahedron27));
-
-inline constexpr std::array<std::uint64_t, 64> oldLagrangeHexahedron64{
-    0, 1, 2, 3, 4, 5, 6, 7, 8, 9,
-    10, 11, 13, 12, 15, 14, 24, 25, 26, 27,
-    30, 31, 28, 29, 16, 17, 18, 19, 21, 20,
-    23, 22, 48, 49, 51, 50, 40, 41, 43, 42,
-    36, 37, 39, 38, 45, 44, 46, 47, 33, 32,
-    34, 35, 52, 53, 55, 54, 56, 57, 59, 58,
-    60, 61, 63, 62};
-static_assert(isPermutation(oldLagrangeHexahedron64));
-
-inline constexpr std::array<std::uint64_t, 125> oldLagrangeHexahedron125{
-    0, 1, 2, 3, 4, 5, 6, 7, 8, 9,
-    10, 11, 12, 13, 16, 15, 14, 19, 18, 17,
-    32, 33, 34, 35, 36, 37, 41, 42, 43, 38,
-    39, 40, 20, 21, 22, 23, 24, 25, 28, 27,
-    26, 31, 30, 29, 80, 81, 82, 85, 88, 87,
-    86, 83, 84, 62, 63, 64, 67, 70, 69, 68,
-    65, 66, 53, 54, 55, 58, 61, 60, 59, 56,
-    57, 73, 72, 71, 74, 77, 78, 79, 76, 75,
-    46, 45, 44, 47, 50, 51, 52, 49, 48, 89,
-    90, 91, 94, 97, 96, 95, 92, 93, 98, 99,
-    100, 103, 106, 105, 104, 101, 102, 107, 108, 109,
-    112, 115, 114, 113, 110, 111, 116, 117, 118, 121,
-    124, 123, 122, 119, 120};
-static_assert(isPermutation(oldLagrangeHexahedron125));
 // clang-format on
+
+/// A table with some of its entries replaced, from place `begin` on.
+template <std::size_t Count, std::size_t EntryCount>
+constexpr std::array<std::uint64_t, Count> withEntries(std::array<std::uint64_t, Count> table, std::size_t begin,
+                                                       const std::array<std::uint64_t, EntryCount>& entries) {
+    std::copy(entries.begin(), entries.end(), table.begin() + static_cast<std::ptrdiff_t>(begin));
+    return table;
+}
+
+// Before version 2.1 of the format, which has two of the edges along z the other way round.
+inline constexpr auto oldLagrangeHexahedron27 = withEntries<27, 2>(lagrangeHexahedron27, 14, {19, 18});
+inline constexpr auto oldLagrangeHexahedron64 = withEntries<64, 4>(lagrangeHexahedron64, 20, {30, 31, 28, 29});
+inline constexpr auto oldLagrangeHexahedron125 =
+    withEntries<125, 6>(lagrangeHexahedron125, 26, {41, 42, 43, 38, 39, 40});
+static_assert(isPermutation(oldLagrangeHexahedron27) && isPermutation(oldLagrangeHexahedron64) &&
+              isPermutation(oldLagrangeHexahedron125));
 
 } // namespace veltra::vtkfile::VtkCell

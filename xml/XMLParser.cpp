@@ -102,9 +102,8 @@ struct XMLParser::Impl {
     QXmlStreamReader::TokenType token = QXmlStreamReader::NoToken;
     QXmlStreamAttributes attributes; // of the current start element
     std::uint64_t position = 0;      // in the stream, behind the last byte fed or passed over
-    std::uint64_t fileSize = 0;
-    bool lookAhead = false;    // `position` is one byte too far
-    bool emptyElement = false; // the last tag fed ended in "/>"
+    bool lookAhead = false;          // `position` is one byte too far
+    bool emptyElement = false;       // the last tag fed ended in "/>"
     bool rootBegun = false;
     std::size_t depth = 0;           // of open elements
     std::size_t openMarkupBytes = 0; // fed since the last whole token; not 0 within a tag or comment
@@ -176,8 +175,8 @@ struct XMLParser::Impl {
         return nullptr;
     }
 
-    /// Hands the next tag to the reader, with the text before it only where that may still turn out to be markup.
-    /// False when the file has nothing more.
+    /// Hands the next tag to the reader, or more of one whose `>` was not its end. False when the file has nothing
+    /// more.
     bool feedTag() {
         if (openMarkupBytes == 0)
             passOverToTag();
@@ -218,8 +217,7 @@ bool XMLParser::open() {
     }
     checkEncoding(impl_->path);
     impl_->stream = std::make_shared<dataio::BufferedInputStream>(impl_->file, bufferByteCount);
-    impl_->fileSize = static_cast<std::uint64_t>(impl_->stream->available());
-    return impl_->fileSize > 0;
+    return impl_->stream->available() > 0;
 }
 
 bool XMLParser::readNext() {
@@ -302,10 +300,6 @@ bool XMLParser::feedThrough(char byte) {
 
 std::uint64_t XMLParser::position() const {
     return impl_->position - (impl_->lookAhead ? 1 : 0);
-}
-
-std::uint64_t XMLParser::fileSize() const {
-    return impl_->fileSize;
 }
 
 } // namespace veltra::vtkfile

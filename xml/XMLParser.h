@@ -79,9 +79,6 @@ public:
     /// Where the parser stands in the file, in bytes: after a tag, just behind its `>`.
     std::uint64_t position() const;
 
-    /// Bytes of the file when it was opened.
-    std::uint64_t fileSize() const;
-
 private:
     std::string numericText(Names names) const;
 
