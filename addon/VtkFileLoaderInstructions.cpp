@@ -7,7 +7,6 @@
 
 #include <boost/algorithm/string/case_conv.hpp>
 #include <boost/algorithm/string/predicate.hpp>
-#include <boost/format.hpp>
 
 #include <algorithm>
 #include <array>
@@ -46,13 +45,22 @@ bool isKeyword(const std::string& item, const char* keyword) {
 /// The decimal integer that is the whole text; none when there is another character or it does not fit.
 template <class Integer>
 std::optional<Integer> wholeInteger(const std::string& text) {
-    Integer value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc() && end == text.data() + text.size() ? std::optional(value) : std::nullopt;
+    try {
+        return lexical_cast<Integer>(text);
+    } catch (const ExceptionBase&) {
+        return std::nullopt;
+    }
 }
 
 std::shared_ptr<const boost::filesystem::path> toPath(const std::string& text) {
     return std::make_shared<const boost::filesystem::path>(text);
+}
+
+/// As printf's "%f" in the C locale, whatever the process's.
+std::string fixedPoint(double value) {
+    std::array<char, 400> text; // the largest number has 309 digits before the point
+    const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 6);
+    return {text.data(), end};
 }
 
 double toTime(const std::string& text) {
@@ -178,7 +186,7 @@ void VtkFileLoaderInstructions::write(toolbox::StringList& list) const {
     if (!solutionTimes.empty())
         append(timesKeyword, std::to_string(solutionTimes.size()));
     for (const double time : solutionTimes)
-        append((boost::format("%f") % time).str());
+        append(fixedPoint(time));
 }
 
 } // namespace veltra::vtk

@@ -7,9 +7,15 @@
 
 namespace veltra::dataio {
 
+namespace {
+
+constexpr std::size_t firstBlockByteCount = 0x4000;
+
+} // namespace
+
 BufferedInputStream::BufferedInputStream(InputStreamPtr inner, std::int64_t bufferByteCount)
     : inner_(std::move(inner)), start_(inner_->position()),
-      capacity_(static_cast<std::size_t>(
+      blockByteCount_(static_cast<std::size_t>(
           std::clamp<std::int64_t>(inner_->available(), 1, std::max<std::int64_t>(bufferByteCount, 1)))) {}
 
 void BufferedInputStream::read(std::uint8_t* dst, std::size_t byteCount) {
@@ -18,7 +24,7 @@ void BufferedInputStream::read(std::uint8_t* dst, std::size_t byteCount) {
         if (count > 0) {
             std::memcpy(dst, buffer_.get() + begin_, count);
             begin_ += count;
-        } else if (byteCount >= capacity_) {
+        } else if (byteCount >= blockByteCount_) {
             count = readSome(*inner_, dst, byteCount);
         } else {
             fill();
@@ -42,6 +48,7 @@ std::int64_t BufferedInputStream::available() {
 void BufferedInputStream::close() {
     begin_ = end_ = 0;
     buffer_.reset();
+    capacity_ = 0;
     inner_->close();
 }
 
@@ -53,8 +60,10 @@ std::span<const std::uint8_t> BufferedInputStream::peek() {
 
 /// Puts the next block into the empty buffer: at least one byte, or the stream below says why there is none.
 void BufferedInputStream::fill() {
-    if (!buffer_)
+    if (capacity_ < blockByteCount_) {
+        capacity_ = buffer_ ? blockByteCount_ : std::min(blockByteCount_, firstBlockByteCount);
         buffer_ = std::make_unique_for_overwrite<std::uint8_t[]>(capacity_);
+    }
     begin_ = end_ = 0;
     const auto available = static_cast<std::size_t>(inner_->available());
     end_ = readSome(*inner_, buffer_.get(), std::clamp<std::size_t>(available, 1, capacity_));

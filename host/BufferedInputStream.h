@@ -6,8 +6,11 @@
 
 namespace veltra::dataio {
 
-/// The bytes of the stream below, fetched in blocks. The buffer is no larger than what there is to read, and a request
-/// of a block or more goes straight to the stream below.
+/// How much of a file to fetch at a time.
+inline constexpr std::int64_t fileBlockByteCount = 0x80000;
+
+/// The bytes of the stream below, fetched in blocks, of which the first is small: much of what is read this way is. A
+/// request of a block or more goes straight to the stream below.
 class BufferedInputStream final : public InputStreamInterface {
 public:
     BufferedInputStream(InputStreamPtr inner, std::int64_t bufferByteCount);
@@ -27,10 +30,11 @@ private:
     void fill();
 
     InputStreamPtr inner_;
-    std::uint64_t start_; // where the stream below stood
-    std::size_t capacity_;
-    std::unique_ptr<std::uint8_t[]> buffer_; // allocated at the first fill, left uninitialised
-    std::size_t begin_ = 0;                  // the unread part of buffer_
+    std::uint64_t start_;        // where the stream below stood
+    std::size_t blockByteCount_; // no more than there was to read at first
+    std::size_t capacity_ = 0;   // of buffer_, which is left uninitialised
+    std::unique_ptr<std::uint8_t[]> buffer_;
+    std::size_t begin_ = 0; // the unread part of buffer_
     std::size_t end_ = 0;
 };
 

@@ -1,6 +1,6 @@
 #include "host/messages.h"
 
-#include <boost/format.hpp>
+#include "host/format.h"
 
 namespace veltra {
 
@@ -30,7 +30,7 @@ std::string unexpectedEndOfFile(const std::string& path) {
 std::string foreignBase64Character(std::uint8_t character) {
     const bool isPrintable = character > 0x20 && character < 0x7F;
     const std::string found = isPrintable ? std::string{'"', static_cast<char>(character), '"'}
-                                          : (boost::format("byte 0x%02X") % unsigned{character}).str();
+                                          : (format("byte 0x%02X") % unsigned{character}).str();
     return "Found " + found + " in base64 text where a letter, digit, \"+\", \"/\" or padding with \"=\" is expected";
 }
 

@@ -6,11 +6,15 @@
 
 #include "host/exceptions.h"
 
+#include <boost/algorithm/string/case_conv.hpp>
 #include <boost/algorithm/string/predicate.hpp>
 
 #include <algorithm>
 #include <limits>
 #include <locale>
+#include <map>
+#include <optional>
+#include <tuple>
 
 namespace veltra::vtkfile {
 
@@ -29,13 +33,33 @@ std::uint64_t sum(const std::vector<Piece>& pieces, std::uint64_t Piece::*count,
     return total;
 }
 
-void checkVariables(const Piece& first, const Piece& other) {
-    if (other.variables.size() != first.variables.size())
-        throw IOException(inconsistentPieces);
-    for (std::size_t index = 0; index < first.variables.size(); ++index)
-        if (!findVariable(first, index, other))
-            throw IOException(inconsistentPieces);
+bool continues(const DataArray& array, const DataArray& other) {
+    return other.type == array.type && other.valueLocation == array.valueLocation &&
+           equalsIgnoringCase(*other.name, *array.name);
 }
+
+/// Finds the arrays of a piece by what must agree between pieces.
+class VariableIndex {
+public:
+    explicit VariableIndex(const Piece& piece) {
+        for (const DataArray& array : piece.variables)
+            arrays_.emplace(keyOf(array), &array);
+    }
+
+    const DataArray* find(const DataArray& array) const {
+        const auto found = arrays_.find(keyOf(array));
+        return found == arrays_.end() ? nullptr : found->second;
+    }
+
+private:
+    using Key = std::tuple<ValueLocation_e, DataArrayType, std::string>;
+
+    static Key keyOf(const DataArray& array) {
+        return {array.valueLocation, array.type, boost::algorithm::to_lower_copy(*array.name, std::locale::classic())};
+    }
+
+    std::map<Key, const DataArray*> arrays_;
+};
 
 } // namespace
 
@@ -52,7 +76,7 @@ void checkPieces(const Zone& zone) {
     for (const Piece& piece : zone.pieces)
         cellArrays(piece);
     for (std::size_t index = 1; index < zone.pieces.size(); ++index)
-        checkVariables(zone.pieces.front(), zone.pieces[index]);
+        matchVariables(zone.pieces.front(), zone.pieces[index]);
 }
 
 void checkPoints(const Zone& zone) {
@@ -85,17 +109,29 @@ CellArrays cellArrays(const Piece& piece) {
     return {named("connectivity"), named("offsets"), named("types")};
 }
 
-const DataArray* findVariable(const Piece& first, std::size_t index, const Piece& piece) {
-    const DataArray& array = first.variables[index];
-    const auto continues = [&](const DataArray& candidate) {
-        return candidate.type == array.type && candidate.valueLocation == array.valueLocation &&
-               equalsIgnoringCase(*candidate.name, *array.name);
-    };
-    // Writers keep the order of arrays from piece to piece.
-    if (index < piece.variables.size() && continues(piece.variables[index]))
-        return &piece.variables[index];
-    const auto found = std::find_if(piece.variables.begin(), piece.variables.end(), continues);
-    return found == piece.variables.end() ? nullptr : &*found;
+std::vector<const DataArray*> matchVariables(const Piece& first, const Piece& piece) {
+    if (piece.variables.size() != first.variables.size())
+        throw IOException(inconsistentPieces);
+    std::vector<const DataArray*> matches;
+    std::optional<VariableIndex> index; // needed only when a writer has changed the order
+    for (std::size_t place = 0; place < first.variables.size(); ++place) {
+        const DataArray& array = first.variables[place];
+        const DataArray* match = &piece.variables[place];
+        if (!continues(array, *match)) {
+            if (!index)
+                index.emplace(piece);
+            match = index->find(array);
+        }
+        if (!match)
+            throw IOException(inconsistentPieces);
+        matches.push_back(match);
+    }
+    return matches;
+}
+
+bool isEmpty(const Zone& zone) {
+    return std::all_of(zone.pieces.begin(), zone.pieces.end(),
+                       [](const Piece& piece) { return piece.numberOfPoints == 0 && piece.numberOfCells == 0; });
 }
 
 } // namespace veltra::vtkfile

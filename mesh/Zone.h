@@ -52,8 +52,11 @@ struct CellArrays {
 /// exactly these three.
 CellArrays cellArrays(const Piece& piece);
 
-/// The array of `piece` that continues array `index` of the zone's first piece: of the same name in any letter case,
-/// element type and value location. Null when there is none.
-const DataArray* findVariable(const Piece& first, std::size_t index, const Piece& piece);
+/// For each variable array of a zone's first piece, the array of `piece` that continues it: of the same name in any
+/// letter case, element type and value location. Throws IOException unless there is one for each and no other.
+std::vector<const DataArray*> matchVariables(const Piece& first, const Piece& piece);
+
+/// Whether there is nothing of a mesh in the zone. Writers of parallel files leave such members behind.
+bool isEmpty(const Zone& zone);
 
 } // namespace veltra::vtkfile

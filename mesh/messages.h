@@ -1,8 +1,6 @@
 /// The sentences that a user reads about a mesh that the loader cannot take.
 #pragma once
 
-#include "xml/DataArray.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -15,7 +13,7 @@ std::string mixedDimensions(std::string_view typeName, std::uint32_t dimension, 
 std::string unsupportedNodeCount(std::string_view typeName, std::int64_t nodeCount);
 std::string tooManySections(std::size_t sectionCount);
 std::string duplicateVariable(const std::string& name);
-std::string tooManyComponents(const DataArray& array);
+std::string tooManyVariables(std::size_t limit);
 
 inline constexpr const char* badGridVariableCount =
     "A Piece tag within an VTK unstructured grid file must specify either 1, 2 or 3 grid variables";

@@ -2,10 +2,11 @@
 
 #include "mesh/messages.h"
 
+#include "streams/dataArrayReader.h"
+
 #include "host/exceptions.h"
 
 #include <array>
-#include <limits>
 #include <set>
 #include <stdexcept>
 
@@ -23,6 +24,19 @@ std::string componentName(const DataArray& array, std::uint16_t component) {
     return *array.name + '_' + std::to_string(component + 1);
 }
 
+/// Numbers of components are read before the arrays, and each would be a variable.
+constexpr std::size_t variableLimit = 100000;
+
+void checkComponentCounts(const Piece& piece) {
+    std::size_t count = 0;
+    for (const DataArray& array : piece.variables) {
+        announcedValueCount(array);
+        count += array.numberOfComponents;
+    }
+    if (count > variableLimit)
+        throw IOException(tooManyVariables(variableLimit));
+}
+
 /// Per variable of the dataset, what `entry` says of those that the piece supplies and `absent` for the others.
 template <class Entry>
 auto perVariable(const Piece& piece, const VariableMap& variables, Entry entry, decltype(entry(DataArray())) absent) {
@@ -37,10 +51,13 @@ auto perVariable(const Piece& piece, const VariableMap& variables, Entry entry, 
 std::vector<VariableComponent> variableComponents(const Piece& piece) {
     std::vector<VariableComponent> components;
     for (std::uint16_t component = 0; component < piece.points.numberOfComponents; ++component)
-        components.push_back({&piece.points, component, {ValueLocation_Nodal, axes.at(component)}});
-    for (const DataArray& array : piece.variables)
+        components.push_back({&piece.points, 0, component, {ValueLocation_Nodal, axes.at(component)}});
+    for (std::size_t index = 0; index < piece.variables.size(); ++index) {
+        const DataArray& array = piece.variables[index];
         for (std::uint16_t component = 0; component < array.numberOfComponents; ++component)
-            components.push_back({&array, component, {array.valueLocation, componentName(array, component)}});
+            components.push_back(
+                {&array, index + 1, component, {array.valueLocation, componentName(array, component)}});
+    }
     return components;
 }
 
@@ -48,15 +65,16 @@ std::vector<VariableKey> collectVariables(const std::vector<Zone>& zones) {
     std::vector<VariableKey> incoming;
     std::set<VariableKey> known;
     for (const Zone& zone : zones) {
+        checkComponentCounts(zone.pieces.front());
         std::set<VariableKey> ofZone;
         for (VariableComponent& variable : variableComponents(zone.pieces.front())) {
-            if (variable.array->numberOfComponents > std::numeric_limits<short>::max())
-                throw IOException(tooManyComponents(*variable.array));
             if (!ofZone.insert(variable.key).second)
                 throw IOException(duplicateVariable(variable.key.second));
             if (known.insert(variable.key).second)
                 incoming.push_back(std::move(variable.key));
         }
+        if (incoming.size() > variableLimit)
+            throw IOException(tooManyVariables(variableLimit));
     }
     return incoming;
 }

@@ -5,6 +5,7 @@
 #include "host/kro.h"
 #include "host/loaderUtilities.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -17,6 +18,7 @@ using kroutildataio_utils::VariableMap;
 /// One component of an array, which is one variable of the host.
 struct VariableComponent {
     const DataArray* array;
+    std::size_t arrayIndex;  ///< 0 for the points, from 1 for the piece's variables
     std::uint16_t component; ///< from 0
     VariableKey key;
 };
@@ -25,7 +27,7 @@ struct VariableComponent {
 std::vector<VariableComponent> variableComponents(const Piece& piece);
 
 /// The variables of all zones, each once, in order of first appearance. Throws IOException when two arrays of a zone
-/// would give one variable.
+/// would give one variable, or when there are more variables than any host shows.
 std::vector<VariableKey> collectVariables(const std::vector<Zone>& zones);
 
 /// The number in the dataset of a variable that the map holds; throws std::out_of_range for any other.

@@ -10,6 +10,8 @@
 #include "host/ArgList.h"
 #include "host/kro.h"
 
+#include <algorithm>
+
 namespace veltra::vtkfile {
 
 namespace {
@@ -30,8 +32,11 @@ bool prepareDataSet(const DataSetRequest& request, const std::vector<VariableKey
 
 bool buildDataSet(const DataSetRequest& request, const LoadedFiles& loaded, VariableMap& variables,
                   ui::TaskProgress& progress) {
+    // An empty zone among others may lack its arrays; when all are empty, the first of them says what is wrong.
+    const bool allEmpty = std::all_of(loaded.zones.begin(), loaded.zones.end(), isEmpty);
     for (const Zone& zone : loaded.zones)
-        checkPieces(zone);
+        if (allEmpty || !isEmpty(zone))
+            checkPieces(zone);
     const std::vector<VariableKey> incoming = collectVariables(loaded.zones);
     if (incoming.empty())
         return false;

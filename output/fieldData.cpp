@@ -4,6 +4,8 @@
 #include "streams/elementTypes.h"
 #include "streams/readValues.h"
 
+#include "host/exceptions.h"
+
 #include <array>
 #include <charconv>
 #include <optional>
@@ -45,9 +47,16 @@ std::optional<std::string> singleValue(const DataArray& array) {
 
 std::vector<NameValuePair> readFieldData(const std::vector<DataArray>& arrays) {
     std::vector<NameValuePair> pairs;
-    for (const DataArray& array : arrays)
-        if (std::optional<std::string> value = singleValue(array))
-            pairs.emplace_back(*array.name, std::move(*value));
+    for (const DataArray& array : arrays) {
+        if (array.name->empty())
+            continue;
+        try {
+            if (std::optional<std::string> value = singleValue(array))
+                pairs.emplace_back(*array.name, std::move(*value));
+        } catch (const IOException&) {
+            // A remark that cannot be read does not keep the mesh from its user.
+        }
+    }
     return pairs;
 }
 

@@ -1,32 +1,30 @@
 #include "output/messages.h"
 
-#include "streams/messages.h"
+#include "host/format.h"
 
-#include <boost/format.hpp>
+#include "streams/messages.h"
 
 namespace veltra::vtkfile {
 
 std::string valueCountNotAllotted(const DataArray& array, std::uint64_t valueCount, std::uint64_t roomCount) {
-    return (boost::format("%1% gives %2% values but the zone takes %3%") % quotedName(array) % valueCount % roomCount)
-        .str();
+    return (format("%1% gives %2% values but the zone takes %3%") % quotedName(array) % valueCount % roomCount).str();
 }
 
 std::string missingComponent(const DataArray& array, std::uint16_t component) {
-    return (boost::format("%1% has %2% components in one piece and at least %3% in another") % quotedName(array) %
+    return (format("%1% has %2% components in one piece and at least %3% in another") % quotedName(array) %
             array.numberOfComponents % (component + 1))
         .str();
 }
 
 std::string nodesNotAllotted(std::size_t sectionIndex, std::uint64_t roomCount) {
-    return (boost::format(
-                "The cells of section %1% do not fill the %2% nodes that the zone has for them; load the file "
-                "again") %
+    return (format("The cells of section %1% do not fill the %2% nodes that the zone has for them; load the file "
+                   "again") %
             (sectionIndex + 1) % roomCount)
         .str();
 }
 
 std::string cellsWithoutPoints(const std::string& zoneName) {
-    return (boost::format("Zone \"%1%\" has cells but no points") % zoneName).str();
+    return (format("Zone \"%1%\" has cells but no points") % zoneName).str();
 }
 
 } // namespace veltra::vtkfile

@@ -2,10 +2,12 @@
 
 #include "host/StringList.h"
 #include "host/kro.h"
+#include "host/lexical_cast.h"
 
 #include <boost/algorithm/string/case_conv.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <locale>
 #include <optional>
 
@@ -22,9 +24,8 @@ std::optional<double> timeOf(const LoadedFile& file) {
     const auto found = std::find_if(file.fieldData.begin(), file.fieldData.end(), isTime);
     if (found == file.fieldData.end())
         return std::nullopt;
-    std::size_t consumed = 0;
-    const double time = std::stod(found->second, &consumed);
-    return consumed == found->second.size() ? std::optional(time) : std::nullopt;
+    const auto time = lexical_cast<double>(found->second);
+    return std::isfinite(time) ? std::optional(time) : std::nullopt;
 }
 
 /// Empty when no file has a time.

@@ -15,7 +15,7 @@ namespace {
 struct ValueRecord {
     std::shared_ptr<const std::string> loaderName;
     std::uint16_t component;
-    std::vector<DataArray> arrays;
+    std::shared_ptr<const std::vector<DataArray>> arrays;
 };
 
 constexpr LoadFailureHandling failureHandling{badAsciiNumber, true};
@@ -26,19 +26,19 @@ const ValueRecord* recordOf(const KroFieldData* fieldData) {
 
 void checkRoom(const ValueRecord& record, std::uint64_t roomCount) {
     std::uint64_t valueCount = 0;
-    for (const DataArray& array : record.arrays) {
+    for (const DataArray& array : *record.arrays) {
         if (record.component >= array.numberOfComponents)
             throw IOException(missingComponent(array, record.component));
         valueCount += array.numberOfTuples; // the zone's registration has made sure that the sum does not wrap
     }
     if (valueCount != roomCount)
-        throw IOException(valueCountNotAllotted(record.arrays.front(), valueCount, roomCount));
+        throw IOException(valueCountNotAllotted(record.arrays->front(), valueCount, roomCount));
 }
 
 template <class Stored>
 void fill(const ValueRecord& record, void* storage) {
     auto* dst = static_cast<Stored*>(storage);
-    for (const DataArray& array : record.arrays) {
+    for (const DataArray& array : *record.arrays) {
         readComponent(array, record.component, dst);
         dst += array.numberOfTuples;
     }
@@ -82,7 +82,7 @@ void cleanUpValues(KroFieldData* fieldData) {
 } // namespace
 
 bool registerValueLoader(std::shared_ptr<const std::string> loaderName, std::int32_t zone, std::int32_t variable,
-                         std::uint16_t component, std::vector<DataArray> arrays) noexcept {
+                         std::uint16_t component, std::shared_ptr<const std::vector<DataArray>> arrays) noexcept {
     std::unique_ptr<ValueRecord> record(new (std::nothrow)
                                             ValueRecord{std::move(loaderName), component, std::move(arrays)});
     if (!record ||

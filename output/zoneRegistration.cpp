@@ -50,8 +50,8 @@ public:
     bool add(const Zone& zone, std::size_t zoneIndex) const {
         const std::uint64_t nodes = nodeCount(zone);
         const std::uint64_t cells = cellCount(zone);
-        if (nodes == 0 && cells == 0)
-            return true; // writers of parallel files leave such members behind
+        if (isEmpty(zone))
+            return true;
         if (nodes == 0)
             throw IOException(cellsWithoutPoints(zoneName(zone)));
         checkPoints(zone);
@@ -110,26 +110,32 @@ private:
     }
 
     bool registerValues(const Zone& zone, std::int32_t zoneNumber) const {
+        const std::vector<SharedArrays> arrays = arraysOfPieces(zone);
         const std::vector<VariableComponent> components = variableComponents(zone.pieces.front());
         return std::all_of(components.begin(), components.end(), [&](const VariableComponent& variable) {
-            std::vector<DataArray> arrays = arraysOfPieces(zone, variable.array);
-            const bool hasValues = std::any_of(arrays.begin(), arrays.end(),
+            const SharedArrays& ofPieces = arrays[variable.arrayIndex];
+            const bool hasValues = std::any_of(ofPieces->begin(), ofPieces->end(),
                                                [](const DataArray& array) { return array.numberOfTuples > 0; });
             return !hasValues || registerValueLoader(registration_.loaderName, zoneNumber,
                                                      variableNumber(registration_.variables, variable.key),
-                                                     variable.component, std::move(arrays));
+                                                     variable.component, ofPieces);
         });
     }
 
-    /// The records of one array, in every piece of the zone; `array` is that of the first piece.
-    static std::vector<DataArray> arraysOfPieces(const Zone& zone, const DataArray* array) {
+    using SharedArrays = std::shared_ptr<std::vector<DataArray>>;
+
+    /// The records of the points and of each variable array, in every piece of the zone.
+    static std::vector<SharedArrays> arraysOfPieces(const Zone& zone) {
         const Piece& first = zone.pieces.front();
-        std::vector<DataArray> arrays;
-        for (const Piece& piece : zone.pieces)
-            arrays.push_back(
-                array == &first.points
-                    ? piece.points
-                    : *findVariable(first, static_cast<std::size_t>(array - first.variables.data()), piece));
+        std::vector<SharedArrays> arrays;
+        for (std::size_t index = 0; index <= first.variables.size(); ++index)
+            arrays.push_back(std::make_shared<std::vector<DataArray>>());
+        for (const Piece& piece : zone.pieces) {
+            arrays.front()->push_back(piece.points);
+            const std::vector<const DataArray*> matches = matchVariables(first, piece);
+            for (std::size_t index = 0; index < matches.size(); ++index)
+                arrays[index + 1]->push_back(*matches[index]);
+        }
         return arrays;
     }
 

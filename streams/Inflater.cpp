@@ -19,6 +19,8 @@ Inflater::Inflater() : decompressor_(libdeflate_alloc_decompressor()) {
 Inflater::~Inflater() = default;
 
 std::size_t Inflater::inflate(std::span<const std::uint8_t> compressed, std::span<std::uint8_t> room) {
+    if (compressed.empty() || room.empty())
+        return 0;
     std::size_t byteCount = 0;
     if (libdeflate_zlib_decompress(decompressor_.get(), compressed.data(), compressed.size(), room.data(), room.size(),
                                    &byteCount) == LIBDEFLATE_SUCCESS)
@@ -27,7 +29,7 @@ std::size_t Inflater::inflate(std::span<const std::uint8_t> compressed, std::spa
     // for damaged blocks; its result code is therefore not looked at.
     uLongf produced = room.size();
     uncompress(room.data(), &produced, compressed.data(), compressed.size());
-    return room.empty() ? 0 : produced;
+    return produced;
 }
 
 // Deflate's best is a 258-byte match from two bits; a block header and the checksum only make it worse.

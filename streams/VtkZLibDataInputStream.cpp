@@ -30,7 +30,7 @@ void VtkZLibDataInputStream::readBlockTable(const DataArray& array) {
     const auto available = static_cast<std::uint64_t>(source_->available());
     if (numberOfBlocks_ > available / headerSize_)
         throw IOException(blockTableBeyondFile(array, numberOfBlocks_, available));
-    readCompressedSizes(array, available - numberOfBlocks_ * headerSize_);
+    const std::uint64_t compressedSize = readCompressedSizes(array, available - numberOfBlocks_ * headerSize_);
 
     // The sum over the blocks, all but the last of which are full.
     const std::uint64_t last = blockByteCount(numberOfBlocks_ - 1);
@@ -38,19 +38,25 @@ void VtkZLibDataInputStream::readBlockTable(const DataArray& array) {
     if (__builtin_mul_overflow(numberOfBlocks_ - 1, blockSize_, &sum) || __builtin_add_overflow(sum, last, &sum) ||
         sum > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
         throw IOException(inflatedSizeOverflow(array, numberOfBlocks_, blockSize_));
+    if (sum > Inflater::largestOutput(compressedSize))
+        throw IOException(inflatedSizeImplausible(array, sum, compressedSize));
     uncompressedSize_ = sum;
 }
 
-void VtkZLibDataInputStream::readCompressedSizes(const DataArray& array, std::uint64_t available) {
+/// Reads the sizes of all blocks, which must fit into `available` bytes; returns their sum.
+std::uint64_t VtkZLibDataInputStream::readCompressedSizes(const DataArray& array, std::uint64_t available) {
     compressedSizes_.reserve(numberOfBlocks_);
+    std::uint64_t sum = 0;
     for (std::uint64_t block = 0; block < numberOfBlocks_; ++block) {
         const std::uint64_t size = readDataHeader(*source_, swapBytes_, headerSize_)->value();
         if (size > available)
             throw IOException(compressedBlocksBeyondFile(array, available));
         available -= size;
+        sum += size;
         maxCompressedSize_ = std::max(maxCompressedSize_, size);
         compressedSizes_.push_back(size);
     }
+    return sum;
 }
 
 std::uint64_t VtkZLibDataInputStream::blockByteCount(std::uint64_t blockIndex) const {

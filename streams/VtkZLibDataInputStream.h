@@ -21,7 +21,7 @@ class VtkZLibDataInputStream final : public dataio::InputStreamInterface {
 public:
     /// `source` stands at the array's first header word. Reads the block table, inflates nothing. `valueCount` receives
     /// the whole values that the inflated data hold. Throws IOException when the table or the blocks it announces do
-    /// not fit what `source` can hold, or when the inflated size does not fit 64 bits.
+    /// not fit what `source` can hold, or when the blocks cannot inflate to what the table claims.
     VtkZLibDataInputStream(dataio::InputStreamPtr source, const DataArray& array, std::uint64_t& valueCount);
 
     void read(std::uint8_t* dst, std::size_t byteCount) override;
@@ -32,7 +32,7 @@ public:
 
 private:
     void readBlockTable(const DataArray& array);
-    void readCompressedSizes(const DataArray& array, std::uint64_t available);
+    std::uint64_t readCompressedSizes(const DataArray& array, std::uint64_t available);
     std::uint64_t blockByteCount(std::uint64_t blockIndex) const;
     std::size_t inflateNextBlock(std::span<std::uint8_t> room);
     std::size_t deliver(std::span<std::uint8_t> dst);

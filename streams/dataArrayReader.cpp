@@ -12,18 +12,14 @@
 #include "host/FileInputStream.h"
 #include "host/exceptions.h"
 
+#include <limits>
+
 namespace veltra::vtkfile {
-
-namespace {
-
-constexpr std::int64_t bufferByteCount = 0x80000;
-
-} // namespace
 
 std::unique_ptr<StreamReader> openDataArrayReader(const DataArray& array, std::uint64_t& valueCount) {
     auto file = std::make_shared<dataio::FileInputStream>(*array.file);
-    return makeStreamReader(std::make_shared<dataio::BufferedInputStream>(std::move(file), bufferByteCount), array,
-                            valueCount);
+    return makeStreamReader(std::make_shared<dataio::BufferedInputStream>(std::move(file), dataio::fileBlockByteCount),
+                            array, valueCount);
 }
 
 std::unique_ptr<StreamReader> makeStreamReader(dataio::InputStreamPtr stream, const DataArray& array,
@@ -53,6 +49,8 @@ std::unique_ptr<StreamReader> openDataArrayOf(const DataArray& array, std::uint6
 }
 
 std::uint64_t announcedValueCount(const DataArray& array) {
+    if (array.numberOfComponents > std::numeric_limits<short>::max())
+        throw IOException(tooManyComponents(array));
     std::uint64_t valueCount = 0;
     if (__builtin_mul_overflow(array.numberOfTuples, std::uint64_t{array.numberOfComponents}, &valueCount))
         throw IOException(valueCountOverflow(array));

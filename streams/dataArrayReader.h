@@ -25,8 +25,8 @@ std::unique_ptr<StreamReader> makeStreamReader(dataio::InputStreamPtr stream, co
 /// [any thread]
 std::unique_ptr<StreamReader> openDataArrayOf(const DataArray& array, std::uint64_t valueCount);
 
-/// The values that an array's record announces: tuples times components. Throws IOException when there is no such
-/// number.
+/// The values that an array's record announces: tuples times components. Throws IOException when there are more
+/// components than readers count or there is no such number.
 std::uint64_t announcedValueCount(const DataArray& array);
 
 /// Throws IOException when an array cannot hold the values that its record announces: binary data hold another number,

@@ -36,8 +36,4 @@ decltype(auto) visitElementType(DataArrayType type, Visitor&& visitor) {
     return visitor(std::type_identity<double>());
 }
 
-constexpr bool isIntegerType(DataArrayType type) {
-    return type != DataArrayType::Float32 && type != DataArrayType::Float64;
-}
-
 } // namespace veltra::vtkfile

@@ -15,7 +15,10 @@ std::string dataBeyondFile(const DataArray& array, std::uint64_t claimedByteCoun
 std::string blockTableBeyondFile(const DataArray& array, std::uint64_t blockCount, std::uint64_t byteCount);
 std::string compressedBlocksBeyondFile(const DataArray& array, std::uint64_t byteCount);
 std::string inflatedSizeOverflow(const DataArray& array, std::uint64_t blockCount, std::uint64_t blockByteCount);
+std::string inflatedSizeImplausible(const DataArray& array, std::uint64_t claimedByteCount,
+                                    std::uint64_t compressedByteCount);
 std::string arrayOutsideFile(const DataArray& array, std::uint64_t byteCount);
+std::string tooManyComponents(const DataArray& array);
 std::string valueCountOverflow(const DataArray& array);
 std::string valueCountMismatch(const DataArray& array, std::uint64_t neededCount, std::uint64_t heldCount);
 std::string textTooShort(const DataArray& array, std::uint64_t neededCount);

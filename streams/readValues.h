@@ -1,4 +1,5 @@
-/// Definition of StreamReader::readValues, for those who need an instance that streams/readArray.h does not offer.
+/// Definition of StreamReader::readValues, for those who need an instance that streams/dataArrayReader.h does not
+/// offer.
 #pragma once
 
 #include "streams/StreamReader.h"

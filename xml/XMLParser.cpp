@@ -18,8 +18,6 @@ namespace veltra::vtkfile {
 
 namespace {
 
-constexpr std::int64_t bufferByteCount = 0x80000;
-
 /// More than any writer's tag needs. The XML reader compares the attributes of a tag each with each.
 constexpr std::size_t markupByteLimit = 0x10000;
 
@@ -216,7 +214,7 @@ bool XMLParser::open() {
         return false; // the caller has a sentence of its own for every reason
     }
     checkEncoding(impl_->path);
-    impl_->stream = std::make_shared<dataio::BufferedInputStream>(impl_->file, bufferByteCount);
+    impl_->stream = std::make_shared<dataio::BufferedInputStream>(impl_->file, dataio::fileBlockByteCount);
     return impl_->stream->available() > 0;
 }
 

@@ -1,32 +1,32 @@
 #include "xml/messages.h"
 
-#include <boost/format.hpp>
+#include "host/format.h"
 
 namespace veltra::vtkfile {
 
 namespace {
 
-std::string quoted(const char* format, const std::string& value) {
-    return (boost::format(format) % value).str();
+std::string quoted(const char* text, const std::string& value) {
+    return (format(text) % value).str();
 }
 
 } // namespace
 
 // Without a namespace the sentence begins with a blank.
 std::string missingAttribute(const std::string& namespaceUri, std::string_view name) {
-    return (boost::format("%1% \"%2%\" attribute is missing") % namespaceUri % name).str();
+    return (format("%1% \"%2%\" attribute is missing") % namespaceUri % name).str();
 }
 
 std::string markupTooLong(std::size_t byteLimit) {
-    return (boost::format("The XML data is ill formed. A tag is longer than %1% bytes") % byteLimit).str();
+    return (format("The XML data is ill formed. A tag is longer than %1% bytes") % byteLimit).str();
 }
 
 std::string tooManyInnerEnds(std::size_t limit) {
-    return (boost::format("The XML data is ill formed. A tag holds more than %1% \">\" characters") % limit).str();
+    return (format("The XML data is ill formed. A tag holds more than %1% \">\" characters") % limit).str();
 }
 
 std::string nestedTooDeep(std::size_t depthLimit) {
-    return (boost::format("The XML data is ill formed. Elements are nested more than %1% deep") % depthLimit).str();
+    return (format("The XML data is ill formed. Elements are nested more than %1% deep") % depthLimit).str();
 }
 
 std::string unsupportedDatasetType(const std::string& value) {
