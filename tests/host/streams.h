@@ -29,9 +29,11 @@ inline std::string someBytes(std::size_t byteCount) {
 struct Delivery {
     std::string bytes;
     std::string failure;
+    bool operator==(const Delivery&) const = default;
 };
 
-inline Delivery readOnce(veltra::dataio::InputStreamInterface& stream, std::size_t byteCount) {
+template <class Stream>
+Delivery readOnce(Stream&& stream, std::size_t byteCount) {
     const std::uint64_t start = stream.position();
     std::vector<std::uint8_t> buffer(byteCount);
     Delivery delivery;
@@ -46,12 +48,12 @@ inline Delivery readOnce(veltra::dataio::InputStreamInterface& stream, std::size
 }
 
 /// Reads chunks of one size until a read fails.
-inline Delivery readInChunks(veltra::dataio::InputStreamInterface& stream, std::size_t chunkByteCount) {
+template <class Stream>
+Delivery readInChunks(Stream&& stream, std::size_t chunkByteCount) {
     Delivery all;
     while (all.failure.empty()) {
         const Delivery chunk = readOnce(stream, chunkByteCount);
-        all.bytes += chunk.bytes;
-        all.failure = chunk.failure;
+        all = {all.bytes + chunk.bytes, chunk.failure};
     }
     return all;
 }

@@ -1,6 +1,4 @@
-#include "krohost/strandGroups.h"
 #include "tests/krohost/runKrohost.h"
-#include "tests/support/TemporaryFolder.h"
 #include "tests/support/VtuBuilder.h"
 #include "tests/support/meshes.h"
 
@@ -31,20 +29,13 @@ protected:
                                            {"name": "b.vtu", "time": 0.5}, {"name": "../s1.vtu"}]})");
         folder.write("broken.pvd", pvd(R"(<DataSet timestep="0" file="s1.vtu"/>
                                           <DataSet timestep="1" file="broken/s3.vtu"/>)"));
-        folder.write("bad1.pvd", "<VTKFile");
-        folder.write("bad2.pvd", pvd(""));
-        folder.write("bad3.pvd", pvd(R"(<DataSet timestep="x" file="s1.vtu"/>)"));
-        folder.write("bad4.pvd", pvd(R"(<DataSet timestep="1"/>)"));
-        folder.write("bad5.pvd", "<VTKFile type='UnstructuredGrid'/>");
-        folder.write("bad1.series", R"({"files": [)");
-        folder.write("bad2.series", R"({"files": [{"name": "s1.vtu", "time": "x"}]})");
-        folder.write("bad3.series", "[]");
+        folder.write("gone.pvd", pvd(R"(<DataSet timestep="0" file="s1.vtu"/><DataSet file="other/gone.vtu"/>)"));
         folder.write("gone.json", R"({"loader": "VTK Data Loader", "instructions":
-                                      ["STANDARDSYNTAX", "1.0", "FILENAME_FILE", "gone.vtu"]})");
+                                      ["STANDARDSYNTAX", "1.0", "FILENAME_FILE", "other/gone.vtu"]})");
         folder.write("unknown.json", R"({"loader": "L", "instructions": []})");
     }
 
-    Outcome run(const std::string& arguments) const { return runKrohost(folder.path(), arguments, ADD_ON); }
+    Outcome run(const std::string& arguments) const { return runKrohost(folder, arguments); }
 
     /// The zones as "name strand group time", or the exit code and what was said.
     std::string zones(const std::string& arguments) const {
@@ -67,6 +58,8 @@ protected:
 TEST_F(Series, IsWhatTheUserNames) {
     const std::string loadFailed =
         "1 VTK Data Loader: An error occurred while reading data from the VTK file.\nReason: ";
+    const std::string gone = loadFailed + "Failed to open VTK file for reading\n"
+                                          "krohost: the load stopped at \"other/gone.vtu: Opening file...\"\n";
     const std::vector<std::pair<const char*, std::string>> rows{
         {"other/a.vtu other/b.vtu", "a -1 null 0.0\nb -1 null 0.0\n"},
         {"'s[1-9]*.vtu'", "s1 -1 1 1.0\ns2 -1 1 2.0\ns10 -1 1 10.0\n"},
@@ -75,53 +68,54 @@ TEST_F(Series, IsWhatTheUserNames) {
         {"other/c.series", "s1 -1 1 0.0\nb -1 1 0.5\n"},
         {"other/c.series --time-source None", "s1 -1 null 0.0\nb -1 null 0.0\n"},
         {"--times -1.5,1e-9 s1.vtu s2.vtu", "s1 -1 1 -1.5\ns2 -1 1 1e-09\n"},
+        {"--times 1,2,2,3 s1.vtu s1.vtu s1.vtu s1.vtu", "s1 -1 1 1.0\ns1 -1 1 2.0\ns1 -1 2 2.0\ns1 -1 1 3.0\n"},
+        {"--times 2,1,2 s1.vtu s1.vtu s1.vtu", "s1 -1 1 2.0\ns1 -1 1 1.0\ns1 -1 1 2.0\n"},
         {"s2.vtu --loader 'TRIX Loader'", "s2 -1 null 2.0\n"},
         {"s1.vtu --strand 4", "s1 4 null 1.0\n"},
         {"s1.vtu --append other/b.vtu --strand 2", "s1 -1 null 1.0\nb 2 null 0.0\n"},
+        {"--times 5 s1.vtu --append other/b.vtu", "s1 -1 null 5.0\nb 1 null 0.0\n"},
         {"s1.vtu s2.vtu --append other/c.series", "s1 -1 1 1.0\ns2 -1 1 2.0\ns1 2 null 0.0\nb 2 null 0.5\n"},
         {"s1.vtu --append s1.vtu s2.vtu --strand -1", "s1 -1 null 1.0\ns1 -1 1 1.0\ns2 -1 1 2.0\n"},
         {"broken.pvd", loadFailed + "Premature end of document.\n"
                                     "krohost: the load stopped at \"broken/s3.vtu: Parsing XML file...\"\n"},
+        {"gone.pvd", gone},
+        {"replay gone.json", gone},
         {"s1.vtu --append broken/s3.vtu", loadFailed + "Premature end of document.\n"},
         {"s1.vtu --append s2.vtu --strand 99999999999", "2 Could not convert: --strand = 99999999999\n"
                                                         "Run with --help for more information.\n"},
-        {"bad1.pvd", "1 The time series \"bad1.pvd\" is malformed: Error parsing start element tag at byte 7.\n"},
-        {"bad2.pvd", "1 The time series \"bad2.pvd\" names no files.\n"},
-        {"bad3.pvd", "1 The time series \"bad3.pvd\" is malformed: the timestep \"x\" is not a number.\n"},
-        {"bad4.pvd", "1 The time series \"bad4.pvd\" is malformed: its DataSet 1 has no file.\n"},
-        {"bad5.pvd", "1 The time series \"bad5.pvd\" is malformed: it is not a VTKFile of the type Collection.\n"},
-        {"bad1.series", "1 The time series \"bad1.series\" is malformed: it is not JSON from byte 12 on.\n"},
-        {"bad2.series", "1 The time series \"bad2.series\" is malformed: the time of its file 1 is not a number.\n"},
-        {"bad3.series", "1 The time series \"bad3.series\" is malformed: it has no list \"files\".\n"},
         {"replay unknown.json", "1 There is no loader \"L\"; there is \"VTK Data Loader\", \"TRIX Loader\".\n"}};
     for (const auto& [arguments, expected] : rows)
         EXPECT_EQ(zones(arguments), expected) << arguments;
-    const Outcome gone = run("replay gone.json");
-    EXPECT_EQ(gone.exitCode, 1);
-    EXPECT_NE(gone.errors.find("Reason: Failed to open VTK file for reading\n"), std::string::npos) << gone.errors;
+    for (const char* arguments : {"--json gone.pvd", "replay --json gone.json"})
+        EXPECT_EQ(json::parse(run(arguments).output)["stoppedAt"], "other/gone.vtu: Opening file...") << arguments;
+}
+
+TEST_F(Series, ThatIsMalformedIsRefusedWithTheReason) {
+    const std::vector<std::tuple<const char*, std::string, const char*>> rows{
+        {"bad.pvd", "<VTKFile", "is malformed: Error parsing start element tag at byte 7"},
+        {"bad.pvd", pvd(""), "names no files"},
+        {"bad.pvd", pvd(R"(<DataSet timestep="x" file="s1.vtu"/>)"),
+         R"(is malformed: the timestep "x" is not a number)"},
+        {"bad.pvd", pvd(R"(<DataSet timestep="1"/>)"), "is malformed: its DataSet 1 has no file"},
+        {"bad.pvd", "<VTKFile type='UnstructuredGrid'/>", "is malformed: it is not a VTKFile of the type Collection"},
+        {"bad.series", R"({"files": [)", "is malformed: it is not JSON from byte 12 on"},
+        {"bad.series", R"({"files": [{"name": "s1.vtu", "time": "x"}]})",
+         "is malformed: the time of its file 1 is not a number"},
+        {"bad.series", R"({"files": [{}]})", "is malformed: its file 1 has no name"},
+        {"bad.series", "[]", R"(is malformed: it has no list "files")"}};
+    for (const auto& [name, text, reason] : rows) {
+        folder.write(name, text);
+        EXPECT_EQ(zones(name), std::string{"1 The time series \""} + name + "\" " + reason + ".\n");
+    }
 }
 
 TEST_F(Series, IsTheSameWhenItsRecordIsReplayed) {
-    for (const char* arguments : {"s1.vtu", "s1.vtu s2.vtu --time-source none", "other/c.series", "s1.vtu --strand 4",
-                                  "s1.vtu --append s2.vtu --strand 3"}) {
-        const std::string command = arguments;
-        const std::string appended = command.substr(std::min(command.find(" --append"), command.size()));
-        const Outcome first = run("info --json --demand --record layout.json " + command);
+    for (const std::string arguments : {"s1.vtu", "s1.vtu s2.vtu --time-source none", "other/c.series",
+                                        "s1.vtu --strand 4", "s1.vtu --append s2.vtu --strand 3"}) {
+        const std::string appended = arguments.substr(std::min(arguments.find(" --append"), arguments.size()));
+        const Outcome first = run("info --json --demand --record layout.json " + arguments);
         const Outcome replayed = run("replay --json --demand layout.json" + appended);
         EXPECT_EQ(first.exitCode, 0) << first.errors;
         EXPECT_EQ(replayed.output, first.output) << arguments;
     }
-}
-
-TEST(StrandGroups, JoinThePlacesOfSuccessiveSteps) {
-    const std::vector<std::pair<std::vector<double>, std::vector<std::int64_t>>> rows{
-        {{}, {}},
-        {{1}, {}},
-        {{1, 1, 1}, {}},
-        {{1, 2}, {7, 7}},
-        {{1, 1, 2, 2}, {7, 8, 7, 8}},
-        {{1, 2, 2, 2, 3}, {7, 7, 8, 9, 7}},
-        {{2, 1, 2}, {7, 7, 7}}};
-    for (const auto& [times, groups] : rows)
-        EXPECT_EQ(krohost::strandGroups(times, 7), groups) << testing::PrintToString(times);
 }

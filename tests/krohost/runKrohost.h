@@ -1,11 +1,10 @@
 #pragma once
 
+#include "tests/support/TemporaryFolder.h"
+
 #include <sys/wait.h>
 
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 struct Outcome {
@@ -14,16 +13,19 @@ struct Outcome {
     std::string errors;
 };
 
-/// Runs the tool in a folder, where it leaves a file "errors".
-inline Outcome runKrohost(const std::filesystem::path& folder, const std::string& arguments, const std::string& addOn) {
-    const std::string command =
-        "cd '" + folder.string() + "' && KROHOST_ADDON_PATH='" + addOn + "' '" KROHOST "' " + arguments + " 2>errors";
-    FILE* pipe = popen(command.c_str(), "r");
+/// Runs a shell command in a folder, where it leaves a file "errors". In the command, $krohost is the tool.
+inline Outcome runShell(const test::TemporaryFolder& folder, const std::string& command) {
+    const std::string all = "cd '" + folder.path().string() + "' && export KROHOST_ADDON_PATH='" ADD_ON "' krohost='" +
+                            KROHOST "' && { " + command + "\n} 2>errors";
+    FILE* pipe = popen(all.c_str(), "r");
     Outcome outcome{};
     for (int character = std::fgetc(pipe); character != EOF; character = std::fgetc(pipe))
         outcome.output += static_cast<char>(character);
     outcome.exitCode = WEXITSTATUS(pclose(pipe));
-    std::ifstream errors{folder / "errors"};
-    outcome.errors.assign(std::istreambuf_iterator<char>{errors}, {});
+    outcome.errors = test::readFile(folder / "errors");
     return outcome;
+}
+
+inline Outcome runKrohost(const test::TemporaryFolder& folder, const std::string& arguments) {
+    return runShell(folder, "\"$krohost\" " + arguments);
 }
