@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <numeric>
+#include <tuple>
 
 namespace test {
 
@@ -52,29 +52,16 @@ void expectFailingLoad(const VtuBuilder& file) {
     EXPECT_EQ(load.host.dialogs().size(), 1) << load.dialog();
 }
 
-std::vector<std::int64_t> numbers(std::size_t count) {
-    std::vector<std::int64_t> list(count);
-    std::iota(list.begin(), list.end(), 0);
-    return list;
-}
-
-std::vector<std::int64_t> twice(std::vector<std::int64_t> values) {
-    std::vector<std::int64_t> both = values;
-    both.insert(both.end(), values.begin(), values.end());
-    return both;
-}
-
 } // namespace
 
 TEST(HostileSizes, NumbersOfPointsAndCellsBeyondTheFileAreRefused) {
     for (const Encoding& encoding : wideEncodings())
         for (const char* attribute : {"NumberOfPoints", "NumberOfCells"})
             for (const char* count : {"24", "1000000000000", "18446744073709551615"}) {
+                if (encoding.format == Format::Ascii && attribute[8] == 'P' && count[0] == '2')
+                    continue; // one more point is found out when the text is read
                 SCOPED_TRACE(encoding.name() + " " + attribute + " " + count);
-                const bool isOneMorePoint = encoding.format == Format::Ascii && count[0] == '2' && attribute[8] == 'P';
-                VtuBuilder file = vtu().piece(mixed()).encoding(encoding).attribute("Piece", attribute, count);
-                if (!isOneMorePoint) // found out when the text is read
-                    expectFailingLoad(file);
+                expectFailingLoad(vtu().piece(mixed()).encoding(encoding).attribute("Piece", attribute, count));
             }
 }
 
@@ -84,48 +71,46 @@ TEST(HostileSizes, ArraysOfOtherLengthsFailTheirDemandOnly) {
         for (const std::size_t count : {0, 1, 22, 24, 46})
             expectFailingDemand(vtu().piece(mixed()).encoding(encoding).values("pressure", numbers(count)), pressure);
         for (const MeshPiece& piece : {mixed(), singleCell(12), singleCell(11)}) {
-            const auto nodes = std::get<0>(piece.connectivity().values);
-            const VtuBuilder file = vtu().piece(piece).encoding(encoding);
-            for (const auto& wrong : {twice(nodes), {nodes.begin(), nodes.end() - 1}, {}})
-                expectFailingDemand(VtuBuilder(file).values("connectivity", wrong), nodeMap);
+            const std::size_t count = piece.pointCount(); // which is the number of nodes of these cells
+            for (const std::size_t wrong : {2 * count, count - 1, std::size_t{0}})
+                expectFailingDemand(
+                    vtu().piece(piece).encoding(encoding).values("connectivity", std::vector<std::int64_t>(wrong)),
+                    nodeMap);
         }
     }
 }
 
 TEST(HostileSizes, HeaderWordsThatTheFileCannotHoldAreRefused) {
-    struct Row {
-        bool compressed;
-        HeaderWords words;
-        const char* reason;
-    };
-    const std::vector<Row> rows{
-        {false, {{0, huge}}, "claims 1152921504606846976 bytes of data but the file holds no more than "},
-        {false, {{0, ~std::uint64_t{0}}}, "claims 18446744073709551615 bytes of data but the file holds no more than "},
-        {true, {{0, huge << 1}}, "claims 2305843009213693952 compressed blocks but the file holds no more than "},
-        {true, {{3, ~std::uint64_t{0} - 7}}, "claims more compressed data than the "},
-        {true, {{1, (huge << 2) + 20}}, "claims 5 blocks of 4611686018427387924 bytes, more than any memory holds"},
-        {true, {{1, huge}}, "holds 1152921504606846979 values but 23 are needed"},
-        {true, {{2, huge}}, "holds 288230376151711764 values but 23 are needed"},
-        {true, {{0, 0}}, "holds 0 values but 23 are needed"}};
-    for (const Encoding& encoding : wideEncodings())
-        for (const Row& row : rows) {
-            if (encoding.format == Format::Ascii || encoding.compressed != row.compressed)
-                continue;
-            SCOPED_TRACE(encoding.name() + " " + row.reason);
-            VtuBuilder file = vtu().piece(mixed()).encoding(encoding);
-            for (const auto& [position, word] : row.words)
-                file.headerWord("pressure", position, word);
-            expectFailingDemand(file, pressure, row.reason);
-        }
-    for (const Encoding& encoding : wideEncodings())
+    // Compressed or not, position, word, reason.
+    const std::vector<std::tuple<bool, std::size_t, std::uint64_t, const char*>> rows{
+        {false, 0, huge, "claims 1152921504606846976 bytes of data but the file holds no more than "},
+        {false, 0, ~0ull, "claims 18446744073709551615 bytes of data but the file holds no more than "},
+        {true, 0, huge << 1, "claims 2305843009213693952 compressed blocks but the file holds no more than "},
+        {true, 3, ~0ull - 7, "claims more compressed data than the "},
+        {true, 1, (huge << 2) + 20, "claims 5 blocks of 4611686018427387924 bytes, more than any memory holds"},
+        {true, 1, huge, "compressed bytes inflate to 4611686018427387916, more than they can"},
+        {true, 2, huge, "compressed bytes inflate to 1152921504606847056, more than they can"},
+        {true, 0, 0, "holds 0 values but 23 are needed"}};
+    for (const Encoding& encoding : wideEncodings()) {
+        if (encoding.format == Format::Ascii)
+            continue;
+        SCOPED_TRACE(encoding.name());
+        const VtuBuilder file = vtu().piece(mixed()).encoding(encoding);
+        for (const auto& [compressed, position, word, reason] : rows)
+            if (compressed == encoding.compressed)
+                expectFailingDemand(VtuBuilder(file).headerWord("pressure", position, word), pressure, reason);
         for (const char* array : {"Points", "types", "offsets"})
-            if (encoding.format != Format::Ascii)
-                expectFailingLoad(vtu().piece(mixed()).encoding(encoding).headerWord(array, 0, huge));
+            expectFailingLoad(VtuBuilder(file).headerWord(array, 0, huge));
+    }
 }
 
 TEST(HostileSizes, MoreComponentsThanTheReaderCountsAreRefused) {
-    expectFailingLoad(vtu().piece(mixed()).attribute("pressure", "NumberOfComponents", "65535"));
-    expectFailingLoad(vtu().piece(mixed()).attribute("pressure", "NumberOfComponents", "32768"));
+    std::string many = "<PointData>";
+    for (int array = 0; array < 4; ++array)
+        many += "<DataArray NumberOfComponents=\"32767\" Name=\"a" + std::to_string(array) + "\"/>";
+    expectFailingLoad(vtu().piece(mixed()).markup("<PointData>", many));
+    for (const char* count : {"32768", "65535"})
+        expectFailingLoad(vtu().piece(mixed()).attribute("pressure", "NumberOfComponents", count));
 }
 
 TEST(HostileSizes, AFileCutAnywhereLoadsOrShowsOneDialog) {
@@ -135,7 +120,7 @@ TEST(HostileSizes, AFileCutAnywhereLoadsOrShowsOneDialog) {
         int loadedCount = 0;
         for (std::size_t byteCount = 0; byteCount < text.size(); byteCount += 23) {
             SCOPED_TRACE(encoding.name() + " cut at " + std::to_string(byteCount));
-            Load load{Files{{"mesh.vtu", text.substr(0, byteCount)}}};
+            Load load{text.substr(0, byteCount)};
             EXPECT_EQ(load.host.dialogs().size(), load.loaded() ? 0 : 1) << load.dialog();
             failedDemands(load);
             loadedCount += load.loaded() ? 1 : 0;
@@ -144,7 +129,7 @@ TEST(HostileSizes, AFileCutAnywhereLoadsOrShowsOneDialog) {
         // The same behind the host's back: cut when the zone is there already.
         for (std::size_t byteCount = 0; byteCount < text.size(); byteCount += 97) {
             SCOPED_TRACE(encoding.name() + " cut afterwards at " + std::to_string(byteCount));
-            Load load{Files{{"mesh.vtu", text}}};
+            Load load{text};
             truncate(load.path(), byteCount);
             failedDemands(load);
         }

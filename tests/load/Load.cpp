@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <tuple>
 
 namespace test {
 
@@ -24,28 +23,17 @@ Load::~Load() {
         ADD_FAILURE() << violation;
 }
 
-const krohost::Zone& Load::zone(std::int32_t number) const {
-    return host.dataset().zones.at(static_cast<std::size_t>(number - 1));
-}
-
-std::int32_t Load::variableNumber(const std::string& name, bool nodal, std::int32_t zoneNumber) const {
+std::int32_t Load::variableNumber(const std::string& name) const {
     const std::vector<std::string>& names = host.dataset().variables;
-    std::int32_t number = 0;
-    for (std::int32_t variable = 1; variable <= std::ssize(names); ++variable) {
-        const krohost::ZoneVariable* supplied = zone(zoneNumber).suppliedVariable(variable);
-        const bool isNamed = supplied && names[static_cast<std::size_t>(variable - 1)] == name;
-        if (isNamed && (number == 0 || (supplied->location == ValueLocation_Nodal) == nodal))
-            number = variable;
-    }
-    return number;
+    return static_cast<std::int32_t>(std::ranges::find(names, name) - names.begin()) + 1;
 }
 
 std::optional<std::vector<double>> Load::values(const std::string& name) {
     return host.demandValues(1, variableNumber(name));
 }
 
-std::optional<std::string> Load::bytes(std::int32_t zoneNumber, std::int32_t variable) {
-    const krohost::Target target{zoneNumber, variable};
+std::optional<std::string> Load::bytes(std::int32_t variable) {
+    const krohost::Target target{1, variable};
     if (!host.load(target))
         return std::nullopt;
     const auto stored = host.dataset().find(target)->parts().front().bytes();
@@ -63,45 +51,38 @@ std::string Load::dialog() const {
 
 namespace {
 
-using SectionHeader = std::tuple<int, int, std::int64_t>; // shape, grid order, cells
-
-void expectSections(Load& load, const ExpectedZone& expected, std::int32_t zoneNumber) {
-    std::vector<SectionHeader> sections;
-    for (const krohost::Section& section : load.zone(zoneNumber).sections)
-        sections.emplace_back(section.shape, section.gridOrder, section.elementCount);
-    std::vector<SectionHeader> expectedSections;
-    std::vector<std::vector<std::int64_t>> expectedNodes;
-    for (const ExpectedSection& section : expected.sections) {
-        expectedSections.emplace_back(static_cast<int>(section.shape), section.gridOrder, section.elementCount);
-        expectedNodes.push_back(section.nodes);
+void expectSections(Load& load, const std::vector<ExpectedSection>& expected) {
+    const std::vector<krohost::Section>& sections = load.zone().sections;
+    ASSERT_EQ(sections.size(), expected.size());
+    std::vector<std::vector<std::int64_t>> nodes;
+    for (std::size_t index = 0; index < sections.size(); ++index) {
+        EXPECT_EQ(sections[index].shape, static_cast<int>(expected[index].shape));
+        EXPECT_EQ(sections[index].gridOrder, expected[index].gridOrder);
+        EXPECT_EQ(sections[index].elementCount, expected[index].elementCount);
+        nodes.push_back(expected[index].nodes);
     }
-    EXPECT_EQ(sections, expectedSections);
-    if (expected.sections.empty())
-        return; // an ordered zone has no node map
-    EXPECT_EQ(load.host.demandNodeMap(zoneNumber), expectedNodes);
-}
-
-void expectVariable(Load& load, const ExpectedVariable& expected, std::int32_t zoneNumber) {
-    SCOPED_TRACE(expected.name);
-    const std::int32_t number = load.variableNumber(expected.name, expected.nodal, zoneNumber);
-    ASSERT_NE(number, 0);
-    const krohost::ZoneVariable& variable = *load.zone(zoneNumber).suppliedVariable(number);
-    EXPECT_EQ(variable.type, expected.storageType);
-    EXPECT_EQ(variable.location, expected.nodal ? ValueLocation_Nodal : ValueLocation_CellCentered);
-    EXPECT_TRUE(load.bytes(zoneNumber, number) == expected.bytes);
+    EXPECT_TRUE(nodes.empty() || load.nodeMap() == nodes); // an ordered zone has no node map
 }
 
 } // namespace
 
-void expectZone(Load& load, const ExpectedZone& expected, std::int32_t zoneNumber) {
+void expectZone(Load& load, const ExpectedZone& expected) {
     ASSERT_TRUE(load.loaded()) << load.dialog();
-    const krohost::Zone& zone = load.zone(zoneNumber);
-    EXPECT_EQ(zone.type, expected.zoneType);
-    EXPECT_EQ(zone.nodeCount, expected.nodeCount);
-    EXPECT_EQ(zone.elementCount, expected.elementCount);
-    expectSections(load, expected, zoneNumber);
-    for (const ExpectedVariable& variable : expected.variables)
-        expectVariable(load, variable, zoneNumber);
+    EXPECT_EQ(load.zone().type, expected.zoneType);
+    EXPECT_EQ(load.zone().nodeCount, expected.nodeCount);
+    EXPECT_EQ(load.zone().elementCount, expected.elementCount);
+    expectSections(load, expected.sections);
+    std::vector<std::string> names;
+    for (const ExpectedVariable& variable : expected.variables) {
+        SCOPED_TRACE(names.emplace_back(variable.name));
+        const auto number = static_cast<std::int32_t>(names.size());
+        const krohost::ZoneVariable* supplied = load.zone().suppliedVariable(number);
+        ASSERT_TRUE(supplied);
+        EXPECT_EQ(supplied->type, variable.storageType);
+        EXPECT_EQ(supplied->location, variable.nodal ? ValueLocation_Nodal : ValueLocation_CellCentered);
+        EXPECT_TRUE(load.bytes(number) == variable.bytes);
+    }
+    EXPECT_EQ(load.host.dataset().variables, names);
     EXPECT_EQ(load.dialog(), "");
 }
 

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace test {
 
 namespace {
@@ -51,43 +53,43 @@ std::string badNodeCount(const std::string& name, const std::string& count) {
 VtuBuilder sound() {
     return vtu().piece(mixed());
 }
-std::string withAttribute(const std::string& element, const std::string& name, std::optional<std::string> value) {
-    return sound().attribute(element, name, std::move(value)).text();
+VtuBuilder with(const char* element, const char* attribute, std::optional<std::string> value) {
+    return sound().attribute(element, attribute, std::move(value));
 }
-std::string withMarkup(const std::string& from, const std::string& to) {
-    return sound().markup(from, to).text();
+VtuBuilder withText(const char* array, const char* text) {
+    return sound().inlineText(array, text);
 }
-std::string withText(const std::string& array, const std::string& text) {
-    return sound().inlineText(array, text).text();
+VtuBuilder withMarkup(const char* from, const char* to) {
+    return sound().markup(from, to);
 }
 std::string cutBehind(const std::string& end) {
     const std::string text = sound().text();
     return text.substr(0, text.find(end) + end.size());
 }
-template <class Change>
-std::string withOtherPiece(Change change) {
+VtuBuilder withOtherPiece(void (*change)(MeshPiece&)) {
     MeshPiece piece = mixed();
     change(piece);
-    return sound().piece(piece).text();
+    return sound().piece(piece);
 }
-std::string withArrays(const std::string& name, const std::string& secondName, int componentCount = 1) {
-    return vtu()
-        .piece(hexahedron()
-                   .withPointData(variedValues(name, ElementType::Float32, 8, componentCount))
-                   .withPointData(variedValues(secondName, ElementType::Int8, 8)))
-        .text();
+VtuBuilder withArrays(const std::string& name, const std::string& secondName, int componentCount = 1) {
+    return vtu().piece(hexahedron()
+                           .withPointData(variedValues(name, ElementType::Float32, 8, componentCount))
+                           .withPointData(variedValues(secondName, ElementType::Int8, 8)));
 }
-/// Cells of these types and numbers of nodes.
-std::string withCells(const std::vector<std::pair<int, std::size_t>>& cells) {
+/// Cells of these types and numbers of nodes: "12:8 10:4".
+VtuBuilder withCells(const char* cells) {
     MeshPiece piece = hexahedron();
     piece.cells.clear();
-    for (const auto& [type, nodeCount] : cells)
+    std::istringstream numbers(cells);
+    std::size_t nodeCount = 0;
+    char colon{};
+    for (int type = 0; numbers >> type >> colon >> nodeCount;)
         piece.cells.push_back({type, std::vector<std::int64_t>(nodeCount)});
-    return vtu().piece(piece).text();
+    return vtu().piece(piece);
 }
 
 struct Refusal {
-    std::string file;
+    Files file;
     std::string dialog;
     std::string demand = {}; // what is demanded after the load; empty when that is refused
 };
@@ -96,7 +98,7 @@ struct Refusal {
 void expectRefusals(const std::string& beginning, const std::vector<Refusal>& refusals) {
     for (const Refusal& refusal : refusals) {
         SCOPED_TRACE(refusal.dialog);
-        Load load{Files{{"mesh.vtu", refusal.file}}};
+        Load load{refusal.file};
         EXPECT_EQ(load.loaded(), !refusal.demand.empty());
         if (load.loaded()) {
             EXPECT_EQ(load.dialog(), "");
@@ -112,32 +114,29 @@ TEST(Refusals, OfDocumentsHaveTheseTexts) {
     const std::string expected = "; expected it to be ";
     expectRefusals(
         fileError,
-        {{"", "Failed to open VTK file for reading"},
+        {{""s, "Failed to open VTK file for reading"},
          {"\xFF\xFE<\0"s, "UTF-16 encoding is not currently supported"},
-         {"\xFE\xFF\0<"s, "UTF-16 encoding is not currently supported"},
-         {vtu().text(), "VTK unstructured file doesn't appear to contain any Piece data"},
+         {vtu(), "VTK unstructured file doesn't appear to contain any Piece data"},
          {cutBehind("<Cells"), "Premature end of document."},
          {withMarkup("</Cells>", "</Cell>"), "Opening and ending tag mismatch."},
-         {withAttribute("VTKFile", "type", std::nullopt), " \"type\" attribute is missing"},
-         {withAttribute("VTKFile", "type", "StructuredGrid"), "VTKFile type \"StructuredGrid\" is not yet supported"},
-         {withAttribute("VTKFile", "version", "1.x"),
+         {with("VTKFile", "type", std::nullopt), " \"type\" attribute is missing"},
+         {with("VTKFile", "type", "StructuredGrid"), "VTKFile type \"StructuredGrid\" is not yet supported"},
+         {with("VTKFile", "version", "1.x"),
           "VTKFile's version \"1.x\" is not a valid version number" + expected + "\"[1-9].[0-9].[0-9]\""},
-         {withAttribute("VTKFile", "byte_order", "Middle"),
-          "VTKFile's byte_order \"Middle\" is unknown" + expected +
-              "\"LittleEndian\" (default if missing) or \"BigEndian\""},
-         {withAttribute("VTKFile", "compressor", "vtkLZ4"),
-          "VTKFile's compressor \"vtkLZ4\" is unknown" + expected +
-              "missing (meaning no compression) or \"vtkZLibDataCompressor\""},
-         {withAttribute("VTKFile", "header_type", "UInt16"),
+         {with("VTKFile", "byte_order", "Middle"), "VTKFile's byte_order \"Middle\" is unknown" + expected +
+                                                       "\"LittleEndian\" (default if missing) or \"BigEndian\""},
+         {with("VTKFile", "compressor", "vtkLZ4"), "VTKFile's compressor \"vtkLZ4\" is unknown" + expected +
+                                                       "missing (meaning no compression) or \"vtkZLibDataCompressor\""},
+         {with("VTKFile", "header_type", "UInt16"),
           "VTKFile's header_type \"UInt16\" is unknown" + expected + "\"UInt32\" (default if missing) or \"UInt64\""},
-         {withAttribute("pressure", "format", "hex"), "DataArray format \"hex\" is not yet supported"},
-         {withAttribute("pressure", "type", "float32"), "DataArray type \"float32\" is not yet supported"},
+         {with("pressure", "format", "hex"), "DataArray format \"hex\" is not yet supported"},
+         {with("pressure", "type", "float32"), "DataArray type \"float32\" is not yet supported"},
          {cutBehind("ascii\">\n          "), "The XML data is ill formed. Unable to locate opening tag"},
          {withMarkup("</Points>", "<DataArray> 1 </DataArray></Points>"),
           "The Points element expects only 1 DataArray elements"},
-         {sound().appendedRaw().attribute("AppendedData", "encoding", "zip").text(),
+         {sound().appendedRaw().attribute("AppendedData", "encoding", "zip"),
           "AppendedData's encoding \"zip\" is unknown; expected \"raw\" or \"base64\""},
-         {sound().appendedRaw().attribute("AppendedData", "encoding", std::nullopt).text(),
+         {sound().appendedRaw().attribute("AppendedData", "encoding", std::nullopt),
           " \"encoding\" attribute is missing"},
          {withMarkup("</UnstructuredGrid>", "</UnstructuredGrid><AppendedData encoding=\"raw\"></AppendedData>"),
           "AppendedData section is missing the required \"_\" data prefix to identify the start of the data"},
@@ -146,66 +145,40 @@ TEST(Refusals, OfDocumentsHaveTheseTexts) {
 }
 
 TEST(Refusals, OfNumbersInALoadHaveTheseTexts) {
-    expectRefusals("",
-                   {{withAttribute("Piece", "NumberOfPoints", "abc"), badValue + "\"abc\" is not a whole number"},
-                    {withText("types", "12 13 x 10"), badValue + "\"x\" is not a whole number"},
-                    {withText("types", "12 13 14"), badValue + "\"\" is not a whole number"},
-                    {withText("types", "12 13 300 10"), unknownError},
-                    {withAttribute("Piece", "NumberOfPoints", "-1"), unknownError},
-                    {withAttribute("pressure", "NumberOfComponents", "65536"), unknownError},
-                    {withAttribute("VTKFile", "version", "1..0"), unknownError},
-                    {withAttribute("VTKFile", "version", "99999999999"), unknownError},
-                    {sound().attribute("Piece", "NumberOfPoints", "0").attribute("Piece", "NumberOfCells", "0").text(),
-                     "None of the VTK files provided any data"}});
+    expectRefusals("", {{with("Piece", "NumberOfPoints", "abc"), badValue + "\"abc\" is not a whole number"},
+                        {withText("types", "12 13 x 10"), badValue + "\"x\" is not a whole number"},
+                        {withText("types", "12 13 300 10"), unknownError},
+                        {with("VTKFile", "version", "1..0"), unknownError},
+                        {sound().attribute("Piece", "NumberOfPoints", "0").attribute("Piece", "NumberOfCells", "0"),
+                         "None of the VTK files provided any data"}});
 }
 
 TEST(Refusals, OfMeshesHaveTheseTexts) {
     expectRefusals(
         fileError,
-        {{withAttribute("Points", "NumberOfComponents", "4"), badGrid},
-         {withAttribute("Points", "NumberOfComponents", "0"), badGrid},
-         {withMarkup("Points>", "Points_>"), badGrid},
-         {withOtherPiece([](auto& piece) { piece.points = variedValues("Points", ElementType::Float32, 23, 2); }),
+        {{with("Points", "NumberOfComponents", "4"), badGrid},
+         {with("Points", "NumberOfComponents", "0"), badGrid},
+         {withOtherPiece([](MeshPiece& piece) { piece.points = variedValues("Points", ElementType::Float32, 23, 2); }),
           differentGrids},
          {withMarkup("\"types\"", "\"kinds\""), badCells},
          {withMarkup("</Cells>", "<DataArray Name=\"faces\"> 1 </DataArray></Cells>"), badCells},
-         {withMarkup("Cells>", "Cells_>"), badCells},
-         {withOtherPiece([](auto& piece) { piece.pointData.pop_back(); }), differentPieces},
-         {withOtherPiece([](auto& piece) { piece.pointData[0].name = "p"; }), differentPieces},
-         {withOtherPiece([](auto& piece) { piece.pointData[0].type = ElementType::Float64; }), differentPieces},
-         {withOtherPiece([](auto& piece) { std::swap(piece.pointData, piece.cellData); }), differentPieces},
+         {withOtherPiece([](MeshPiece& piece) { piece.pointData.pop_back(); }), differentPieces},
+         {withOtherPiece([](MeshPiece& piece) { piece.pointData[0].type = ElementType::Float64; }), differentPieces},
          {withArrays("a", "a"), duplicate("a")},
          {withArrays("a", "a_Z", 3), duplicate("a_Z")},
          {withArrays("a", "X"), duplicate("X")},
-         {withCells({{7, 3}}), unsupportedCell("Polygon")},
-         {withCells({{20, 3}}), unsupportedCell("Unknown")},
-         {withCells({{82, 3}}), unsupportedCell("Unknown")},
-         {withCells({{5, 3}, {10, 4}}), mixedDimensions("Tetra", "3", "2")},
-         {withCells({{5, 3}, {1, 1}, {3, 2}}), mixedDimensions("Line", "1", "2")},
-         {withCells({{21, 2}}), badNodeCount("Quadratic Edge", "2")},
-         {withCells({{68, 6}}), badNodeCount("Lagrange Curve", "6")},
-         {sound().values("offsets", {8, 14, 19, 3}).text(), badNodeCount("Tetra", "-16")},
-         {withCells({{1, 1},
-                     {10, 4},
-                     {12, 8},
-                     {13, 6},
-                     {14, 5},
-                     {71, 4},
-                     {71, 10},
-                     {71, 20},
-                     {71, 35},
-                     {72, 8},
-                     {72, 27},
-                     {72, 64},
-                     {72, 125},
-                     {73, 6},
-                     {73, 18},
-                     {73, 40},
-                     {73, 75}}),
+         {withCells("7:3"), unsupportedCell("Polygon")},
+         {withCells("81:3"), unsupportedCell("Bezier Pyramid")},
+         {withCells("82:3"), unsupportedCell("Unknown")},
+         {withCells("5:3 10:4"), mixedDimensions("Tetra", "3", "2")},
+         {withCells("5:3 1:1 3:2"), mixedDimensions("Line", "1", "2")},
+         {withCells("21:2"), badNodeCount("Quadratic Edge", "2")},
+         {sound().values("offsets", {8, 14, 19, 3}), badNodeCount("Tetra", "-16")},
+         {withCells("1:1 10:4 12:8 13:6 14:5 71:4 71:10 71:20 71:35 72:8 72:27 72:64 72:125 73:6 73:18 73:40 73:75"),
           "VTK file specifies 17 unique cell type and grid orders combinations, but Veltra only supports a maximum of "
           "16 sections"},
          {withText("types", "12 13 14 10 10"), "DataArray \"types\" holds more than the 4 values that are needed"},
-         {withAttribute("types", "type", "Float32"),
+         {with("types", "type", "Float32"),
           "DataArray \"types\" holds floating-point numbers where integers are needed"},
          {withMarkup("NumberOfPoints=\"23\"", ""), "Zone \"mesh\" has cells but no points"}});
 }
@@ -216,18 +189,18 @@ TEST(Refusals, OfDemandsHaveTheseTexts) {
                     {withText("connectivity", "1 2 abc"), badNodeNumber + "\"abc\" is not a whole number", "node map"},
                     {withText("material", "1 2 3"), badNumber + "\"\" is not a whole number", "material"},
                     {withText("material", "4000000000 2 3 4"), numberTooLarge + "0 to 255", "material"},
-                    {sound().attribute("connectivity", "type", "Int32").inlineText("connectivity", "4000000000").text(),
+                    {sound().attribute("connectivity", "type", "Int32").inlineText("connectivity", "4000000000"),
                      numberTooLarge + "-2147483648 to 2147483647", "node map"}});
     const std::string beyond = sound().appendedRaw().attribute("material", "offset", "18446744073709551615").text();
     expectRefusals(inputError,
                    {{withText("material", "1 2 3 4 5"),
                      "DataArray \"material\" holds more than the 4 values that are needed", "material"},
-                    {sound().base64().values("material", {1, 2, 3}).text(),
+                    {sound().base64().values("material", {1, 2, 3}),
                      "DataArray \"material\" holds 3 values but 4 are needed", "material"},
-                    {sound().base64().inlineText("material", "BAAAAA==AQ*CAw==").text(),
+                    {sound().base64().inlineText("material", "BAAAAA==AQ*CAw=="),
                      "Found \"*\" in base64 text where a letter, digit, \"+\", \"/\" or padding with \"=\" is expected",
                      "material"},
-                    {withAttribute("connectivity", "type", "Float64"),
+                    {with("connectivity", "type", "Float64"),
                      "DataArray \"connectivity\" holds floating-point numbers where integers are needed", "node map"},
                     {beyond,
                      "DataArray \"material\" claims to begin at byte 18446744073709551615 but the file holds only " +
@@ -241,7 +214,7 @@ TEST(Refusals, NameTheLoaderThatWasAsked) {
 }
 
 TEST(Refusals, OfADemandDoNotStandInTheWayOfTheNext) {
-    Load load{Files{{"mesh.vtu", withText("material", "1 2 x 4")}}};
+    Load load{withText("material", "1 2 x 4")};
     EXPECT_FALSE(load.values("material"));
     EXPECT_FALSE(load.values("material"));
     EXPECT_EQ(load.host.dialogs().size(), 2);

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace test {
@@ -17,16 +18,21 @@ struct CellKind {
     int dimension;
     int lowestOrder;
     int highestOrder;
+    int zoneType; // of a zone of such cells alone
 };
 
 inline constexpr std::array<CellKind, 21> acceptedCells{{
-    {1, Shape::None, 0, 1, 1},          {3, Shape::Line, 1, 1, 1},           {5, Shape::Triangle, 2, 1, 1},
-    {8, Shape::Quadrilateral, 2, 1, 1}, {9, Shape::Quadrilateral, 2, 1, 1},  {10, Shape::Tetrahedron, 3, 1, 1},
-    {11, Shape::Hexahedron, 3, 1, 1},   {12, Shape::Hexahedron, 3, 1, 1},    {13, Shape::Prism, 3, 1, 1},
-    {14, Shape::Pyramid, 3, 1, 1},      {21, Shape::Line, 1, 2, 2},          {22, Shape::Triangle, 2, 2, 2},
-    {24, Shape::Tetrahedron, 3, 2, 2},  {28, Shape::Quadrilateral, 2, 2, 2}, {32, Shape::Prism, 3, 2, 2},
-    {68, Shape::Line, 1, 1, 4},         {69, Shape::Triangle, 2, 1, 4},      {70, Shape::Quadrilateral, 2, 1, 4},
-    {71, Shape::Tetrahedron, 3, 1, 4},  {72, Shape::Hexahedron, 3, 1, 4},    {73, Shape::Prism, 3, 1, 4},
+    {1, Shape::None, 0, 1, 1, 0},          {3, Shape::Line, 1, 1, 1, 5},
+    {5, Shape::Triangle, 2, 1, 1, 1},      {8, Shape::Quadrilateral, 2, 1, 1, 2},
+    {9, Shape::Quadrilateral, 2, 1, 1, 2}, {10, Shape::Tetrahedron, 3, 1, 1, 3},
+    {11, Shape::Hexahedron, 3, 1, 1, 4},   {12, Shape::Hexahedron, 3, 1, 1, 4},
+    {13, Shape::Prism, 3, 1, 1, 8},        {14, Shape::Pyramid, 3, 1, 1, 8},
+    {21, Shape::Line, 1, 2, 2, 8},         {22, Shape::Triangle, 2, 2, 2, 8},
+    {24, Shape::Tetrahedron, 3, 2, 2, 8},  {28, Shape::Quadrilateral, 2, 2, 2, 8},
+    {32, Shape::Prism, 3, 2, 2, 8},        {68, Shape::Line, 1, 1, 4, 8},
+    {69, Shape::Triangle, 2, 1, 4, 8},     {70, Shape::Quadrilateral, 2, 1, 4, 8},
+    {71, Shape::Tetrahedron, 3, 1, 4, 8},  {72, Shape::Hexahedron, 3, 1, 4, 8},
+    {73, Shape::Prism, 3, 1, 4, 8},
 }};
 
 /// Throws std::out_of_range for a type that is not accepted.
@@ -38,11 +44,8 @@ std::size_t nodeCount(Shape shape, int order);
 /// The order at which a cell of the type has so many nodes. Throws std::out_of_range when there is none.
 int gridOrder(int type, std::size_t nodes);
 
-/// Version of the file format.
-struct FileVersion {
-    int major = 1;
-    int minor = 0;
-};
+/// Version of the file format: major, minor.
+using FileVersion = std::pair<int, int>;
 
 /// For each of the host's nodes of a cell, its place in the file's list.
 std::vector<std::size_t> nodeOrder(int type, std::size_t nodes, FileVersion version);

@@ -2,185 +2,118 @@
 
 #include "tests/support/encoding.h"
 
-#include <zlib.h>
-
 #include <algorithm>
-#include <iterator>
-#include <stdexcept>
-#include <utility>
+#include <type_traits>
 
 namespace test {
 
 namespace {
 
-template <class T>
-std::string storedAs(const std::vector<std::int64_t>& values) {
-    std::string bytes;
-    for (std::int64_t value : values)
-        bytes += valueBytes(static_cast<T>(value), false);
-    return bytes;
-}
+constexpr std::array<int, 10> storageTypes{5, 5, 4, 4, 3, 3, 3, 3, 1, 2};
 
-int storageType(ElementType type) {
-    constexpr std::array<int, 10> types{5, 5, 4, 4, 3, 3, 3, 3, 1, 2};
-    return types[static_cast<std::size_t>(type)];
-}
-
+/// Coordinates come without a name of their own.
 std::string variableName(const Array& array, std::size_t component) {
+    const std::string letter(1, "XYZ"[component % 3]);
+    if (array.name.empty())
+        return letter;
     if (array.componentCount == 1)
         return array.name;
-    if (array.componentCount <= 3)
-        return array.name + "_" + "XYZ"[component];
-    return array.name + "_" + std::to_string(component + 1);
+    return array.name + "_" + (array.componentCount <= 3 ? letter : std::to_string(component + 1));
 }
 
 /// One component of an array, narrowed to what the host stores.
 std::string componentBytes(const Array& array, std::size_t component) {
     return asElement(array.type, [&]<class T>(T) {
+        using Stored = std::conditional_t<std::is_integral_v<T> && sizeof(T) == 8, std::int32_t, T>;
         const std::vector<T> values = valuesAs<T>(array);
+        const auto step = static_cast<std::size_t>(array.componentCount);
         std::string bytes;
-        for (std::size_t index = component; index < values.size();
-             index += static_cast<std::size_t>(array.componentCount))
-            if constexpr (std::is_integral_v<T> && sizeof(T) == 8)
-                bytes += valueBytes(static_cast<std::int32_t>(values[index]), false);
-            else
-                bytes += valueBytes(values[index], false);
+        for (std::size_t index = component; index < values.size(); index += step)
+            bytes += valueBytes(static_cast<Stored>(values[index]), false);
         return bytes;
     });
 }
 
-/// Adds the same array of every piece, one after the other.
-void addVariables(ExpectedZone& zone, const std::vector<const Array*>& arrayOfPieces, const std::string& name,
-                  bool nodal) {
-    const auto components = static_cast<std::size_t>(arrayOfPieces.front()->componentCount);
-    for (std::size_t component = 0; component < components; ++component) {
-        ExpectedVariable variable;
-        variable.name =
-            name.empty() ? std::string(1, "XYZ"[component]) : variableName(*arrayOfPieces.front(), component);
-        variable.nodal = nodal;
-        variable.storageType = storageType(arrayOfPieces.front()->type);
-        for (const Array* array : arrayOfPieces) {
-            variable.bytes += componentBytes(*array, component);
-            variable.valueCount += array->valueCount() / components;
+/// Adds every component of every array, one piece's values behind the other's.
+void addVariables(ExpectedZone& zone, const std::vector<std::vector<Array>>& arraysOfPieces, bool nodal) {
+    for (std::size_t index = 0; index < arraysOfPieces.front().size(); ++index) {
+        const Array& first = arraysOfPieces.front()[index];
+        for (std::size_t component = 0; component < static_cast<std::size_t>(first.componentCount); ++component) {
+            ExpectedVariable variable{variableName(first, component), nodal,
+                                      storageTypes[static_cast<std::size_t>(first.type)], ""};
+            for (const std::vector<Array>& arrays : arraysOfPieces)
+                variable.bytes += componentBytes(arrays.at(index), component);
+            zone.variables.push_back(variable);
         }
-        variable.crc32 = crc32Of(variable.bytes);
-        zone.variables.push_back(std::move(variable));
     }
 }
 
-const Array& named(const std::vector<Array>& arrays, const std::string& name) {
-    const auto found = std::ranges::find(arrays, name, &Array::name);
-    if (found == arrays.end())
-        throw std::invalid_argument("a piece lacks " + name);
-    return *found;
+using Kind = std::pair<int, std::size_t>; // cell type, nodes
+
+Kind kindOf(const Cell& cell) {
+    return {cell.type, cell.nodes.size()};
 }
 
-void addFieldVariables(ExpectedZone& zone, const std::vector<MeshPiece>& pieces, std::vector<Array> MeshPiece::*arrays,
-                       bool nodal) {
-    for (const Array& first : pieces.front().*arrays) {
-        std::vector<const Array*> arrayOfPieces;
-        for (const MeshPiece& piece : pieces)
-            arrayOfPieces.push_back(&named(piece.*arrays, first.name));
-        addVariables(zone, arrayOfPieces, first.name, nodal);
-    }
-}
-
-struct Combination {
-    int type;
-    std::size_t nodes;
-    bool operator==(const Combination&) const = default;
-};
-
-std::vector<Combination> combinations(const std::vector<MeshPiece>& pieces) {
-    std::vector<Combination> found;
+/// The kinds of cells in order of appearance; without cells, vertices.
+std::vector<Kind> kindsOf(const std::vector<MeshPiece>& pieces) {
+    std::vector<Kind> kinds;
     for (const MeshPiece& piece : pieces)
         for (const Cell& cell : piece.cells)
-            if (const Combination combination{cell.type, cell.nodes.size()};
-                std::ranges::find(found, combination) == found.end())
-                found.push_back(combination);
-    if (found.empty())
-        found.push_back({1, 1});
-    return found;
+            if (std::ranges::find(kinds, kindOf(cell)) == kinds.end())
+                kinds.push_back(kindOf(cell));
+    return kinds.empty() ? std::vector{Kind{1, 1}} : kinds;
 }
 
-int zoneType(const std::vector<Combination>& found) {
-    constexpr std::array<std::pair<int, int>, 8> types{
-        {{1, 0}, {3, 5}, {5, 1}, {8, 2}, {9, 2}, {10, 3}, {11, 4}, {12, 4}}};
-    if (found.size() == 1)
-        for (const auto& [cellType, type] : types)
-            if (cellType == found.front().type)
-                return type;
-    return 8;
-}
-
-/// Vertices beside other cells become cells of the first other shape with the same node throughout.
-ExpectedSection emptySection(const std::vector<Combination>& found, const Combination& combination) {
-    ExpectedSection section;
-    section.shape = cellKind(combination.type).shape;
-    section.gridOrder = gridOrder(combination.type, combination.nodes);
-    for (const Combination& other : found)
-        if (section.shape == Shape::None)
-            section.shape = cellKind(other.type).shape;
-    section.nodesPerElement = nodeCount(section.shape, section.gridOrder);
-    return section;
-}
-
-void addCell(ExpectedSection& section, const Cell& cell, std::int64_t shift, FileVersion version) {
-    const std::vector<std::size_t> order = cell.type == 1 ? std::vector<std::size_t>(section.nodesPerElement, 0u)
-                                                          : nodeOrder(cell.type, cell.nodes.size(), version);
-    for (std::size_t place : order)
-        section.nodes.push_back(cell.nodes[place] + shift);
-    ++section.elementCount;
-}
-
-void addSections(ExpectedZone& zone, const std::vector<MeshPiece>& pieces, FileVersion version) {
-    const std::vector<Combination> found = combinations(pieces);
-    zone.zoneType = zoneType(found);
-    if (zone.zoneType == 0)
-        return;
-    std::ranges::transform(found, std::back_inserter(zone.sections),
-                           [&](const Combination& combination) { return emptySection(found, combination); });
-    std::int64_t shift = 0;
-    for (const MeshPiece& piece : pieces) {
-        for (const Cell& cell : piece.cells) {
-            const auto index = std::ranges::find(found, Combination{cell.type, cell.nodes.size()}) - found.begin();
-            addCell(zone.sections[static_cast<std::size_t>(index)], cell, shift, version);
-        }
-        shift += static_cast<std::int64_t>(piece.pointCount());
+/// Vertices become cells of `shapeOfVertices` with the same node throughout.
+ExpectedSection sectionOf(const std::vector<MeshPiece>& pieces, const Kind& kind, Shape shapeOfVertices,
+                          FileVersion version) {
+    const auto [type, nodes] = kind;
+    ExpectedSection section{cellKind(type).shape, gridOrder(type, nodes), 0, {}};
+    std::vector<std::size_t> order = nodeOrder(type, nodes, version);
+    if (type == 1) {
+        section.shape = shapeOfVertices;
+        order.assign(nodeCount(shapeOfVertices, 1), 0);
     }
-    for (ExpectedSection& section : zone.sections)
-        section.crc32 = crc32Of(storedAs<std::int32_t>(section.nodes));
+    std::int64_t firstNode = 0;
+    for (const MeshPiece& piece : pieces) {
+        for (const Cell& cell : piece.cells)
+            if (kindOf(cell) == kind) {
+                ++section.elementCount;
+                for (std::size_t place : order)
+                    section.nodes.push_back(cell.nodes[place] + firstNode);
+            }
+        firstNode += static_cast<std::int64_t>(piece.pointCount());
+    }
+    return section;
 }
 
 } // namespace
 
-const ExpectedVariable& ExpectedZone::variable(const std::string& name) const {
-    const auto found = std::ranges::find(variables, name, &ExpectedVariable::name);
-    if (found == variables.end())
-        throw std::out_of_range("no variable " + name);
-    return *found;
-}
-
 ExpectedZone expectedZone(const std::vector<MeshPiece>& pieces, FileVersion version) {
     ExpectedZone zone;
-    std::vector<const Array*> points;
+    std::vector<std::vector<Array>> points, pointData, cellData;
     for (const MeshPiece& piece : pieces) {
         zone.nodeCount += piece.pointCount();
         zone.elementCount += piece.cells.size();
-        points.push_back(&piece.points);
+        points.push_back({piece.points});
+        points.back()[0].name.clear();
+        pointData.push_back(piece.pointData);
+        cellData.push_back(piece.cellData);
     }
-    addVariables(zone, points, "", true);
-    addFieldVariables(zone, pieces, &MeshPiece::pointData, true);
-    addFieldVariables(zone, pieces, &MeshPiece::cellData, false);
-    addSections(zone, pieces, version);
-    if (zone.zoneType == 0)
-        zone.elementCount = zone.nodeCount;
-    return zone;
-}
+    addVariables(zone, points, true);
+    addVariables(zone, pointData, true);
+    addVariables(zone, cellData, false);
 
-std::uint32_t crc32Of(const std::string& bytes) {
-    return static_cast<std::uint32_t>(
-        crc32(0, reinterpret_cast<const Bytef*>(bytes.data()), static_cast<uInt>(bytes.size())));
+    const std::vector<Kind> kinds = kindsOf(pieces);
+    zone.zoneType = kinds.size() == 1 ? cellKind(kinds[0].first).zoneType : 8;
+    if (zone.zoneType == 0) {
+        zone.elementCount = zone.nodeCount;
+        return zone;
+    }
+    const auto other = std::ranges::find_if(kinds, [](const Kind& kind) { return kind.first != 1; });
+    for (const Kind& kind : kinds)
+        zone.sections.push_back(sectionOf(pieces, kind, cellKind(other->first).shape, version));
+    return zone;
 }
 
 } // namespace test

@@ -2,10 +2,11 @@
 
 #include "tests/support/ElementType.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -17,29 +18,28 @@ struct Array {
     ElementType type = ElementType::Float32;
     int componentCount = 1;
     std::variant<std::vector<std::int64_t>, std::vector<double>> values;
-
-    std::size_t valueCount() const {
-        return std::visit([](const auto& list) { return list.size(); }, values);
-    }
 };
 
-Array integers(std::string name, ElementType type, std::vector<std::int64_t> values, int componentCount = 1);
-Array reals(std::string name, ElementType type, std::vector<double> values, int componentCount = 1);
+inline Array integers(std::string name, ElementType type, std::vector<std::int64_t> values, int componentCount = 1) {
+    return {std::move(name), type, componentCount, std::move(values)};
+}
+inline Array reals(std::string name, ElementType type, std::vector<double> values, int componentCount = 1) {
+    return {std::move(name), type, componentCount, std::move(values)};
+}
 
 /// An array of the type with values that differ from place to place and use the type's whole range: negative ones,
 /// fractions, and integers that lose their upper half when they are narrowed.
-Array variedValues(std::string name, ElementType type, std::size_t tupleCount, int componentCount = 1);
+Array variedValues(const std::string& name, ElementType type, std::size_t tupleCount, int componentCount = 1);
 
 /// The array's values as the file holds them.
 template <class T>
 std::vector<T> valuesAs(const Array& array) {
     std::vector<T> converted;
-    std::visit(
-        [&](const auto& list) {
-            for (auto value : list)
-                converted.push_back(static_cast<T>(value));
-        },
-        array.values);
+    const auto convert = [&](const auto& list) {
+        for (auto value : list)
+            converted.push_back(static_cast<T>(value));
+    };
+    std::visit(convert, array.values);
     return converted;
 }
 
@@ -53,22 +53,19 @@ struct Cell {
 struct MeshPiece {
     Array points;
     std::vector<Cell> cells;
-    std::vector<Array> pointData;
-    std::vector<Array> cellData;
-    std::string name;
-    ElementType connectivityType = ElementType::Int64;
-    ElementType offsetsType = ElementType::Int64;
-    ElementType typesType = ElementType::UInt8;
+    std::vector<Array> pointData, cellData;
+    std::array<ElementType, 3> cellArrayTypes{ElementType::Int64, ElementType::Int64, ElementType::UInt8};
 
-    std::size_t pointCount() const { return points.valueCount() / static_cast<std::size_t>(points.componentCount); }
+    std::size_t pointCount() const {
+        return valuesAs<double>(points).size() / static_cast<std::size_t>(points.componentCount);
+    }
 
     /// Copies of the piece with one more array.
     MeshPiece withPointData(Array array) const;
     MeshPiece withCellData(Array array) const;
 
-    Array connectivity() const;
-    Array offsets() const;
-    Array types() const;
+    /// "connectivity", "offsets" and "types".
+    std::vector<Array> cellArrays() const;
 };
 
 } // namespace test

@@ -40,12 +40,6 @@ void writeFile(const std::filesystem::path& path, std::string_view bytes) {
         throw std::runtime_error("cannot write " + path.string());
 }
 
-void setByte(const std::filesystem::path& path, std::size_t position, std::uint8_t value) {
-    std::string bytes = readFile(path);
-    bytes.at(position) = static_cast<char>(value);
-    writeFile(path, bytes);
-}
-
 void truncate(const std::filesystem::path& path, std::size_t byteCount) {
     std::filesystem::resize_file(path, byteCount);
 }

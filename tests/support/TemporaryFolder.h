@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -29,8 +28,7 @@ private:
 std::string readFile(const std::filesystem::path& path);
 void writeFile(const std::filesystem::path& path, std::string_view bytes);
 
-/// Damage to a file that exists: one byte replaced, the end cut off.
-void setByte(const std::filesystem::path& path, std::size_t position, std::uint8_t value);
+/// Cuts the end off a file.
 void truncate(const std::filesystem::path& path, std::size_t byteCount);
 
 } // namespace test

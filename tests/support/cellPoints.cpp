@@ -3,6 +3,9 @@
 
 #include "tests/support/CellKind.h"
 
+#include <algorithm>
+#include <sstream>
+#include <string>
 #include <utility>
 
 namespace test {
@@ -10,30 +13,23 @@ namespace test {
 namespace {
 
 using Point = std::array<double, 3>;
-using Corners = std::vector<std::size_t>;
-
 struct Topology {
     std::vector<Point> corners;
-    std::vector<Corners> edges;
-    std::vector<Corners> faces;
+    /// Edges, faces and the cell itself, as far as nodes lie inside them, by their corners: both edges of a
+    /// quadrilateral in the same direction, and the lower face before the upper one.
+    const char* parts;
 };
 
-const Topology point{{{0, 0, 0}}, {}, {}};
-
 const std::array<Topology, 7> topologies{{
-    {{{0, 0, 0}, {1, 0, 0}}, {{0, 1}}, {}},
-    {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1}, {1, 2}, {2, 0}}, {{0, 1, 2}}},
-    {{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}, {{0, 1}, {1, 2}, {3, 2}, {0, 3}}, {{0, 1, 2, 3}}},
-    {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}},
-     {{0, 1}, {1, 2}, {2, 0}, {0, 3}, {1, 3}, {2, 3}},
-     {{0, 1, 3}, {2, 3, 1}, {0, 3, 2}, {0, 2, 1}}},
+    {{{0, 0, 0}, {1, 0, 0}}, "01"},
+    {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, "01 12 20 012"},
+    {{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}}, "01 12 32 03 0132"},
+    {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, "01 12 20 03 13 23 013 231 032 021"},
     {{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}},
-     {{0, 1}, {1, 2}, {3, 2}, {0, 3}, {4, 5}, {5, 6}, {7, 6}, {4, 7}, {0, 4}, {1, 5}, {2, 6}, {3, 7}},
-     {{0, 3, 7, 4}, {1, 2, 6, 5}, {0, 1, 5, 4}, {3, 2, 6, 7}, {0, 1, 2, 3}, {4, 5, 6, 7}}},
-    {{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0.5, 0.5, 1}}, {}, {}},
+     "01 12 32 03 45 56 76 47 04 15 26 37 0347 1256 0145 3276 0132 4576 01324576"},
+    {{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0.5, 0.5, 1}}, ""},
     {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}},
-     {{0, 1}, {1, 2}, {2, 0}, {3, 4}, {4, 5}, {5, 3}, {0, 3}, {1, 4}, {2, 5}},
-     {{0, 1, 2}, {3, 4, 5}, {0, 1, 4, 3}, {1, 2, 5, 4}, {2, 0, 3, 5}}},
+     "01 12 20 34 45 53 03 14 25 012 345 0134 1245 2053 012345"},
 }};
 
 Point mix(Point a, double weightOfB, Point b) {
@@ -43,75 +39,55 @@ Point mix(Point a, double weightOfB, Point b) {
     return sum;
 }
 
-std::vector<Point> between(Point a, Point b, int order) {
+/// Points inside a part: those of a triangle of up to order 4 lie around its centre; the others are layers.
+std::vector<Point> inside(const std::vector<Point>& corners, int order) {
+    if (corners.size() == 1)
+        return corners;
     std::vector<Point> points;
-    for (int step = 1; step < order; ++step)
-        points.push_back(mix(a, static_cast<double>(step) / order, b));
-    return points;
-}
-
-/// Points inside a face of up to order 4: those of a triangle lie around its centre, those of a quadrilateral in rows.
-std::vector<Point> inside(const std::vector<Point>& face, int order) {
-    std::vector<Point> points;
-    if (face.size() == 4) {
-        const auto left = between(face[0], face[3], order);
-        const auto right = between(face[1], face[2], order);
-        for (std::size_t row = 0; row < left.size(); ++row)
-            for (const Point& inRow : between(left[row], right[row], order))
-                points.push_back(inRow);
-    } else if (order >= 3) {
-        const Point centre = mix(mix(face[0], 0.5, face[1]), 1.0 / 3, face[2]);
-        for (const Point& corner : face)
+    if (corners.size() == 3) {
+        const Point centre = mix(mix(corners[0], 0.5, corners[1]), 1.0 / 3, corners[2]);
+        for (const Point& corner : corners)
             points.push_back(mix(centre, order == 3 ? 0 : 0.25, corner));
-        points.resize(order == 3 ? 1 : 3);
+        points.resize(order < 3 ? 0 : order == 3 ? 1 : 3);
+        return points;
     }
-    return points;
-}
-
-/// Points inside a cell: layers between its lower and its upper face, or the middle of a tetrahedron of order 4.
-std::vector<Point> inside(Shape shape, const std::vector<Point>& corners, int order) {
-    std::vector<Point> points;
-    if (shape == Shape::Tetrahedron && order == 4)
-        points.push_back({0.25, 0.25, 0.25});
-    for (int layer = 1; layer < order && (shape == Shape::Hexahedron || shape == Shape::Prism); ++layer) {
-        std::vector<Point> face;
-        for (std::size_t corner = 0; corner < corners.size() / 2; ++corner)
-            face.push_back(
-                mix(corners[corner], static_cast<double>(layer) / order, corners[corner + corners.size() / 2]));
-        for (const Point& inFace : inside(face, order))
-            points.push_back(inFace);
+    for (int layer = 1; layer < order; ++layer) {
+        std::vector<Point> section;
+        for (std::size_t low = 0, high = corners.size() / 2; high < corners.size(); ++low, ++high)
+            section.push_back(mix(corners[low], static_cast<double>(layer) / order, corners[high]));
+        for (const Point& point : inside(section, order))
+            points.push_back(point);
     }
     return points;
 }
 
 std::vector<Point> lattice(Shape shape, int order) {
-    const Topology& cell = shape == Shape::None ? point : topologies[static_cast<std::size_t>(shape)];
-    std::vector<Point> points = cell.corners;
-    const auto add = [&](const std::vector<Point>& more) { points.insert(points.end(), more.begin(), more.end()); };
-    for (const Corners& edge : cell.edges)
-        add(between(cell.corners[edge[0]], cell.corners[edge[1]], order));
-    for (const Corners& face : cell.faces) {
-        std::vector<Point> corners;
-        for (std::size_t corner : face)
-            corners.push_back(cell.corners[corner]);
-        add(inside(corners, order));
+    const auto& [corners, parts] = topologies[static_cast<std::size_t>(shape)];
+    std::vector<Point> points = corners;
+    std::istringstream words(parts);
+    for (std::string part; words >> part;) {
+        std::vector<Point> partCorners;
+        for (const char corner : part)
+            partCorners.push_back(corners[static_cast<std::size_t>(corner - '0')]);
+        for (const Point& point : inside(partCorners, order))
+            points.push_back(point);
     }
-    add(inside(shape, cell.corners, order));
+    if (shape == Shape::Tetrahedron && order == 4)
+        points.push_back({0.25, 0.25, 0.25});
     return points;
 }
 
 } // namespace
 
 std::vector<double> cellPoints(int type, int order) {
-    const std::vector<Point> points = lattice(cellKind(type).shape, order);
-    std::vector<std::size_t> places = nodeOrder(9, points.size(), {});
-    if (type == 8 || type == 11) // this order is its own inverse
-        places = nodeOrder(type, points.size(), {});
+    std::vector<Point> points = type == 1 ? std::vector<Point>(1) : lattice(cellKind(type).shape, order);
+    for (std::size_t corner = 2; corner < points.size() && (type == 8 || type == 11); corner += 4)
+        std::swap(points[corner], points[corner + 1]);
     if (type == 13) // the linear wedge alone has its upper triangle first
-        places = {3, 4, 5, 0, 1, 2};
+        std::rotate(points.begin(), points.begin() + 3, points.end());
     std::vector<double> coordinates;
-    for (std::size_t place : places)
-        coordinates.insert(coordinates.end(), points[place].begin(), points[place].end());
+    for (const Point& point : points)
+        coordinates.insert(coordinates.end(), point.begin(), point.end());
     return coordinates;
 }
 

@@ -2,8 +2,11 @@
 
 #include "tests/support/Mesh.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <string>
 #include <string_view>
@@ -27,7 +30,7 @@ struct Encoding {
     std::size_t lineLength = 0;
 
     bool appended() const { return format == Format::AppendedRaw || format == Format::AppendedBase64; }
-    /// For messages: "appended raw, zlib, big-endian, UInt64".
+    /// For messages: "appended raw, zlib in blocks of 32768, big-endian, UInt64".
     std::string name() const;
 };
 
@@ -42,7 +45,13 @@ std::string base64(std::string_view bytes);
 
 /// One value as the bytes of a file.
 template <class T>
-std::string valueBytes(T value, bool bigEndian);
+std::string valueBytes(T value, bool bigEndian) {
+    std::string bytes(sizeof value, '\0');
+    std::memcpy(bytes.data(), &value, sizeof value);
+    if (bigEndian != (std::endian::native == std::endian::big))
+        std::ranges::reverse(bytes);
+    return bytes;
+}
 
 /// The array's values as decimal text that reads back to the same values.
 std::string asciiText(const Array& array);

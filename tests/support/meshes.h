@@ -4,11 +4,11 @@
 
 namespace test {
 
+/// From 0 upwards.
+std::vector<std::int64_t> numbers(std::size_t count);
+
 /// One hexahedron in a unit cube, without arrays.
 MeshPiece hexahedron();
-
-/// A box of n by n by n hexahedra with a nodal "pressure" (Float32) and a cell-centred "cellNumber" (Int32).
-MeshPiece hexahedronBox(int n);
 
 /// One cell of an accepted type and an order that it comes in, with a nodal "u" (Float64).
 MeshPiece singleCell(int type, int order = 1);

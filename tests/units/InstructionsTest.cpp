@@ -5,90 +5,63 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace test {
 
 namespace {
 
-using veltra::vtk::VtkFileLoaderInstructions;
-using Items = std::vector<std::string>;
-
-class Instructions : public testing::Test {
-protected:
-    static VtkFileLoaderInstructions parse(const Items& items) {
-        veltra::toolbox::StringList list;
-        for (const std::string& item : items)
-            list.append(item);
-        return {std::make_shared<const std::string>("L"), list.get()};
-    }
-    static std::string failure(const Items& items) {
-        try {
-            parse(items);
-            return "none";
-        } catch (const veltra::kroutilutil::InvalidInstructionsException& error) {
-            return error.what();
-        }
-    }
-    static Items written(const VtkFileLoaderInstructions& instructions) {
-        veltra::toolbox::StringList list;
+/// What is written of instructions after they were read, or why they are refused. Items are separated by commas.
+std::string written(const std::string& instructions) {
+    veltra::toolbox::StringList list;
+    std::istringstream items(instructions);
+    for (std::string item; std::getline(items, item, ',');)
+        list.append(item);
+    try {
+        const veltra::vtk::VtkFileLoaderInstructions read{std::make_shared<const std::string>("L"), list.get()};
         list.append("earlier");
-        instructions.write(list);
-        Items items;
-        for (std::int64_t number = 1; number <= KroUtilStringListGetCount(list.get()); ++number)
-            items.emplace_back(KroUtilStringListGetRawStringPtr(list.get(), number));
-        return items;
+        read.write(list);
+    } catch (const veltra::kroutilutil::InvalidInstructionsException& error) {
+        return error.what();
     }
-    static Items after(const Items& items) {
-        Items all{"StandardSyntax", "1.0"};
-        all.insert(all.end(), items.begin(), items.end());
-        return all;
-    }
-
-    krohost::Host host;
-};
+    std::string text;
+    for (std::int64_t number = 1; number <= KroUtilStringListGetCount(list.get()); ++number)
+        text += (number > 1 ? "," : "") + std::string(KroUtilStringListGetRawStringPtr(list.get(), number));
+    return text;
+}
 
 } // namespace
 
-TEST_F(Instructions, AreRefusedWithTheseSentences) {
-    const std::string preamble = "L: Malformed or missing STANDARDSYNTAX preamble in the $!READDATASET command";
-    for (const Items& items : {Items{}, Items{"STANDARDSYNTAX"}, Items{"STANDARDSYNTAX", "1.00"}, Items{"X", "1.0"}})
-        EXPECT_EQ(failure(items), preamble);
-    const std::vector<std::pair<Items, std::string>> rows{
-        {{"FILENAME_FILE"}, "Invalid instruction, filename in FILENAME_FILE instruction"},
-        {{"SOLUTIONTIMESOURCE"}, "Missing SOLUTIONTIMESOURCE value for SOLUTIONTIMESOURCE instruction"},
-        {{"SOLUTIONTIMESOURCE", "file"},
-         "Unexpected value for SOLUTIONTIMESOURCE instruction. Found, \"FILE\" but was "
-         "expecting FROMFIELDDATA, FROMFILENAME, AUTO or NONE"},
-        {{"STRAND_ID"}, "Missing STRAND_ID value for STRAND_ID instruction"},
-        {{"STRAND_ID", "1x"},
-         "Unexpected value for STRAND_ID instruction. Found, \"1x\" but was expecting an integer value."},
-        {{"STRAND_ID", "2147483648"},
-         "Unexpected value for STRAND_ID instruction. Found, \"2147483648\" but was expecting an integer value."},
-        {{"Colour", "red"}, "Unrecognized load parameter: Colour"},
-        {{"SOLUTION_TIMES"}, "Missing count for SOLUTION_TIMES instruction"},
-        {{"FILELIST_DATAFILES", "0"}, "Bad or missing count for in FILELIST_DATAFILES instruction"},
-        {{"FILELIST_DATAFILES", "2x", "a", "b"}, "Bad or missing count for in FILELIST_DATAFILES instruction"},
-        {{"SOLUTION_TIMES", "2", "1"}, "Missing entries in SOLUTION_TIMES instruction"},
-        {{"SOLUTION_TIMES", "9223372036854775807", "1"}, "Missing entries in SOLUTION_TIMES instruction"}};
-    for (const auto& [items, message] : rows)
-        EXPECT_EQ(failure(after(items)), "L: " + message);
-}
-
-TEST_F(Instructions, AreWrittenInOneOrderWhateverTheOrderTheyCameIn) {
-    const std::vector<std::pair<Items, Items>> rows{
-        {{}, {"FILELIST_DATAFILES", "0"}},
-        {{"filename_file", "a b.vtu"}, {"FILENAME_FILE", "a b.vtu"}},
-        {{"SOLUTION_TIMES", "3", "0.0000001", "x", "2.5", "FileList_DataFiles", "2", "a", "b", "Strand_Id", "-7",
-          "SolutionTimeSource", "fromFileName"},
-         {"SOLUTIONTIMESOURCE", "FROMFILENAME", "STRAND_ID", "-7", "FILELIST_DATAFILES", "2", "a", "b",
-          "SOLUTION_TIMES", "2", "0.000000", "2.500000"}},
-        {{"SOLUTIONTIMESOURCE", "none", "SOLUTIONTIMESOURCE", "auto", "FILENAME_FILE", "a", "FILELIST_DATAFILES", "1",
-          "c"},
-         {"FILENAME_FILE", "c"}}};
-    for (const auto& [items, expected] : rows) {
-        Items all{"STANDARDSYNTAX", "1.0"};
-        all.insert(all.end(), expected.begin(), expected.end());
-        EXPECT_EQ(written(parse(after(items))), all);
-    }
+TEST(Instructions, AreWrittenInOneOrderOrRefusedWithASentence) {
+    krohost::Host host;
+    for (const char* items : {"", "STANDARDSYNTAX", "STANDARDSYNTAX,1.00", "X,1.0"})
+        EXPECT_EQ(written(items), "L: Malformed or missing STANDARDSYNTAX preamble in the $!READDATASET command");
+    const std::string badStrand = "L: Unexpected value for STRAND_ID instruction. Found, \"",
+                      notANumber = "\" but was expecting an integer value.";
+    const std::string badCount = "L: Bad or missing count for in FILELIST_DATAFILES instruction";
+    const std::vector<std::pair<std::string, std::string>> rows{
+        {"FILENAME_FILE", "L: Invalid instruction, filename in FILENAME_FILE instruction"},
+        {"SOLUTIONTIMESOURCE", "L: Missing SOLUTIONTIMESOURCE value for SOLUTIONTIMESOURCE instruction"},
+        {"SOLUTIONTIMESOURCE,file", "L: Unexpected value for SOLUTIONTIMESOURCE instruction. Found, \"FILE\" but was "
+                                    "expecting FROMFIELDDATA, FROMFILENAME, AUTO or NONE"},
+        {"STRAND_ID", "L: Missing STRAND_ID value for STRAND_ID instruction"},
+        {"STRAND_ID,1x", badStrand + "1x" + notANumber},
+        {"STRAND_ID,2147483648", badStrand + "2147483648" + notANumber},
+        {"Colour,red", "L: Unrecognized load parameter: Colour"},
+        {"SOLUTION_TIMES", "L: Missing count for SOLUTION_TIMES instruction"},
+        {"FILELIST_DATAFILES,0", badCount},
+        {"FILELIST_DATAFILES,2x,a,b", badCount},
+        {"SOLUTION_TIMES,2,1", "L: Missing entries in SOLUTION_TIMES instruction"},
+        {"SOLUTION_TIMES,9223372036854775807,1", "L: Missing entries in SOLUTION_TIMES instruction"},
+        {"", "STANDARDSYNTAX,1.0,FILELIST_DATAFILES,0"},
+        {"filename_file,a b.vtu", "STANDARDSYNTAX,1.0,FILENAME_FILE,a b.vtu"},
+        {"SOLUTION_TIMES,3,0.0000001,x,2.5,FileList_DataFiles,2,a,b,Strand_Id,-7,SolutionTimeSource,fromFileName",
+         "STANDARDSYNTAX,1.0,SOLUTIONTIMESOURCE,FROMFILENAME,STRAND_ID,-7,FILELIST_DATAFILES,2,a,b,SOLUTION_TIMES,2,"
+         "0.000000,2.500000"},
+        {"SOLUTIONTIMESOURCE,none,SOLUTIONTIMESOURCE,auto,FILENAME_FILE,a,FILELIST_DATAFILES,1,c",
+         "STANDARDSYNTAX,1.0,FILENAME_FILE,c"}};
+    for (const auto& [items, outcome] : rows)
+        EXPECT_EQ(written("StandardSyntax,1.0," + items), outcome);
 }
 
 } // namespace test

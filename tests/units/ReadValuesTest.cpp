@@ -1,5 +1,4 @@
 #include "streams/readValues.h"
-#include "mesh/VtkCell.h"
 
 #include "krohost/Host.h"
 #include "tests/host/streams.h"
@@ -17,33 +16,13 @@ namespace {
 
 using veltra::vtkfile::StreamReader;
 
-StreamReader binaryReader(const std::string& bytes, bool swapBytes = false) {
-    return StreamReader(byteStream(bytes), true, swapBytes);
-}
-
 /// The value as it arrives from a big-endian file.
 template <class Dst, class Src>
 Dst converted(Src value) {
-    StreamReader reader = binaryReader(valueBytes(value, true), true);
+    StreamReader reader(byteStream(valueBytes(value, true)), true, true);
     Dst stored{};
     reader.readValues<Dst, Src>(&stored, 1, 1, 0);
     return stored;
-}
-
-template <class Dst, class... Src>
-void expectPairings() {
-    for (const int value : {static_cast<int>(converted<Dst, Src>(Src{65}))...})
-        EXPECT_EQ(value, 65);
-}
-template <class Dst>
-void expectIntegerPairings() {
-    expectPairings<Dst, std::int8_t, std::uint8_t, std::int16_t, std::uint16_t, std::int32_t, std::uint32_t,
-                   std::int64_t, std::uint64_t>();
-}
-template <class... Dst>
-void expectAllPairings() {
-    (expectIntegerPairings<Dst>(), ...);
-    (expectPairings<Dst, float, double>(), ...);
 }
 
 std::vector<double> numbersOf(const std::string& text, std::size_t count) {
@@ -55,23 +34,23 @@ std::vector<double> numbersOf(const std::string& text, std::size_t count) {
 }
 
 /// The values (from 1) before which a call asks whether to go on.
-std::vector<int> pollPlaces(krohost::Host& host, std::size_t total, bool binary) {
+std::vector<int> pollPlaces(krohost::Host& host, int total, bool binary) {
     std::string source;
-    for (std::size_t value = 0; value < total; ++value)
+    for (int value = 0; value < total; ++value)
         source += binary ? "\1" : "1 ";
     std::vector<int> places;
     for (int poll = 1;; ++poll) {
-        host.clearInterrupt();
         host.interruptAtPoll(poll);
-        std::vector<std::uint8_t> values(total);
+        std::vector<std::uint8_t> values(static_cast<std::size_t>(total));
         try {
-            StreamReader(byteStream(source), binary, false)
-                .readValues<std::uint8_t, std::uint8_t>(values.data(), total, 1, 0);
-            host.clearInterrupt();
-            return places;
+            StreamReader reader(byteStream(source), binary, false);
+            reader.readValues<std::uint8_t, std::uint8_t>(values.data(), values.size(), 1, 0);
         } catch (const veltra::InterruptedException&) {
             places.push_back(static_cast<int>(std::ranges::count(values, 1)) + 1);
         }
+        host.clearInterrupt();
+        if (std::ssize(places) < poll)
+            return places;
     }
 }
 
@@ -79,22 +58,14 @@ std::vector<int> pollPlaces(krohost::Host& host, std::size_t total, bool binary)
 
 TEST(ReadValues, PollsBetweenValuesAtFixedPlaces) {
     krohost::Host host;
-    for (const bool binary : {false, true}) {
-        EXPECT_EQ(pollPlaces(host, 5, binary), (std::vector{2, 4}));
-        for (const int total : {0, 1, 2, 99, 100, 199, 200, 1000, 54321}) {
+    for (const bool binary : {false, true})
+        for (const int total : {0, 1, 2, 5, 99, 100, 199, 200, 1000, 54321}) {
             const int interval = total < 100 ? 1 : total / 100;
             std::vector<int> expected;
             for (int value = interval + 1; value <= total; value += interval + 1)
                 expected.push_back(value);
-            EXPECT_EQ(pollPlaces(host, static_cast<std::size_t>(total), binary), expected) << total;
+            EXPECT_EQ(pollPlaces(host, total, binary), expected) << total;
         }
-    }
-}
-
-TEST(ReadValues, ConvertsEveryPairingOfTypes) {
-    expectAllPairings<std::uint8_t, std::int16_t, std::int32_t, float, double>();
-    expectIntegerPairings<std::int64_t>();
-    expectIntegerPairings<veltra::vtkfile::VtkCell::Type>();
 }
 
 TEST(ReadValues, ConvertsWithoutRoundingAndWithoutRangeCheck) {
@@ -111,8 +82,7 @@ TEST(ReadValues, ConvertsWithoutRoundingAndWithoutRangeCheck) {
 }
 
 TEST(ReadValues, TakesOneComponentOfEveryTuple) {
-    std::string bytes;
-    std::string text;
+    std::string bytes, text;
     std::vector<int> expected[4];
     for (std::int16_t value = 0; value < 30000; ++value) {
         bytes += valueBytes(value, true);
@@ -124,28 +94,28 @@ TEST(ReadValues, TakesOneComponentOfEveryTuple) {
         for (const int component : {0, 1, 2, 3, -1}) {
             StreamReader reader(byteStream(binary ? bytes : text), binary, true);
             std::vector<int> values(10000, -1);
-            reader.readValues<std::int32_t, std::int16_t>(values.data(), values.size(), 3,
-                                                          static_cast<short>(component));
+            const auto read = [&] {
+                reader.readValues<int, std::int16_t>(values.data(), values.size(), 3, static_cast<short>(component));
+            };
+            read();
             EXPECT_TRUE(values == expected[component & 3]) << component;
             EXPECT_TRUE(reader.isTextExhausted());
-            EXPECT_THROW((reader.readValues<std::int32_t, std::int16_t>(values.data(), 1, 1, 0)),
-                         veltra::ExceptionBase);
+            EXPECT_THROW(read(), veltra::ExceptionBase);
         }
 }
 
 TEST(ReadValues, KeepsWhatWasStoredBeforeAFailure) {
-    const auto stored = []<class Dst>(Dst unset, const std::string& source, bool binary, bool swapBytes) {
-        StreamReader reader(byteStream(source), binary, swapBytes);
-        std::vector<Dst> values(4, unset);
-        EXPECT_ANY_THROW((reader.readValues<Dst, std::int32_t>(values.data(), 4, 1, 0)));
-        return std::vector<int>(values.begin(), values.end());
-    };
     for (const bool bigEndian : {false, true}) {
-        const std::string bytes =
-            valueBytes(std::int32_t{1}, bigEndian) + valueBytes(std::int32_t{2}, bigEndian) + "ab";
-        EXPECT_EQ(stored(std::int32_t{-1}, bytes, true, bigEndian)[1], 2);
-        EXPECT_EQ(stored(double{-1}, bytes, true, bigEndian), (std::vector{1, 2, -1, -1}));
-        EXPECT_EQ(stored(std::int32_t{-1}, "1 2 x 4", false, bigEndian), (std::vector{1, 2, -1, -1}));
+        const auto stored = [&]<class Dst>(Dst unset, const std::string& source, bool binary) {
+            StreamReader reader(byteStream(source), binary, bigEndian);
+            std::vector<Dst> values(4, unset);
+            EXPECT_ANY_THROW((reader.readValues<Dst, std::int32_t>(values.data(), 4, 1, 0)));
+            return std::vector<int>(values.begin(), values.end());
+        };
+        const std::string bytes = valueBytes(1, bigEndian) + valueBytes(2, bigEndian) + "ab";
+        EXPECT_EQ(stored(-1, bytes, true)[1], 2);
+        EXPECT_EQ(stored(-1.0, bytes, true), (std::vector{1, 2, -1, -1}));
+        EXPECT_EQ(stored(-1, "1 2 x 4", false), (std::vector{1, 2, -1, -1}));
     }
 }
 

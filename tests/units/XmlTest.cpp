@@ -1,4 +1,3 @@
-#include "mesh/VtkCell.h"
 #include "xml/VtkFileXMLParser.h"
 
 #include "host/exceptions.h"
@@ -10,6 +9,7 @@ namespace test {
 
 namespace {
 
+using namespace std::string_literals;
 using namespace veltra::vtkfile;
 
 struct NoProgress final : ParseProgress {
@@ -39,18 +39,17 @@ DataArray lastArray(const std::string& text) {
 } // namespace
 
 TEST(Records, KnowToTheByteWhereInlineTextStands) {
-    const std::string space(700'000, ' '); // longer than the buffer
+    const std::string space(700'000, ' '), ends(700'000, '>'); // longer than the buffer
     for (const std::string& before :
-         {std::string(), std::string("<!-- a < b > c -->"), std::string("<![CDATA[ a > b ]]>"),
-          std::string("&lt; text &amp; more > and more"), "<Comment>" + space + "</Comment>",
-          std::string("<DataArray/><DataArray></DataArray>"), "<DataArray>" + space + "7 8</DataArray>",
-          std::string("<Array type='String' Name='a>b'> 1 </Array>"), std::string("<?pi a > b ?>"),
-          std::string("<DataArray>1<InformationKey name='n'>2</InformationKey></DataArray>")})
+         {""s, "<!-- a < b > c -->"s, "<![CDATA[ <a> ]>]]]>"s, "<?pi <a> b ?>"s, "&lt; text &amp; more > and more"s,
+          "<Comment>" + space + "</Comment>", "<DataArray/><DataArray></DataArray>"s,
+          "<DataArray>" + space + "7 8</DataArray>", "<Array type='String' Name='a>b'> 1 </Array>"s,
+          "<DataArray>1<InformationKey name='n'>2</InformationKey></DataArray>"s})
         for (const char* tag : {"<DataArray>", "<DataArray Name='a > b'>", "<DataArray\n\ttype = \"Int8\"\n>"})
-            for (const std::string& blanks : {std::string(), std::string("\n\t "), space})
-                for (const char* start : {"", "\xEF\xBB\xBF<?xml version='1.0'?>\r\n"}) {
-                    const std::string text =
-                        start + withPointData(before + tag + blanks + "1.25 2 \n</DataArray>") + "</VTKFile>";
+            for (const std::string& blanks : {""s, "\n\t "s, space})
+                for (const std::string& start : {""s, "\xEF\xBB\xBF<?xml version='1.0'?>\r\n<!--" + ends + "-->"}) {
+                    const std::string text = start + withPointData(before + tag + blanks + "1.25 2 \n</DataArray>") +
+                                             "</VTKFile><!--" + ends + "-->";
                     const DataArray array = lastArray(text);
                     EXPECT_EQ(array.offset, text.find("1.25")) << before.substr(0, 80) << tag;
                     EXPECT_EQ(array.length, 8);
@@ -58,19 +57,15 @@ TEST(Records, KnowToTheByteWhereInlineTextStands) {
 }
 
 TEST(Records, OfAppendedArraysAreCountedFromTheUnderscore) {
-    for (const char* offset : {"120", "120     ", "\n120"})
-        for (const char* between : {"_", "\n   _", " <>&\xFF _"}) {
-            const std::string text =
-                withPointData("<DataArray format='appended' offset='" + std::string(offset) + "'/>",
-                              "header_type='UINT64' byte_order='bigendian'") +
-                "<AppendedData encoding='Raw'>" + between + "<<not XML";
-            const DataArray array = lastArray(text);
-            EXPECT_EQ(array.offset, text.rfind('_') + 1 + 120);
-            EXPECT_TRUE(array.appendedRaw && array.bigEndian && array.headerSize == 8 && array.length == 0);
-        }
-    const DataArray array = lastArray(withPointData("<DataArray format='appended' offset=' '/>") + "</VTKFile>");
-    EXPECT_EQ(array.offset, 0);
-    EXPECT_FALSE(array.appendedRaw);
+    for (const char* between : {"_", "\n   _", " <>&\xFF _"}) {
+        const std::string text =
+            withPointData("<DataArray format='appended' offset='\n120'/>", "header_type='UINT64'") +
+            "<AppendedData encoding='Raw'>" + between + "<<not XML";
+        const DataArray array = lastArray(text);
+        EXPECT_EQ(array.offset, text.rfind('_') + 1 + 120);
+        EXPECT_TRUE(array.appendedRaw && array.headerSize == 8 && array.length == 0);
+    }
+    EXPECT_EQ(lastArray(withPointData("<DataArray format='appended' offset=' '/>") + "</VTKFile>").offset, 0);
 }
 
 TEST(Records, HaveDefaults) {
@@ -79,32 +74,37 @@ TEST(Records, HaveDefaults) {
         "<datAarray/><PPointData><DataArray/></PPointData><CellData><DataArray name='low' Name='high'/>"
         "</CellData></Piece><FieldData><DataArray NumberOfComponents='3'> 1 2 3</DataArray></FieldData></VTKFile>");
     EXPECT_EQ(parsed.parser.header().title, "\x01");
-    const Piece& piece = parsed.parser.pieces().at(0);
-    EXPECT_EQ(piece.name, "wing");
-    EXPECT_EQ(piece.numberOfPoints, 0);
-    ASSERT_EQ(piece.variables.size(), 1);
-    const DataArray& array = piece.variables[0];
-    EXPECT_EQ(*array.name, "low");
-    EXPECT_TRUE(array.numberOfTuples == 4 && array.numberOfComponents == 1 && array.type == DataArrayType::Float32 &&
-                array.format == DataArrayFormat::Ascii && array.valueLocation == ValueLocation_CellCentered &&
-                array.headerSize == 4 && !array.compressed && !array.bigEndian);
-    EXPECT_EQ(piece.points.valueLocation, ValueLocation_None);
     EXPECT_EQ(parsed.parser.fieldData().at(0).numberOfTuples, 1);
+    const Piece& piece = parsed.parser.pieces().at(0);
+    EXPECT_TRUE(piece.name == "wing" && piece.numberOfPoints == 0 && piece.variables.size() == 1);
+    const DataArray& array = piece.variables.at(0);
+    EXPECT_TRUE(*array.name == "low" && array.numberOfTuples == 4 && array.numberOfComponents == 1 &&
+                array.type == DataArrayType::Float32 && array.format == DataArrayFormat::Ascii &&
+                array.valueLocation == ValueLocation_CellCentered && !array.compressed && !array.bigEndian);
+    EXPECT_EQ(piece.points.valueLocation, ValueLocation_None);
 }
 
 TEST(Documents, ThatEndEarlyOrNeverAreRefused) {
-    for (const std::string& text : {std::string("<VTKFile type='Unstr"), std::string("<V"), std::string("\xFF\xFE"),
-                                    "<VTKFile a='" + std::string(2'000'000, 'x') + "'/>",
-                                    "<VTKFile type='UnstructuredGrid'><!--" + std::string(2'000'000, '>')})
-        EXPECT_THROW(Parsed{text}, veltra::IOException) << text.substr(0, 20);
-}
-
-TEST(Catalogue, NamesEveryCode) {
-    const std::vector<std::pair<int, const char*>> rows{
-        {0, "Empty Cell"},         {16, "Hexagonal Prism"}, {17, "Unknown"}, {42, "Polyhedron"}, {59, "Unknown"},
-        {60, "Higher Order Edge"}, {81, "Bezier Pyramid"},  {82, "Unknown"}, {255, "Unknown"}};
-    for (const auto& [code, name] : rows)
-        EXPECT_EQ(VtkCell::typeName(static_cast<VtkCell::Type>(code)), name);
+    std::string nested;
+    for (int depth = 0; depth < 1001; ++depth)
+        nested += "<a>";
+    const std::string illFormed = "The XML data is ill formed. ";
+    const std::vector<std::pair<std::string, std::string>> rows{
+        {"<VTKFile type='Unstr", ""},
+        {"<V", ""},
+        {"\xFF\xFE", ""},
+        {"<VTKFile type='UnstructuredGrid'><!--" + std::string(2'000'000, '>'), ""},
+        {"<VTKFile a='" + std::string(0x10000, 'x') + "'/>", illFormed + "A tag is longer than 65536 bytes"},
+        {"<?xml version='1.0'?><VTKFile a='" + std::string(1001, '>') + "'/>",
+         illFormed + "A tag holds more than 1000 \">\" characters"},
+        {nested, illFormed + "Elements are nested more than 1000 deep"}};
+    for (const auto& [text, message] : rows)
+        try {
+            Parsed{text};
+            ADD_FAILURE() << text.substr(0, 20);
+        } catch (const veltra::IOException& error) {
+            EXPECT_TRUE(std::string(error.what()).starts_with(message)) << error.what();
+        }
 }
 
 } // namespace test
