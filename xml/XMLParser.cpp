@@ -102,6 +102,7 @@ struct XMLParser::Impl {
     std::uint64_t position = 0;      // in the stream, behind the last byte fed or passed over
     bool lookAhead = false;          // `position` is one byte too far
     bool emptyElement = false;       // the last tag fed ended in "/>"
+    bool declarationFed = false;
     bool rootBegun = false;
     std::size_t depth = 0;           // of open elements
     std::size_t openMarkupBytes = 0; // fed since the last whole token; not 0 within a tag or comment
@@ -184,6 +185,7 @@ struct XMLParser::Impl {
         position = stream->position();
         lookAhead = false;
         emptyElement = pending.endsWith("/>");
+        declarationFed = declarationFed || (pending.contains("<?xml") && pending.endsWith("?>"));
         if (pending.isEmpty())
             return false;
         reader.addData(pending);
@@ -196,7 +198,9 @@ struct XMLParser::Impl {
         while (token == QXmlStreamReader::Invalid && reader.error() == QXmlStreamReader::PrematureEndOfDocumentError &&
                feedTag())
             token = reader.readNext();
-        if (token != QXmlStreamReader::Invalid)
+        // Without a declaration the reader announces the document at the first `>`, which may be within the root's tag.
+        const bool announced = token == QXmlStreamReader::StartDocument && !declarationFed;
+        if (token != QXmlStreamReader::Invalid && !announced)
             openMarkupBytes = innerEndCount = 0;
     }
 };

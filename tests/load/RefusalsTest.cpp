@@ -39,11 +39,6 @@ std::string duplicate(const std::string& name) {
 std::string unsupportedCell(const std::string& name) {
     return "VTK cell type \"" + name + "\" is not yet supported by the VTK loader";
 }
-std::string mixedDimensions(const std::string& name, const std::string& dimension, const std::string& previous) {
-    return "VTK cell type \"" + name + "\" has a dimensionality of " + dimension +
-           " but one or more cells of dimensionality " + previous +
-           " have already been discovered in this VTK file. All cell types of a zone must have the same dimensionality";
-}
 std::string badNodeCount(const std::string& name, const std::string& count) {
     return "Veltra supports P1 through P4 high-order Lagrange elements. The VTK cell type \"" + name + "\" has " +
            count + " nodes and is not yet supported";
@@ -170,8 +165,9 @@ TEST(Refusals, OfMeshesHaveTheseTexts) {
          {withCells("7:3"), unsupportedCell("Polygon")},
          {withCells("81:3"), unsupportedCell("Bezier Pyramid")},
          {withCells("82:3"), unsupportedCell("Unknown")},
-         {withCells("5:3 10:4"), mixedDimensions("Tetra", "3", "2")},
-         {withCells("5:3 1:1 3:2"), mixedDimensions("Line", "1", "2")},
+         {withCells("5:3 10:4"),
+          "VTK cell type \"Tetra\" has a dimensionality of 3 but one or more cells of dimensionality 2 have already "
+          "been discovered in this VTK file. All cell types of a zone must have the same dimensionality"},
          {withCells("21:2"), badNodeCount("Quadratic Edge", "2")},
          {sound().values("offsets", {8, 14, 19, 3}), badNodeCount("Tetra", "-16")},
          {withCells("1:1 10:4 12:8 13:6 14:5 71:4 71:10 71:20 71:35 72:8 72:27 72:64 72:125 73:6 73:18 73:40 73:75"),
@@ -187,15 +183,12 @@ TEST(Refusals, OfDemandsHaveTheseTexts) {
     expectRefusals("",
                    {{withText("pressure", "1 2 abc"), badNumber + "\"abc\" is not a number", "pressure"},
                     {withText("connectivity", "1 2 abc"), badNodeNumber + "\"abc\" is not a whole number", "node map"},
-                    {withText("material", "1 2 3"), badNumber + "\"\" is not a whole number", "material"},
                     {withText("material", "4000000000 2 3 4"), numberTooLarge + "0 to 255", "material"},
                     {sound().attribute("connectivity", "type", "Int32").inlineText("connectivity", "4000000000"),
                      numberTooLarge + "-2147483648 to 2147483647", "node map"}});
     const std::string beyond = sound().appendedRaw().attribute("material", "offset", "18446744073709551615").text();
     expectRefusals(inputError,
-                   {{withText("material", "1 2 3 4 5"),
-                     "DataArray \"material\" holds more than the 4 values that are needed", "material"},
-                    {sound().base64().values("material", {1, 2, 3}),
+                   {{sound().base64().values("material", {1, 2, 3}),
                      "DataArray \"material\" holds 3 values but 4 are needed", "material"},
                     {sound().base64().inlineText("material", "BAAAAA==AQ*CAw=="),
                      "Found \"*\" in base64 text where a letter, digit, \"+\", \"/\" or padding with \"=\" is expected",
