@@ -12,8 +12,8 @@ namespace {
 
 using ui::TaskProgress;
 
-/// What the host shows, and what it has been told of late: a load may have many thousands of steps, a display but a
-/// few hundred points.
+/// What the host shows, and what it has been told of late. Fractions that nobody could tell apart are kept from it: a
+/// load may have many thousands of steps, a display but a few hundred points.
 class Display {
 public:
     Display() { KroUtilProgressStart(text_.c_str()); }

@@ -5,9 +5,9 @@
 #include "streams/dataArrayReader.h"
 
 #include "host/exceptions.h"
+#include "xml/equalsIgnoringCase.h"
 
 #include <boost/algorithm/string/case_conv.hpp>
-#include <boost/algorithm/string/predicate.hpp>
 
 #include <algorithm>
 #include <limits>
@@ -19,10 +19,6 @@
 namespace veltra::vtkfile {
 
 namespace {
-
-bool equalsIgnoringCase(const std::string& left, const std::string& right) {
-    return boost::algorithm::iequals(left, right, std::locale::classic());
-}
 
 /// The host counts in signed 64 bits.
 std::uint64_t sum(const std::vector<Piece>& pieces, std::uint64_t Piece::*count, const char* overflowMessage) {

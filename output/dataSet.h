@@ -22,12 +22,13 @@ struct DataSetRequest {
     vtk::SolutionTimeSource timeSource = vtk::SolutionTimeSource::Auto;
 };
 
-/// Throws IOException when the records of a zone contradict each other or two of its arrays have one name, before the
-/// host has been asked for anything.
-///
 /// Makes the host's dataset from the zones of a load, or adds them to it, and refills `variables` with what the dataset
 /// then holds. False when the host refuses something, which it shows itself, or when no zone came of it, which is shown
-/// here. Throws what registerZones() throws; the zones registered before stay. [main thread, host locked]
+/// here.
+///
+/// Throws IOException, before the host has been asked for anything, when the records of a zone contradict each other or
+/// two of its arrays have one name; then what registerZones() throws, and the zones registered before stay.
+/// [main thread, host locked]
 bool buildDataSet(const DataSetRequest& request, const LoadedFiles& loaded, kroutildataio_utils::VariableMap& variables,
                   ui::TaskProgress& progress);
 

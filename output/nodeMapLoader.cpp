@@ -5,7 +5,6 @@
 #include "mesh/CellReader.h"
 
 #include "streams/dataArrayReader.h"
-#include "streams/elementTypes.h"
 #include "streams/messages.h"
 
 #include <algorithm>

@@ -1,14 +1,12 @@
 #include "xml/VtkFileXMLParser.h"
 
+#include "xml/equalsIgnoringCase.h"
 #include "xml/messages.h"
 
 #include "host/exceptions.h"
 
-#include <boost/algorithm/string/predicate.hpp>
-
 #include <algorithm>
 #include <array>
-#include <locale>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -33,10 +31,6 @@ constexpr std::array<FormatName, 3> formatNames{
 /// In the order of DataArrayType.
 constexpr std::array<std::string_view, dataArrayTypeCount> typeNames{"Int8",   "UInt8", "Int16",  "UInt16",  "Int32",
                                                                      "UInt32", "Int64", "UInt64", "Float32", "Float64"};
-
-bool equalsIgnoringCase(const std::string& left, const char* right) {
-    return boost::algorithm::iequals(left, right, std::locale::classic());
-}
 
 DataArrayFormat arrayFormat(const std::string& value) {
     const auto found = std::find_if(formatNames.begin(), formatNames.end(),
