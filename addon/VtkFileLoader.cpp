@@ -131,10 +131,8 @@ bool VtkFileLoader::replay(const KroStringList* instructions) {
 
 bool VtkFileLoader::loadSelectedFiles(const KroStringList* fileNames) {
     VtkFileLoaderInstructions instructions;
-    const std::int64_t count = KroUtilStringListGetCount(fileNames);
-    for (std::int64_t number = 1; number <= count; ++number)
-        instructions.files.push_back(
-            std::make_shared<const boost::filesystem::path>(KroUtilStringListGetRawStringPtr(fileNames, number)));
+    for (const std::string& fileName : toolbox::items(fileNames))
+        instructions.files.push_back(std::make_shared<const boost::filesystem::path>(fileName));
     return impl_->load(instructions, true);
 }
 

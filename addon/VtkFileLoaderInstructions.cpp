@@ -70,13 +70,8 @@ double toTime(const std::string& text) {
 /// Walks the items of an instruction list from the first to the last.
 class Parser {
 public:
-    Parser(const std::string& loaderName, const KroStringList* list) : loaderName_(loaderName) {
-        const std::int64_t count = KroUtilStringListGetCount(list);
-        for (std::int64_t number = 1; number <= count; ++number) {
-            const char* item = KroUtilStringListGetRawStringPtr(list, number);
-            items_.emplace_back(item ? item : "");
-        }
-    }
+    Parser(const std::string& loaderName, const KroStringList* list)
+        : loaderName_(loaderName), items_(toolbox::items(list)) {}
 
     void parse(VtkFileLoaderInstructions& instructions) {
         if (items_.size() < 2 || !isKeyword(items_[0], preamble) || items_[1] != preambleVersion)

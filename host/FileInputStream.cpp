@@ -36,11 +36,11 @@ FileStreamBase::FileStreamBase(const boost::filesystem::path& path) : path_(path
     if (descriptor_ == -1 || ::fstat(descriptor_, &status) == -1) {
         const int code = errno;
         FileStreamBase::close();
-        throw IOException(unableToOpen(path.string(), systemReason(code)));
+        throw FileAccessException(unableToOpen(path.string(), systemReason(code)));
     }
     if (!S_ISREG(status.st_mode)) {
         FileStreamBase::close();
-        throw IOException(
+        throw FileAccessException(
             unableToOpen(path.string(), S_ISDIR(status.st_mode) ? systemReason(EISDIR) : notARegularFile));
     }
     byteCount_ = static_cast<std::uint64_t>(status.st_size);
@@ -58,15 +58,17 @@ std::size_t FileStreamBase::readAt(std::uint64_t position, std::uint8_t* dst, st
     const ssize_t count = retried(
         [&] { return ::pread(descriptor_, dst, std::min(byteCount, pieceByteCount), static_cast<off_t>(position)); });
     if (count == -1)
-        throw IOException(unableToRead(path_.string(), systemReason(errno)));
+        throw FileAccessException(unableToRead(path_.string(), systemReason(errno)));
     return static_cast<std::size_t>(count);
 }
 
 void FileInputStream::read(std::uint8_t* dst, std::size_t byteCount) {
     while (byteCount > 0) {
-        const std::size_t count = remaining() == 0 ? 0 : readAt(position_, dst, std::min(byteCount, remaining()));
-        if (count == 0)
+        if (remaining() == 0)
             throw IOException(unexpectedEndOfFile(path_.string()));
+        const std::size_t count = readAt(position_, dst, std::min(byteCount, remaining()));
+        if (count == 0)
+            throw FileAccessException(unexpectedEndOfFile(path_.string()));
         position_ += count;
         dst += count;
         byteCount -= count;

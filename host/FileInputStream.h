@@ -18,10 +18,10 @@ public:
     void close() override;
 
 protected:
-    /// Throws IOException, naming the path and the system's reason, unless the path is a regular file that opens.
+    /// Throws FileAccessException, naming the path and the reason, unless the path is a regular file that opens.
     explicit FileStreamBase(const boost::filesystem::path& path);
 
-    /// Reads up to `byteCount` bytes at a place in the file; 0 at the file's end. Throws IOException.
+    /// Reads up to `byteCount` bytes at a place in the file; 0 at its end. Throws FileAccessException.
     std::size_t readAt(std::uint64_t position, std::uint8_t* dst, std::size_t byteCount) const;
 
     boost::filesystem::path path_;
@@ -30,7 +30,7 @@ protected:
 };
 
 /// The bytes of a file, straight from the system. A file that has shrunk since it was opened ends a read with
-/// IOException.
+/// FileAccessException.
 class FileInputStream final : public FileStreamBase, public InputStreamInterface {
 public:
     explicit FileInputStream(const boost::filesystem::path& path) : FileStreamBase(path) {}

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace veltra::toolbox {
 
@@ -28,5 +29,8 @@ private:
 
     std::unique_ptr<KroStringList, Deleter> list_;
 };
+
+/// The strings of a list that belongs to somebody else; empty ones in place of those that the host does not give.
+std::vector<std::string> items(const KroStringList* list);
 
 } // namespace veltra::toolbox

@@ -21,6 +21,12 @@ public:
     using ExceptionBase::ExceptionBase;
 };
 
+/// A file that the system does not open or read, or that has shrunk since it was opened.
+class FileAccessException : public IOException {
+public:
+    using IOException::IOException;
+};
+
 /// The user asked to stop. Not an error: nobody shows it.
 class InterruptedException : public ExceptionBase {
 public:

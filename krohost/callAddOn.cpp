@@ -3,14 +3,18 @@
 #include <fmt/format.h>
 
 #include <exception>
+#include <utility>
 
 namespace krohost {
 
 namespace {
 
+thread_local CodeScope::Owner owner = CodeScope::Owner::host;
+
 std::optional<KroBool> catchAll(Journal& journal, const std::string& name,
                                 const std::function<std::optional<KroBool>()>& call) {
     try {
+        const CodeScope scope{CodeScope::Owner::addOn};
         return call();
     } catch (const std::exception& exception) {
         journal.violation(fmt::format("an exception left {}: {}", name, exception.what()));
@@ -21,6 +25,16 @@ std::optional<KroBool> catchAll(Journal& journal, const std::string& name,
 }
 
 } // namespace
+
+CodeScope::CodeScope(Owner newOwner) noexcept : outer_{std::exchange(owner, newOwner)} {}
+
+CodeScope::~CodeScope() {
+    owner = outer_;
+}
+
+CodeScope::Owner CodeScope::current() noexcept {
+    return owner;
+}
 
 bool callAddOn(Journal& journal, const std::string& name, const std::string& arguments,
                const std::function<std::optional<KroBool>()>& call) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "krohost/HostState.h"
+#include "krohost/callAddOn.h"
 #include "krohost/contract.h"
 #include "krohost/entries.h"
 
@@ -31,6 +32,7 @@ void writeCall(HostState& host, std::size_t entryIndex, const std::string& argum
 /// line (giving `failure`) and writes the call to the journal with what `describe()` says about its arguments.
 template <std::size_t entryIndex, class Result, class Describe, class Body>
 Result guarded(Result failure, const Describe& describe, const Body& body) noexcept {
+    const CodeScope scope{CodeScope::Owner::host};
     HostState* host = HostState::current();
     if (!host)
         return failure;

@@ -54,7 +54,7 @@ inline constexpr std::array entries{
     Entry{"KroUtilDataSetGetNumZones", Caller::mainThreadLocked, Refusal::impossible},
     Entry{"KroUtilDataSetAddVar", Caller::mainThreadLocked, Refusal::possible},
     Entry{"KroUtilVarGetName", Caller::mainThreadLocked, Refusal::possible},
-    Entry{"KroUtilVarGetValueLocation", Caller::mainThreadLocked, Refusal::possible},
+    Entry{"KroUtilVarGetValueLocation", Caller::mainThreadLocked, Refusal::impossible},
     Entry{"KroUtilDataSetAddZoneX", Caller::mainThreadLocked, Refusal::possible},
     Entry{"KroUtilZoneSetAuxData", Caller::mainThreadLocked, Refusal::possible},
     Entry{"KroUtilDataValueCustomLOD", Caller::mainThreadLocked, Refusal::possible},

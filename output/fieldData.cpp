@@ -53,6 +53,8 @@ std::vector<NameValuePair> readFieldData(const std::vector<DataArray>& arrays) {
         try {
             if (std::optional<std::string> value = singleValue(array))
                 pairs.emplace_back(*array.name, std::move(*value));
+        } catch (const FileAccessException&) {
+            throw;
         } catch (const IOException&) {
             // A remark that cannot be read does not keep the mesh from its user.
         }

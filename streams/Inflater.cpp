@@ -26,9 +26,10 @@ std::size_t Inflater::inflate(std::span<const std::uint8_t> compressed, std::spa
                                    &byteCount) == LIBDEFLATE_SUCCESS)
         return byteCount;
     // libdeflate says nothing of how far it came. zlib does, and what it leaves behind is what the loader always gave
-    // for damaged blocks; its result code is therefore not looked at.
+    // for damaged blocks; its result code therefore tells only of memory.
     uLongf produced = room.size();
-    uncompress(room.data(), &produced, compressed.data(), compressed.size());
+    if (uncompress(room.data(), &produced, compressed.data(), compressed.size()) == Z_MEM_ERROR)
+        throw std::bad_alloc();
     return produced;
 }
 

@@ -41,27 +41,6 @@ TEST(HostCalls, ReadNoValuesBeforeTheHostAsks) {
     EXPECT_EQ(load.host.dialogs().size(), 9);
 }
 
-TEST(HostCalls, MayEachBeRefused) {
-    std::vector<std::pair<std::string_view, std::int64_t>> calls;
-    {
-        Load load{everyCall()};
-        ASSERT_TRUE(demandsSucceed(load)) << load.dialog();
-        for (const krohost::Entry& entry : krohost::entries)
-            for (std::int64_t call = load.host.callCount(entry.name); call > 0; --call)
-                if (entry.refusal != krohost::Refusal::impossible)
-                    calls.emplace_back(entry.name, call);
-    }
-    for (const auto& [name, call] : calls) {
-        SCOPED_TRACE(std::string(name) + " refused at call " + std::to_string(call));
-        Load load{everyCall(), {}, [name = name, call = call](Host& host) { host.refuse(name, call); }};
-        EXPECT_FALSE(load.loaded() && demandsSucceed(load) && name.starts_with("KroUtilData"));
-        EXPECT_LE(load.host.dialogs().size(), 1) << load.dialog();
-        const std::size_t dialogsBefore = load.host.dialogs().size();
-        EXPECT_TRUE(load.loadAgain() && demandsSucceed(load)) << load.dialog();
-        EXPECT_EQ(load.host.dialogs().size(), dialogsBefore);
-    }
-}
-
 TEST(HostCalls, ThatAreRefusedFailTheLoadWithTheseDialogs) {
     const std::string refused = ": the host was told to refuse this call";
     const std::string noData = "VTK Data Loader: None of the VTK files provided any data";
@@ -87,23 +66,6 @@ TEST(HostCalls, ThatAreRefusedFailTheLoadWithTheseDialogs) {
         EXPECT_FALSE(load.host.load({1, variable}));
         EXPECT_EQ(load.dialog(), "VTK Data Loader: Insufficient memory resources available to read data from the input "
                                  "stream.\nReason: std::bad_alloc");
-    }
-}
-
-TEST(Interrupt, EndsALoadAnywhereWithoutADialog) {
-    for (const auto arm : {&Host::interruptAtPoll, &Host::interruptAtProgressUpdate}) {
-        bool isInterrupted = true;
-        std::int64_t place = 0;
-        while (isInterrupted && ++place < 1000) {
-            Load load{everyCall(), {}, [&](Host& host) { (host.*arm)(place); }};
-            isInterrupted = Host::isInterrupted();
-            EXPECT_EQ(load.loaded(), !isInterrupted) << place;
-            EXPECT_EQ(load.dialog(), "");
-            load.host.clearInterrupt();
-            EXPECT_TRUE(load.loadAgain()) << load.dialog();
-        }
-        EXPECT_GT(place, 3);
-        EXPECT_LT(place, 1000);
     }
 }
 

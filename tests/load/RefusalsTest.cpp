@@ -1,9 +1,13 @@
 #include "tests/load/Load.h"
 #include "tests/support/meshes.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <sstream>
+
+#include <sys/stat.h>
 
 namespace test {
 
@@ -54,7 +58,7 @@ VtuBuilder with(const char* element, const char* attribute, std::optional<std::s
 VtuBuilder withText(const char* array, const char* text) {
     return sound().inlineText(array, text);
 }
-VtuBuilder withMarkup(const char* from, const char* to) {
+VtuBuilder withMarkup(const char* from, const std::string& to) {
     return sound().markup(from, to);
 }
 std::string cutBehind(const std::string& end) {
@@ -83,6 +87,13 @@ VtuBuilder withCells(const char* cells) {
     return vtu().piece(piece);
 }
 
+std::string repeated(const std::string& text, int count) {
+    std::string repetition;
+    while (count-- > 0)
+        repetition += text;
+    return repetition;
+}
+
 struct Refusal {
     Files file;
     std::string dialog;
@@ -106,7 +117,7 @@ void expectRefusals(const std::string& beginning, const std::vector<Refusal>& re
 } // namespace
 
 TEST(Refusals, OfDocumentsHaveTheseTexts) {
-    const std::string expected = "; expected it to be ";
+    const std::string expected = "; expected it to be ", illFormed = "The XML data is ill formed. ";
     expectRefusals(
         fileError,
         {{""s, "Failed to open VTK file for reading"},
@@ -126,7 +137,7 @@ TEST(Refusals, OfDocumentsHaveTheseTexts) {
           "VTKFile's header_type \"UInt16\" is unknown" + expected + "\"UInt32\" (default if missing) or \"UInt64\""},
          {with("pressure", "format", "hex"), "DataArray format \"hex\" is not yet supported"},
          {with("pressure", "type", "float32"), "DataArray type \"float32\" is not yet supported"},
-         {cutBehind("ascii\">\n          "), "The XML data is ill formed. Unable to locate opening tag"},
+         {cutBehind("ascii\">\n          "), illFormed + "Unable to locate opening tag"},
          {withMarkup("</Points>", "<DataArray> 1 </DataArray></Points>"),
           "The Points element expects only 1 DataArray elements"},
          {sound().appendedRaw().attribute("AppendedData", "encoding", "zip"),
@@ -136,7 +147,14 @@ TEST(Refusals, OfDocumentsHaveTheseTexts) {
          {withMarkup("</UnstructuredGrid>", "</UnstructuredGrid><AppendedData encoding=\"raw\"></AppendedData>"),
           "AppendedData section is missing the required \"_\" data prefix to identify the start of the data"},
          {withMarkup("<UnstructuredGrid>", "<DataSet file=\"a.vtu\"/>"), "DataSet found in a non multi-block VTK file"},
-         {withMarkup("<UnstructuredGrid>", "<Block/>"), "Block found in a non multi-block VTK file"}});
+         {withMarkup("<UnstructuredGrid>", "<Block/>"), "Block found in a non multi-block VTK file"},
+         {Files{{"a.vtm", "<VTKFile type=\"vtkMultiBlockDataSet\"><DataSet/></VTKFile>"}},
+          "MutliBlock file's DataSet expected an attributed named \"file\" but none was found"},
+         {Files{{"a.pvtu", "<VTKFile type=\"PUnstructuredGrid\"><Piece/></VTKFile>"}},
+          "Parallel file's Piece expected an attributed named \"Source\" but none was found"},
+         {with("Piece", "a", std::string(0x10000, 'x')), illFormed + "A tag is longer than 65536 bytes"},
+         {with("Piece", "a", std::string(1001, '>')), illFormed + "A tag holds more than 1000 \">\" characters"},
+         {withMarkup("</Points>", repeated("<a>", 1001)), illFormed + "Elements are nested more than 1000 deep"}});
 }
 
 TEST(Refusals, OfNumbersInALoadHaveTheseTexts) {
@@ -149,6 +167,7 @@ TEST(Refusals, OfNumbersInALoadHaveTheseTexts) {
 }
 
 TEST(Refusals, OfMeshesHaveTheseTexts) {
+    const std::string most = "18446744073709551615";
     expectRefusals(
         fileError,
         {{with("Points", "NumberOfComponents", "4"), badGrid},
@@ -176,7 +195,58 @@ TEST(Refusals, OfMeshesHaveTheseTexts) {
          {withText("types", "12 13 14 10 10"), "DataArray \"types\" holds more than the 4 values that are needed"},
          {with("types", "type", "Float32"),
           "DataArray \"types\" holds floating-point numbers where integers are needed"},
-         {withMarkup("NumberOfPoints=\"23\"", ""), "Zone \"mesh\" has cells but no points"}});
+         {withMarkup("NumberOfPoints=\"23\"", ""), "Zone \"mesh\" has cells but no points"},
+         {vtu().piece(hexahedron()).piece(hexahedron()).attribute("Piece", "NumberOfPoints", most),
+          "The numbers of points of a zone's pieces add up to more than any file holds"},
+         {vtu().piece(hexahedron()).piece(hexahedron()).attribute("Piece", "NumberOfCells", most),
+          "The numbers of cells of a zone's pieces add up to more than any file holds"},
+         {vtu().piece(hexahedron()).attribute("Piece", "NumberOfPoints", "9223372036854775807"),
+          "DataArray \"Points\" would have 9223372036854775807 tuples of 3 components, more than any file holds"},
+         {withText("Points", "1 2 3"),
+          "DataArray \"Points\" holds 5 bytes of text, too few for the 69 values that are needed"},
+         {with("pressure", "NumberOfComponents", "32768"),
+          "DataArray \"pressure\" has 32768 components, more than the 32767 that are supported"},
+         {withMarkup("<PointData>",
+                     "<PointData>" + repeated("<DataArray Name=\"a\" NumberOfComponents=\"32767\"/>", 4)),
+          "The arrays of the VTK files have more than 100000 components, each of which would be a variable"}});
+}
+
+TEST(Refusals, OfInstructionsHaveTheseTexts) {
+    const std::string badStrand = "Unexpected value for STRAND_ID instruction. Found, \"",
+                      notANumber = "\" but was expecting an integer value.";
+    const std::string badCount = "Bad or missing count for in FILELIST_DATAFILES instruction";
+    const std::string preamble = "Malformed or missing STANDARDSYNTAX preamble in the $!READDATASET command";
+    const std::string noEntries = "Missing entries in SOLUTION_TIMES instruction";
+    const std::string begun = "StandardSyntax,1.0,";
+    const std::vector<std::pair<std::string, std::string>> rows{
+        {"", preamble},
+        {"STANDARDSYNTAX", preamble},
+        {"STANDARDSYNTAX,1.00", preamble},
+        {"X,1.0", preamble},
+        {begun + "FILENAME_FILE", "Invalid instruction, filename in FILENAME_FILE instruction"},
+        {begun + "SOLUTIONTIMESOURCE", "Missing SOLUTIONTIMESOURCE value for SOLUTIONTIMESOURCE instruction"},
+        {begun + "SOLUTIONTIMESOURCE,file", "Unexpected value for SOLUTIONTIMESOURCE instruction. Found, \"FILE\" but "
+                                            "was expecting FROMFIELDDATA, FROMFILENAME, AUTO or NONE"},
+        {begun + "STRAND_ID", "Missing STRAND_ID value for STRAND_ID instruction"},
+        {begun + "STRAND_ID,1x", badStrand + "1x" + notANumber},
+        {begun + "STRAND_ID,2147483648", badStrand + "2147483648" + notANumber},
+        {begun + "Colour,red", "Unrecognized load parameter: Colour"},
+        {begun + "SOLUTION_TIMES", "Missing count for SOLUTION_TIMES instruction"},
+        {begun + "FILELIST_DATAFILES,0", badCount},
+        {begun + "FILELIST_DATAFILES,2x,a,b", badCount},
+        {begun + "SOLUTION_TIMES,2,1", noEntries},
+        {begun + "SOLUTION_TIMES,9223372036854775807,1", noEntries}};
+    Load load{sound()};
+    for (const auto& [list, reason] : rows) {
+        std::vector<std::string> instructions;
+        std::istringstream items(list);
+        for (std::string item; std::getline(items, item, ',');)
+            instructions.push_back(item);
+        EXPECT_FALSE(load.host.loadInstructions(load.host.loaders().front(), instructions));
+        EXPECT_EQ(load.host.dialogs().back().text,
+                  "VTK Data Loader: Failed to load the VTK file\nReason: VTK Data Loader: " + reason);
+    }
+    EXPECT_EQ(load.host.dialogs().size(), rows.size());
 }
 
 TEST(Refusals, OfDemandsHaveTheseTexts) {
@@ -186,19 +256,80 @@ TEST(Refusals, OfDemandsHaveTheseTexts) {
                     {withText("material", "4000000000 2 3 4"), numberTooLarge + "0 to 255", "material"},
                     {sound().attribute("connectivity", "type", "Int32").inlineText("connectivity", "4000000000"),
                      numberTooLarge + "-2147483648 to 2147483647", "node map"}});
-    const std::string beyond = sound().appendedRaw().attribute("material", "offset", "18446744073709551615").text();
-    expectRefusals(inputError,
-                   {{sound().base64().values("material", {1, 2, 3}),
-                     "DataArray \"material\" holds 3 values but 4 are needed", "material"},
-                    {sound().base64().inlineText("material", "BAAAAA==AQ*CAw=="),
-                     "Found \"*\" in base64 text where a letter, digit, \"+\", \"/\" or padding with \"=\" is expected",
-                     "material"},
-                    {with("connectivity", "type", "Float64"),
-                     "DataArray \"connectivity\" holds floating-point numbers where integers are needed", "node map"},
-                    {beyond,
-                     "DataArray \"material\" claims to begin at byte 18446744073709551615 but the file holds only " +
-                         std::to_string(beyond.size()),
-                     "material"}});
+    const VtuBuilder raw = sound().appendedRaw().header64();
+    const std::string beyond = VtuBuilder(raw).attribute("material", "offset", "18446744073709551615").text();
+    MeshPiece vertices = sideBySide({singleCell(1), singleCell(1)});
+    vertices.cells.pop_back();
+    expectRefusals(
+        inputError,
+        {{sound().base64().values("material", {1, 2, 3}), "DataArray \"material\" holds 3 values but 4 are needed",
+          "material"},
+         {sound().base64().inlineText("material", "BAAAAA==AQ*CAw=="),
+          "Found \"*\" in base64 text where a letter, digit, \"+\", \"/\" or padding with \"=\" is expected",
+          "material"},
+         {sound().base64().inlineText("material", "BAAAAA==AQ\tC"),
+          "Base64 text ends in the middle of a group of four characters", "material"},
+         {sound().base64().inlineText("material", "BAA\xFF"),
+          "Found byte 0xFF in base64 text where a letter, digit, \"+\", \"/\" or padding with \"=\" is expected",
+          "material"},
+         {sound().base64().inlineText("material", "BAAA"), "Unexpected end of base64 text", "material"},
+         {sound().base64().inlineText("material", "BAAAAA==AQAA"), "Unexpected end of base64 text", "material"},
+         {sound().base64().inlineText("material", ""), "Unexpected end of base64 text", "material"},
+         {with("connectivity", "type", "Float64"),
+          "DataArray \"connectivity\" holds floating-point numbers where integers are needed", "node map"},
+         {withOtherPiece(
+              [](MeshPiece& piece) { piece.pointData[1] = variedValues("velocity", ElementType::Float64, 23, 2); }),
+          "DataArray \"velocity\" has 2 components in one piece and at least 3 in another", "velocity_Z"},
+         {vtu().piece(vertices.withCellData(variedValues("c", ElementType::Int8, 1))),
+          "DataArray \"c\" gives 1 values but the zone takes 2", "c"},
+         {beyond,
+          fmt::format("DataArray \"material\" claims to begin at byte 18446744073709551615 but the file holds only {}",
+                      beyond.size()),
+          "material"}});
+}
+
+TEST(Refusals, OfHeadersHaveTheseTexts) {
+    const VtuBuilder raw = sound().appendedRaw().header64();
+    const VtuBuilder zlib = VtuBuilder(raw).compressed(20);
+    const std::string pressure = "DataArray \"pressure\" claims ";
+    const auto behindHeader = [](const VtuBuilder& file, bool compressed, std::size_t wordCount) {
+        const std::string stored =
+            encodedArray(mixed().pointData[0], {Format::AppendedRaw, compressed, false, true, 20});
+        return file.text().size() - file.text().find(stored) - 8 * wordCount;
+    };
+    const std::size_t all = behindHeader(raw, false, 1), blocks = behindHeader(zlib, true, 8);
+    const auto word = [](VtuBuilder file, std::size_t position, std::uint64_t value) {
+        return file.headerWord("pressure", position, value);
+    };
+    expectRefusals(
+        inputError,
+        {{word(raw, 0, 1ull << 60),
+          fmt::format("{}1152921504606846976 bytes of data but the file holds no more than {} for it", pressure, all),
+          "pressure"},
+         {word(zlib, 0, 1ull << 61),
+          fmt::format("{}2305843009213693952 compressed blocks but the file holds no more than {} bytes for it",
+                      pressure, blocks + 5 * 8),
+          "pressure"},
+         {word(zlib, 3, ~0ull),
+          fmt::format("{}more compressed data than the {} bytes that the file holds for it", pressure, blocks),
+          "pressure"},
+         {word(zlib, 1, 1ull << 62), pressure + "5 blocks of 4611686018427387904 bytes, more than any memory holds",
+          "pressure"},
+         {word(zlib, 1, 1ull << 60),
+          pressure + "that its 137 compressed bytes inflate to 4611686018427387916, more than they can", "pressure"}});
+}
+
+TEST(Refusals, OfAFileThatIsGoneNameTheReasonOfTheSystem) {
+    Load load{sound()};
+    for (const auto& [change, reason] : {std::pair{+[](const char*) {}, "No such file or directory"},
+                                         {+[](const char* path) { mkdir(path, 0700); }, "Is a directory"},
+                                         {+[](const char* path) { mkfifo(path, 0600); }, "Not a regular file"}}) {
+        std::filesystem::remove(load.path());
+        change(load.path().c_str());
+        EXPECT_FALSE(load.values("pressure"));
+        EXPECT_EQ(load.host.dialogs().back().text,
+                  fmt::format("VTK Data Loader: {}Unable to open \"{}\": {}", inputError, load.path(), reason));
+    }
 }
 
 TEST(Refusals, NameTheLoaderThatWasAsked) {
