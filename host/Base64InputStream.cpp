@@ -28,14 +28,6 @@ void Base64InputStream::read(std::uint8_t* dst, std::size_t byteCount) {
     }
 }
 
-void Base64InputStream::skip(std::size_t byteCount) {
-    std::array<std::uint8_t, firstBlockByteCount> passedOver;
-    for (std::size_t count = 0; byteCount > 0; byteCount -= count) {
-        count = std::min(byteCount, passedOver.size());
-        read(passedOver.data(), count);
-    }
-}
-
 std::int64_t Base64InputStream::available() {
     if (!lookAhead() && isAtTextEnd())
         return 0;

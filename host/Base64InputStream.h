@@ -17,7 +17,6 @@ public:
     explicit Base64InputStream(InputStreamPtr inner) : inner_(std::move(inner)) {}
 
     void read(std::uint8_t* dst, std::size_t byteCount) override;
-    void skip(std::size_t byteCount) override;
     std::int64_t available() override;
     std::uint64_t position() override { return position_; }
     void close() override;

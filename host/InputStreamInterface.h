@@ -25,8 +25,9 @@ public:
     /// could stand in `dst` then, and position() counts them.
     virtual void read(std::uint8_t* dst, std::size_t byteCount) = 0;
 
-    /// Passes over `byteCount` bytes. Throws IOException when the stream ends before.
-    virtual void skip(std::size_t byteCount) = 0;
+    /// Passes over `byteCount` bytes, which a stream that knows no better way reads. Throws IOException when it ends
+    /// before.
+    virtual void skip(std::size_t byteCount);
 
     /// Bytes that can still be read: 0 at the end and never less than what is there. A stream whose bytes are encoded
     /// in the one below may answer with the most that the encoded bytes can yield.

@@ -7,7 +7,6 @@
 #include "host/exceptions.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <limits>
 
@@ -75,14 +74,6 @@ void VtkZLibDataInputStream::read(std::uint8_t* dst, std::size_t byteCount) {
         throw IOException(endOfCompressedData);
 }
 
-void VtkZLibDataInputStream::skip(std::size_t byteCount) {
-    std::array<std::uint8_t, 4096> passedOver;
-    for (std::size_t count = 0; byteCount > 0; byteCount -= count) {
-        count = std::min(byteCount, passedOver.size());
-        read(passedOver.data(), count);
-    }
-}
-
 /// Delivers some of the bytes that come next; returns how many, which may be none.
 std::size_t VtkZLibDataInputStream::deliver(std::span<std::uint8_t> dst) {
     if (blockBegin_ < block_.size()) {
@@ -117,9 +108,8 @@ std::size_t VtkZLibDataInputStream::inflateNextBlock(std::span<std::uint8_t> roo
 }
 
 void VtkZLibDataInputStream::close() {
-    if (source_)
-        source_->close();
-    source_.reset();
+    uncompressedSize_ = position_;
+    source_->close();
     block_ = {};
     scratch_.reset();
 }

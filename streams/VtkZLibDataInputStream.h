@@ -25,7 +25,6 @@ public:
     VtkZLibDataInputStream(dataio::InputStreamPtr source, const DataArray& array, std::uint64_t& valueCount);
 
     void read(std::uint8_t* dst, std::size_t byteCount) override;
-    void skip(std::size_t byteCount) override;
     std::int64_t available() override { return static_cast<std::int64_t>(uncompressedSize_ - position_); }
     std::uint64_t position() override { return position_; }
     void close() override;

@@ -86,6 +86,22 @@ TEST(Collections, NameTheirMembersAndTheZonesTheyBecome) {
         EXPECT_EQ(outcome({"FILENAME_FILE", folder.write(file, text)}, nameAndBlock), zones) << file;
 }
 
+TEST(SolutionTimes, MayHaveAnyTypeAndEncoding) {
+    using test::Format;
+    const TemporaryFolder folder;
+    const auto time = [](const krohost::Zone& zone) { return zone.auxiliaryData.at("time"); };
+    for (int type = 0; type < 10; ++type)
+        for (const test::Encoding& encoding : {test::Encoding{}, {Format::AppendedRaw}, {Format::Base64, true, true}}) {
+            const auto element = static_cast<ElementType>(type);
+            const bool isReal = element == ElementType::Float32 || element == ElementType::Float64;
+            cube()
+                .fieldData(isReal ? reals("time", element, {5.5}) : integers("time", element, {5}))
+                .encoding(encoding)
+                .write(folder / "a.vtu");
+            EXPECT_EQ(outcome({"FILENAME_FILE", folder / "a.vtu"}, time), isReal ? "5.5 " : "5 ") << encoding.name();
+        }
+}
+
 TEST(SolutionTimes, ComeFromEachSourceWhereverATimeStands) {
     const TemporaryFolder folder;
     const char* own = R"(<FieldData><DataArray type="Float64" Name="TimeValue" NumberOfTuples="1" format="ascii">9
@@ -96,6 +112,10 @@ TEST(SolutionTimes, ComeFromEachSourceWhereverATimeStands) {
     cube().fieldData(reals("time", ElementType::Float32, {1.5})).base64().write(folder / "base64.vtu");
     cube().fieldData(integers("TIMEvalue", ElementType::Int8, {-7})).appendedRaw().write(folder / "raw.vtu");
     cube().fieldData(reals("Time", ElementType::Float64, {1, 2})).write(folder / "two.vtu");
+    cube()
+        .markup("<Cells>", R"(<FieldData><DataArray type="Int8" Name="time" format="ascii">6</DataArray></FieldData>
+                              <Cells>)")
+        .write(folder / "inPiece.vtu");
     cube().fieldData(reals("times", ElementType::Float64, {1})).write(folder / "other.vtu");
     cube()
         .markup("<UnstructuredGrid>", R"(<UnstructuredGrid><FieldData>
@@ -108,6 +128,7 @@ TEST(SolutionTimes, ComeFromEachSourceWhereverATimeStands) {
     const std::vector<std::tuple<Texts, Texts, const char*>> rows{
         {{"step3.vtu", "base64.vtu", "raw.vtu", "p.vtu"}, {}, "1e-310 1.5 -7 0 "},
         {{"two.vtu", "other.vtu", "lost.vtu", "p.vtu"}, {}, "0 0 0 0 "},
+        {{"inPiece.vtu"}, {}, "6 "},
         {{"own.vtm", "step3.vtu"}, {}, "9 9 1e-310 "},
         {{"members.pvtu", "step4.vtu"}, {}, "1.5 1.5 1.5 0 "},
         {{"step4.vtu", "step4.vtu"}, {}, "4 4 "},

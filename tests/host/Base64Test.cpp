@@ -14,12 +14,20 @@ namespace {
 
 using namespace veltra::dataio;
 
-/// Decodes from and to memory of just these sizes; the bytes and where it stopped.
+/// The bytes and where decoding stopped, from and to memory of just these sizes, or with more behind it.
 std::pair<std::string, std::size_t> decode(const std::string& text, std::size_t room) {
-    const std::vector<std::uint8_t> exactText(text.begin(), text.end());
-    std::vector<std::uint8_t> dst(room);
-    const Base64Result result = decodeBase64(exactText, dst);
-    return {{dst.begin(), dst.begin() + static_cast<std::ptrdiff_t>(result.bytesProduced)}, result.stopIndex};
+    std::pair<std::string, std::size_t> decoded;
+    for (const std::size_t more : {16, 0}) {
+        const std::string source = text + std::string(more, 'A');
+        const std::vector<std::uint8_t> exactText(source.begin(), source.end());
+        std::vector<std::uint8_t> dst(room + more, '*');
+        const Base64Result result = decodeBase64(std::span(exactText).first(text.size()), std::span(dst).first(room));
+        EXPECT_EQ(std::string(dst.begin() + static_cast<std::ptrdiff_t>(room), dst.end()), std::string(more, '*'));
+        const std::string bytes(dst.begin(), dst.begin() + static_cast<std::ptrdiff_t>(result.bytesProduced));
+        EXPECT_TRUE(more > 0 || decoded == std::pair(bytes, result.stopIndex));
+        decoded = {bytes, result.stopIndex};
+    }
+    return decoded;
 }
 
 TEST(Base64, DecodesTheWholeGroupsOfTextOfEveryLengthIntoRoomOfEverySize) {

@@ -64,7 +64,9 @@ TEST(LexicalCast, ReadsFloatingPointNumbersAndTakesTooSmallOnesAsZeroOfTheirSign
 TEST(LexicalCast, NamesTextAndRangeInItsSentences) {
     EXPECT_EQ(outcome<float>("1e39"), "no room: \"1e39\" is not in the range from -3.4028235e+38 to 3.4028235e+38");
     EXPECT_EQ(outcome<std::int8_t>("1.5"), "no number: \"1.5\" is not a whole number");
-    EXPECT_EQ(outcome<double>(std::string(99, 'x')), "no number: \"" + std::string(80, 'x') + "...\" is not a number");
+    const std::string longest(80, 'x');
+    EXPECT_EQ(outcome<double>(longest), "no number: \"" + longest + "\" is not a number");
+    EXPECT_EQ(outcome<double>(longest + 'x'), "no number: \"" + longest + "...\" is not a number");
 }
 
 } // namespace

@@ -35,12 +35,16 @@ TEST_F(Progress, OfSubTasksFillsTheirSteps) {
     }
     const auto building = bar->openSubTask();
     building->setText("Building...");
-    building->setStepCount(0);
-    building->advance(1);
-    EXPECT_EQ(
-        shown,
-        (std::vector<std::pair<double, std::string>>{
-            {0, "Working..."}, {0.125, "Reading..."}, {0.25, "Reading..."}, {0.5, "Reading..."}, {1, "Building..."}}));
+    for (const std::uint64_t stepCount : {2, 0}) {
+        building->setStepCount(stepCount);
+        building->advance(1);
+    }
+    EXPECT_EQ(shown, (std::vector<std::pair<double, std::string>>{{0, "Working..."},
+                                                                  {0.125, "Reading..."},
+                                                                  {0.25, "Reading..."},
+                                                                  {0.5, "Reading..."},
+                                                                  {0.75, "Building..."},
+                                                                  {1, "Building..."}}));
 }
 
 TEST_F(Progress, TellsTheHostOfVisibleGrowthOnly) {

@@ -4,7 +4,10 @@
 #include "host/ByteInputStream.h"
 #include "host/exceptions.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -56,6 +59,43 @@ Delivery readInChunks(Stream&& stream, std::size_t chunkByteCount) {
         all = {all.bytes + chunk.bytes, chunk.failure};
     }
     return all;
+}
+
+/// `make` gives a new stream of the bytes every time.
+inline void expectContract(const std::function<veltra::dataio::InputStreamPtr()>& make, const std::string& bytes) {
+    for (std::size_t chunk = 1; chunk <= bytes.size(); ++chunk) {
+        const veltra::dataio::InputStreamPtr stream = make();
+        std::string all;
+        while (stream->available() > 0) {
+            EXPECT_GE(stream->available(), std::ssize(bytes) - std::ssize(all));
+            all += readOnce(*stream, std::min(chunk, bytes.size() - all.size())).bytes;
+            ASSERT_EQ(stream->position(), all.size());
+        }
+        EXPECT_EQ(all, bytes) << "in chunks of " << chunk;
+    }
+    for (std::size_t start = 0; start <= bytes.size(); ++start) {
+        const veltra::dataio::InputStreamPtr stream = make();
+        EXPECT_EQ(readOnce(*stream, start).failure, "");
+        const Delivery rest = readOnce(*stream, bytes.size() - start + 3);
+        EXPECT_EQ(rest.bytes, bytes.substr(start)) << "read past the end";
+        EXPECT_NE(rest.failure, "");
+        EXPECT_EQ(stream->available(), 0);
+        EXPECT_EQ(readOnce(*stream, 1).failure, rest.failure);
+    }
+    for (std::size_t count = 0; count < bytes.size(); ++count) {
+        const veltra::dataio::InputStreamPtr stream = make();
+        EXPECT_EQ(readOnce(*stream, 1).bytes, bytes.substr(0, 1));
+        stream->skip(count);
+        EXPECT_EQ(stream->position(), count + 1);
+        EXPECT_EQ(readOnce(*stream, 1).bytes, bytes.substr(count + 1, 1));
+        EXPECT_THROW(stream->skip(bytes.size() - count), veltra::IOException);
+        EXPECT_EQ(stream->position(), bytes.size());
+    }
+    const veltra::dataio::InputStreamPtr closed = make();
+    EXPECT_EQ(readOnce(*closed, 1).failure, "");
+    closed->close();
+    EXPECT_EQ(closed->available(), 0);
+    EXPECT_NE(readOnce(*closed, 1).failure, "");
 }
 
 } // namespace test

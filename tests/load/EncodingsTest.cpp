@@ -68,7 +68,7 @@ TEST(Encodings, AttributesMayBeSpeltAndPaddedAsWritersDo) {
 
 TEST(Encodings, CellArraysMayHaveAnyIntegerType) {
     for (int type = 0; type < 8; ++type)
-        for (const Encoding& encoding : {Encoding{}, Encoding{Format::AppendedRaw, false, true}}) {
+        for (const Encoding& encoding : {Encoding{}, {Format::AppendedRaw}, {Format::AppendedRaw, false, true}}) {
             MeshPiece piece = mixed();
             piece.cellArrayTypes.fill(static_cast<ElementType>(type));
             VtuBuilder file = vtu().piece(piece).encoding(encoding);

@@ -181,9 +181,10 @@ TEST_F(Faults, OfMemoryAreToldAndPassedOver) {
 
 TEST_F(Faults, OfReadsAreToldOrMadeGood) {
     const std::string broken = "Unable to read \"*\": Input/output error", cut = "Unexpected end of file in \"*\"";
-    sweepAll(scenarios_, {below("short read", Fault::shortRead, {}),
-                          below("empty read", Fault::emptyRead, {vtkFile + cut, inputFile + cut}),
-                          below("failed read", Fault::failedRead, {vtkFile + broken, inputFile + broken})});
+    sweepAll(scenarios_,
+             {below("short read", Fault::shortRead, {}), below("interrupted read", Fault::interruptedRead, {}),
+              below("empty read", Fault::emptyRead, {vtkFile + cut, inputFile + cut}),
+              below("failed read", Fault::failedRead, {vtkFile + broken, inputFile + broken})});
 }
 
 TEST_F(Faults, InterruptsAreSilentExceptInNodeMaps) {

@@ -77,10 +77,11 @@ ssize_t pread(int descriptor, void* bytes, std::size_t byteCount, off_t offset) 
         byteCount = std::max<std::size_t>(byteCount / 2, 1);
     if (happens(Fault::emptyRead))
         byteCount = 0;
-    if (happens(Fault::failedRead)) {
-        errno = EIO;
-        return -1;
-    }
+    for (const auto& [fault, code] : {std::pair{Fault::failedRead, EIO}, {Fault::interruptedRead, EINTR}})
+        if (happens(fault)) {
+            errno = code;
+            return -1;
+        }
     return next(descriptor, bytes, byteCount, offset);
 }
 

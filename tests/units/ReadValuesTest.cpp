@@ -1,4 +1,5 @@
 #include "streams/readValues.h"
+#include "streams/VtkZLibDataInputStream.h"
 
 #include "krohost/Host.h"
 #include "tests/host/streams.h"
@@ -34,6 +35,25 @@ std::vector<double> numbersOf(const std::string& text, std::size_t count) {
 }
 
 } // namespace
+
+TEST(DataStreams, OfCompressedBlocksKeepTheContractInAllSplits) {
+    const std::string bytes = someBytes(29);
+    const Array array = integers("a", ElementType::UInt8, {bytes.begin(), bytes.end()});
+    for (const std::size_t blockByteCount : {1, 5, 29, 100}) {
+        const std::string stored = encodedArray(array, {Format::AppendedRaw, true, false, false, blockByteCount});
+        expectContract(
+            [&]() -> veltra::dataio::InputStreamPtr {
+                veltra::vtkfile::DataArray record;
+                record.type = veltra::vtkfile::DataArrayType::UInt8;
+                record.format = veltra::vtkfile::DataArrayFormat::Appended;
+                record.headerSize = 4;
+                std::uint64_t valueCount = 0;
+                return std::make_shared<veltra::vtkfile::VtkZLibDataInputStream>(byteStream(stored), record,
+                                                                                 valueCount);
+            },
+            bytes);
+    }
+}
 
 TEST(ReadValues, PollsBetweenValuesAtFixedPlaces) {
     krohost::Host host;

@@ -55,6 +55,11 @@ TEST(Records, KnowToTheByteWhereInlineTextStands) {
                     EXPECT_EQ(array.offset, text.find("1.25")) << before.substr(0, 80) << tag;
                     EXPECT_EQ(array.length, 8);
                 }
+    for (std::size_t count = 0x4000 - 8; count < 0x4000; ++count) { // the comment's end at the edge of a block
+        const std::string comment = "<!--" + std::string(count, '>') + "-->";
+        const std::string text = comment + withPointData("<DataArray>1.25</DataArray>") + "</VTKFile>";
+        EXPECT_EQ(lastArray(text).offset, text.find("1.25")) << count;
+    }
 }
 
 TEST(Records, OfAppendedArraysAreCountedFromTheUnderscore) {
