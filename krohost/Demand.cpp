@@ -69,11 +69,13 @@ StorageSummary summarizeStorage(const Storage& storage) {
             isEmpty ? none : static_cast<double>(greatest), static_cast<std::uint32_t>(checksum)};
 }
 
-DemandResult serve(HostState& host, Target target) {
+DemandResult serve(HostState& host, Target target, bool isKeeping) {
     DemandResult result{target, false, {}};
     Deferred& deferred = *host.dataset->find(target);
     const bool wasLoaded = deferred.isLoaded();
     result.isLoaded = host.load(deferred);
+    if (isKeeping)
+        return result;
     if (result.isLoaded)
         result.parts = summarize(deferred);
     if (!wasLoaded)
@@ -118,7 +120,7 @@ private:
         for (std::size_t index = next_++; index < targets_.size() && !interrupt.isRequested(); index = next_++) {
             {
                 const Journal::Redirection redirection{records_[index]};
-                results_[index] = serve(host_, targets_[index]);
+                results_[index] = serve(host_, targets_[index], options_.isKeeping);
             }
             report();
         }

@@ -32,11 +32,13 @@ struct DemandOptions {
     unsigned threadCount = 1;
     /// Told how many demands are served. [any thread, one at a time]
     std::function<void(std::size_t doneCount, std::size_t count)> onProgress = {};
+    /// What is loaded stays loaded and is not looked at.
+    bool isKeeping = false;
 };
 
-/// Loads each target, looks at it and unloads it again; what was loaded before stays so. Results, dialogs and journal
-/// lines come in the order of the targets, whatever the threads. Stops at an interrupt: what was not begun is not
-/// loaded. Every target must exist and stand there once. [main thread]
+/// Loads each target and, unless it is to be kept, looks at it and unloads it again; what was loaded before stays so.
+/// Results, dialogs and journal lines come in the order of the targets, whatever the threads. Stops at an interrupt:
+/// what was not begun is not loaded. Every target must exist and stand there once. [main thread]
 std::vector<DemandResult> demand(HostState& host, std::span<const Target> targets, const DemandOptions& options);
 
 /// The summaries of a loaded object's storage.

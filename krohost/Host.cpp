@@ -135,7 +135,13 @@ std::optional<std::vector<std::vector<std::int64_t>>> Host::demandNodeMap(std::i
 }
 
 std::vector<DemandResult> Host::demandAll(const DemandOptions& options) {
-    return demand(*state_, dataset().targets(), options);
+    return krohost::demand(*state_, dataset().targets(), options);
+}
+
+std::vector<DemandResult> Host::demand(std::span<const Target> targets, const DemandOptions& options) {
+    for (const Target target : targets)
+        require(target);
+    return krohost::demand(*state_, targets, options);
 }
 
 const Journal& Host::journal() const {

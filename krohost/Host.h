@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -74,6 +75,8 @@ public:
     std::optional<std::vector<std::vector<std::int64_t>>> demandNodeMap(std::int32_t zone);
     /// Serves everything that the dataset has, from several threads; see krohost::demand.
     std::vector<DemandResult> demandAll(const DemandOptions& options = {});
+    /// The same for these targets; every one must exist (std::out_of_range) and stand there once.
+    std::vector<DemandResult> demand(std::span<const Target> targets, const DemandOptions& options);
 
     const Journal& journal() const;
     /// Forgets the lines written so far.

@@ -16,7 +16,7 @@ namespace {
 /// The arguments behind the program's name, last one first as the parser takes them, with the command that a bare list
 /// of files leaves out.
 std::vector<std::string> completedArguments(int argumentCount, const char* const* arguments) {
-    constexpr std::array<std::string_view, 5> complete{"info", "replay", "trace", "-h", "--help"};
+    constexpr std::array<std::string_view, 6> complete{"info", "replay", "trace", "bench", "-h", "--help"};
     std::vector<std::string> result(arguments + 1, arguments + argumentCount);
     if (!result.empty() && std::find(complete.begin(), complete.end(), result.front()) == complete.end())
         result.insert(result.begin(), "info");
@@ -43,15 +43,27 @@ void addNewLoadOptions(CLI::App& command, CommandLine& line) {
                        "Strand of the files that --append adds (default: one above the highest), else of FILE");
 }
 
+void addHostOptions(CLI::App& command, CommandLine& line) {
+    command.add_option("--node-bits", line.nodeBitCount, "Width of stored node numbers (default: as needed)")
+        ->check(CLI::IsMember({32, 64}));
+    command.add_option("--addon", line.addOn, "The add-on's shared library");
+}
+
 void addLoadOptions(CLI::App& command, CommandLine& line) {
     command.add_option("--append", line.appendedFiles, "Files to add to the dataset, as one strand");
     command.add_option("--record", line.recordFile, "Write how FILE was loaded, for krohost replay");
     command.add_flag("--demand", line.isDemanding, "Load every variable and node map");
     command.add_option("-j,--jobs", line.threadCount, "Threads that load on demand (default: one per core)")
         ->check(CLI::Range(1, 1024));
-    command.add_option("--node-bits", line.nodeBitCount, "Width of stored node numbers (default: as needed)")
-        ->check(CLI::IsMember({32, 64}));
-    command.add_option("--addon", line.addOn, "The add-on's shared library");
+    addHostOptions(command, line);
+}
+
+void addBenchOptions(CLI::App& command, CommandLine& line) {
+    command.add_flag("--json", line.isJson, "Print one JSON object on one line");
+    command.add_option("-j,--jobs", line.threadCount, "Threads that load on demand (default: 1)")
+        ->check(CLI::Range(1, 1024));
+    command.add_option("--variable", line.variable, "Load this variable only, in every zone that has it");
+    addHostOptions(command, line);
 }
 
 } // namespace
@@ -76,12 +88,20 @@ std::variant<CommandLine, int> parseCommandLine(int argumentCount, const char* c
     addNewLoadOptions(*trace, line);
     addLoadOptions(*trace, line);
     trace->add_flag("--lists", line.isTracingLists, "Include the calls that build and read lists");
+    CLI::App* bench = app.add_subcommand("bench", "Load every variable and node map, keep them, and show what it took");
+    addNewLoadOptions(*bench, line);
+    addBenchOptions(*bench, line);
     try {
         app.parse(completedArguments(argumentCount, arguments));
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? Exit_Done : Exit_Usage;
     }
-    line.command = trace->parsed() ? Command::trace : replay->parsed() ? Command::replay : Command::info;
+    line.command = trace->parsed()    ? Command::trace
+                   : replay->parsed() ? Command::replay
+                   : bench->parsed()  ? Command::bench
+                                      : Command::info;
+    if (bench->parsed() && bench->count("--jobs") == 0)
+        line.threadCount = 1;
     return line;
 }
 

@@ -18,7 +18,7 @@ enum ExitCode {
     Exit_Interrupted = 130
 };
 
-enum class Command { info, replay, trace };
+enum class Command { info, replay, trace, bench };
 
 /// What the user asked for.
 struct CommandLine {
@@ -34,7 +34,8 @@ struct CommandLine {
     bool isDemanding = false;
     bool isTracingLists = false;
     unsigned threadCount = 1;
-    int nodeBitCount = 0; ///< 0: by the size of the zone
+    std::optional<std::string> variable; ///< the only one that a bench demands
+    int nodeBitCount = 0;                ///< 0: by the size of the zone
     std::optional<std::filesystem::path> addOn;
 };
 

@@ -4,6 +4,7 @@
 #include "krohost/cli/Failure.h"
 #include "krohost/cli/ProgressBar.h"
 #include "krohost/cli/Report.h"
+#include "krohost/cli/bench.h"
 #include "krohost/cli/jsonReport.h"
 #include "krohost/cli/layout.h"
 #include "krohost/cli/loading.h"
@@ -48,7 +49,8 @@ int print(const std::string& text, int exitCode) {
 /// Ends a run that did not come to a load.
 int fail(const CommandLine& line, const std::string& message, int exitCode) {
     fmt::print(stderr, "{}\n", message);
-    return line.isJson ? print(jsonText(jsonReport({}, {}), {message}, {}), exitCode) : exitCode;
+    const bool hasDocument = line.isJson && line.command != Command::bench;
+    return hasDocument ? print(jsonText(jsonReport({}, {}), {message}, {}), exitCode) : exitCode;
 }
 
 HostOptions hostOptions(const CommandLine& line, ProgressBar& progress) {
@@ -119,6 +121,12 @@ int finish(Host& host, const CommandLine& line, const Report& report) {
     return print(text, exitCode(host, report));
 }
 
+int finish(Host& host, const Bench& bench) {
+    host.shutDown();
+    printProblems(host, bench.report.stoppedAt);
+    return print(bench.text, exitCode(host, bench.report));
+}
+
 } // namespace
 
 int run(const CommandLine& line) {
@@ -127,6 +135,8 @@ int run(const CommandLine& line) {
     try {
         const Plan plan = makePlan(line);
         host.loadAddOn(addOnPath(line));
+        if (line.command == Command::bench)
+            return finish(host, bench(host, line, plan));
         const Report report = loadAndDemand(host, line, plan, progress);
         progress.clear();
         return finish(host, line, report);

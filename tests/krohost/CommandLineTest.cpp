@@ -33,6 +33,10 @@ TEST_F(CommandLine, ExitCodesTellWhatHappened) {
         {"info cube.vtu --demand -j 3 --node-bits 64", 0, ""},
         {"--json 'bad p.vtu'", 0, ""},
         {"'bad p.vtu' --demand", 1, "VTK Data Loader: "},
+        {"bench 'bad p.vtu'", 1, "VTK Data Loader: "},
+        {"bench 'bad p.vtu' --json --variable X", 0, ""},
+        {"bench cube.vtu --variable q", 2, "There is no variable \"q\".\n"},
+        {"bench broken.vtu", 1, "krohost: the load stopped at \"broken.vtu: Parsing XML file...\"\n"},
         {"broken.vtu", 1, "krohost: the load stopped at \"broken.vtu: Parsing XML file...\"\n"},
         {"cube.vtu --addon " LOCKING_ADD_ON, 1,
          "contract violation: LoaderSelectedCallback returned with the host locked\n"},
@@ -91,6 +95,20 @@ TEST_F(CommandLine, JsonIsWholeAfterFailures) {
     EXPECT_EQ(missing["loader"], nullptr);
     EXPECT_EQ(missing["dialogs"].size(), 1);
     EXPECT_EQ(json::parse(run("--json cube.vtu --addon missing.so").output)["zones"], json::array());
+}
+
+TEST_F(CommandLine, BenchMeasuresALoadAndWhatItStores) {
+    const std::string output = run("bench --json -j 2 cube.vtu").output;
+    const json all = json::parse(output);
+    EXPECT_EQ(output.find('\n'), output.size() - 1);
+    for (const char* figure : {"register_s", "demand_s", "wall_s", "cpu_s", "peak_kib", "bytes_read"})
+        EXPECT_GT(all.value(figure, 0.0), 0) << figure;
+    EXPECT_EQ(all["threads"], 2);
+    EXPECT_EQ(all["bytes_stored"], 3 * 8 * 4 + 8 + 8 * 4); // coordinates, p and the node map
+    const json one = json::parse(run("bench --json --variable p cube.vtu").output);
+    EXPECT_EQ(one["bytes_stored"], 8);
+    EXPECT_EQ(one["threads"], 1);
+    EXPECT_NE(run("bench cube.vtu").output.find(" MB/s, threads: 1\n"), std::string::npos);
 }
 
 TEST_F(CommandLine, TableAndTraceAreForPeople) {
