@@ -1,5 +1,6 @@
 #include "host/base64.h"
 
+#include "host/base64Blocks.h"
 #include "host/base64Tables.h"
 
 #include <bit>
@@ -20,8 +21,12 @@ std::uint32_t sumOfGroup(const std::uint8_t* group) {
            base64Places[3][group[3]];
 }
 
-/// Decodes pairs of groups as long as neither holds anything but alphabet and a store of eight bytes has room.
+/// Decodes blocks, then pairs of groups, as long as they hold nothing but alphabet and a store of eight bytes has room.
 void decodeRun(Text text, std::span<std::uint8_t> dst, Base64Result& result) {
+    const std::size_t inBlocks =
+        decodeBase64Blocks(text.subspan(result.charactersConsumed), dst.subspan(result.bytesProduced));
+    result.charactersConsumed += inBlocks;
+    result.bytesProduced += inBlocks / 4 * 3;
     const std::uint8_t* from = text.data() + result.charactersConsumed;
     std::uint8_t* to = dst.data() + result.bytesProduced;
     const std::size_t pairsOfText = (text.size() - result.charactersConsumed) / 8;

@@ -31,20 +31,31 @@ std::pair<std::string, std::size_t> decode(const std::string& text, std::size_t 
 }
 
 TEST(Base64, DecodesTheWholeGroupsOfTextOfEveryLengthIntoRoomOfEverySize) {
-    const std::string bytes = someBytes(30);
-    for (std::size_t length = 0; length <= 40; ++length)
-        for (std::size_t room = 0; room <= 31; ++room) {
+    const std::string bytes = someBytes(78); // three blocks and more, and too short for one at the smaller sizes
+    for (std::size_t length = 0; length <= 104; ++length)
+        for (std::size_t room = 0; room <= 79; ++room) {
             const std::size_t groupCount = std::min(length / 4, room / 3);
             EXPECT_EQ(decode(base64(bytes).substr(0, length), room),
                       std::pair(bytes.substr(0, groupCount * 3), length / 4 == groupCount ? length : groupCount * 4));
         }
 }
 
+TEST(Base64, IsTheSameInBlocksAndInGroups) {
+    std::string alphabet;
+    for (int first = 0; first < 256; ++first) // every character in every place of a block
+        alphabet += base64(someBytes(256)) + base64(std::string(static_cast<std::size_t>(first), '\xFF'));
+    const std::string text = alphabet.substr(0, alphabet.find('='));
+    std::string inGroups;
+    for (std::size_t begin = 0; begin < text.size(); begin += 28) // less than a block
+        inGroups += decode(text.substr(begin, 28), 21).first;
+    EXPECT_EQ(decode(text, inGroups.size() + 8).first, inGroups);
+}
+
 TEST(Base64, StopsAtEveryCharacterThatIsNotOfTheAlphabet) {
     const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/= \t\r\n\v\f";
     for (int code = 0; code < 256; ++code)
-        for (std::size_t place = 0; alphabet.find(static_cast<char>(code)) == alphabet.npos && place < 32; ++place)
-            EXPECT_EQ(decode(base64(someBytes(24)).replace(place, 1, 1, static_cast<char>(code)), 24),
+        for (std::size_t place = 0; alphabet.find(static_cast<char>(code)) == alphabet.npos && place < 80; ++place)
+            EXPECT_EQ(decode(base64(someBytes(60)).replace(place, 1, 1, static_cast<char>(code)), 60),
                       std::pair(someBytes(place / 4 * 3), place));
 }
 
