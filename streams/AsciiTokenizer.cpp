@@ -18,18 +18,19 @@ bool AsciiTokenizer::fill() {
     const auto available = static_cast<std::uint64_t>(stream_.available());
     if (!buffer_) {
         capacity_ = std::min<std::uint64_t>(bufferByteCount, available);
-        buffer_ = std::make_unique_for_overwrite<char[]>(capacity_);
+        buffer_ = std::make_unique_for_overwrite<char[]>(capacity_ + 1);
     }
     const auto kept = static_cast<std::size_t>(end_ - begin_);
     const std::size_t byteCount = std::min<std::uint64_t>(capacity_ - kept, available);
     if (byteCount == 0)
         return false;
-    if (kept > 0)
-        std::memmove(buffer_.get(), begin_, kept);
+    std::memmove(buffer_.get(), begin_, kept);
     begin_ = buffer_.get();
     end_ = begin_ + kept;
+    buffer_[kept] = '\0';
     stream_.read(reinterpret_cast<std::uint8_t*>(buffer_.get() + kept), byteCount);
     end_ += byteCount;
+    buffer_[kept + byteCount] = '\0';
     return true;
 }
 

@@ -5,9 +5,11 @@
 
 #include <charconv>
 #include <cstddef>
+#include <limits>
 #include <memory>
 #include <string_view>
 #include <system_error>
+#include <type_traits>
 
 namespace veltra::vtkfile {
 
@@ -34,6 +36,16 @@ public:
         return lexical_cast<T>(takeToken());
     }
 
+    /// Passes over the next number. Throws as next() does.
+    template <class T>
+    void skip() {
+        skipWhitespace();
+        if (const char* end = endOfPlainNumber<T>())
+            begin_ = end;
+        else
+            next<T>();
+    }
+
     /// Whether nothing but white space is left.
     bool atEnd() {
         skipWhitespace();
@@ -51,9 +63,33 @@ private:
 
     void skipWhitespace() {
         do {
-            while (begin_ != end_ && isWhitespace(*begin_))
+            while (isWhitespace(*begin_))
                 ++begin_;
         } while (begin_ == end_ && fill());
+    }
+
+    /// The end of a number that has a simple form and few enough digits to fit T whatever they are; null where that
+    /// takes a closer look.
+    template <class T>
+    const char* endOfPlainNumber() const {
+        const char* at = begin_ + (*begin_ == '-' && std::is_signed_v<T> ? 1 : 0);
+        const char* firstDigit = at;
+        while (isDigit(*at))
+            ++at;
+        if (at == firstDigit || at - firstDigit > std::numeric_limits<T>::digits10)
+            return nullptr;
+        if (std::is_floating_point_v<T> && *at == '.')
+            do
+                ++at;
+            while (isDigit(*at));
+        if (std::is_floating_point_v<T> && *at == 'e') {
+            ++at;
+            at += *at == '-' || *at == '+' ? 1 : 0;
+            if (*at < '0' || *at > '2' || !isDigit(at[1])) // two digits, below 30
+                return nullptr;
+            at += 2;
+        }
+        return isSeparator(at) ? at : nullptr;
     }
 
     bool fill();
@@ -62,8 +98,8 @@ private:
     dataio::InputStreamInterface& stream_;
     std::unique_ptr<char[]> buffer_;
     std::size_t capacity_ = 0;
-    const char* begin_ = nullptr; // the text not yet taken
-    const char* end_ = nullptr;
+    const char* begin_ = "";   // the text not yet taken
+    const char* end_ = begin_; // a zero stands there, which is neither white space nor of a number
 };
 
 } // namespace veltra::vtkfile

@@ -43,4 +43,11 @@ T reverseBytes(T value) {
     }
 }
 
+/// Reverses the bytes of each of the values.
+template <class T>
+void reverseAll(T* values, std::size_t count) {
+    for (std::size_t index = 0; index < count; ++index)
+        values[index] = reverseBytes(values[index]);
+}
+
 } // namespace veltra::vtkfile

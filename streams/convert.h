@@ -14,6 +14,18 @@ std::int32_t truncateToInt32(Src value) {
                                             : std::numeric_limits<std::int32_t>::min();
 }
 
+template <class T>
+constexpr auto storedType() {
+    if constexpr (std::is_enum_v<T>)
+        return std::type_identity<std::underlying_type_t<T>>();
+    else
+        return std::type_identity<T>();
+}
+
+/// Whether convertValue leaves every bit as it is.
+template <class Dst, class Src>
+inline constexpr bool isStoredAsRead = std::is_same_v<decltype(storedType<Dst>()), std::type_identity<Src>>;
+
 /// The plain conversion from a file's type to a stored type: no rounding and no check. Floating point goes to an
 /// integer type through 32 bits; a narrower integer keeps the low-order bits; an enumeration takes the integer as its
 /// value.

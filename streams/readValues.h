@@ -28,7 +28,7 @@ public:
     void read(std::uint64_t valueCount) {
         if (!reader_.binary_)
             readText(valueCount);
-        else if (std::is_same_v<Dst, Src> && numComponents_ == 1 && component_ == 0)
+        else if (isStoredAsRead<Dst, Src> && numComponents_ == 1 && component_ == 0)
             readInPlace(valueCount);
         else
             readBuffered(valueCount);
@@ -37,20 +37,19 @@ public:
 private:
     void readText(std::uint64_t valueCount) {
         for (; valueCount > 0; --valueCount) {
-            const Src value = reader_.text_.next<Src>();
             if (current_ == component_)
-                *dst_++ = convertValue<Dst>(value);
+                *dst_++ = convertValue<Dst>(reader_.text_.next<Src>());
+            else
+                reader_.text_.skip<Src>();
             current_ = current_ + 1 == numComponents_ ? 0 : current_ + 1;
         }
     }
 
     void readInPlace(std::uint64_t valueCount) {
-        const auto bytes = reinterpret_cast<std::uint8_t*>(dst_);
-        readBytes(bytes, valueCount, [&](std::size_t arrived) {
+        readBytes(reinterpret_cast<std::uint8_t*>(dst_), valueCount, [&](std::size_t arrived) {
             if (reader_.swapBytes_)
-                deliver<true>(bytes, arrived);
-            else
-                dst_ += arrived;
+                reverseAll(dst_, arrived);
+            dst_ += arrived;
         });
     }
 
@@ -82,16 +81,24 @@ private:
         arrived(valueCount);
     }
 
-    /// Stores the wanted component of the values in `bytes`, which may be the place where they are stored.
+    /// Stores the wanted component of the values in `bytes`.
     template <bool Swap>
     void deliver(const std::uint8_t* bytes, std::size_t valueCount) {
-        std::size_t index =
-            component_ < numComponents_ ? (component_ + numComponents_ - current_) % numComponents_ : valueCount;
-        for (; index < valueCount; index += numComponents_) {
+        const auto valueAt = [bytes](std::size_t index) {
             Src value;
             std::memcpy(&value, bytes + index * sizeof(Src), sizeof(Src));
-            *dst_++ = convertValue<Dst>(Swap ? reverseBytes(value) : value);
+            return convertValue<Dst>(Swap ? reverseBytes(value) : value);
+        };
+        if (numComponents_ == 1 && component_ == 0) { // neighbours, several of which are converted at once
+            for (std::size_t index = 0; index < valueCount; ++index)
+                dst_[index] = valueAt(index);
+            dst_ += valueCount;
+            return;
         }
+        std::size_t index =
+            component_ < numComponents_ ? (component_ + numComponents_ - current_) % numComponents_ : valueCount;
+        for (; index < valueCount; index += numComponents_)
+            *dst_++ = valueAt(index);
         current_ = (current_ + valueCount) % numComponents_;
     }
 
