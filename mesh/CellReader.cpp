@@ -23,11 +23,33 @@ void readTypes(StreamReader& reader, const DataArray& array, VtkCell::Type* dst,
     });
 }
 
+/// The difference of two numbers from a file may wrap; whoever uses it finds out.
+std::int64_t difference(std::int64_t offset, std::int64_t previous) {
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(offset) - static_cast<std::uint64_t>(previous));
+}
+
+constexpr std::size_t stride = 32;
+
+/// Whether the next cells, as many as a stride, are all of this kind. Another offset stands before the first.
+bool areAlike(const VtkCell::Type* types, const std::int64_t* offsets, VtkCell::Type type, std::int64_t nodeCount) {
+    unsigned differentTypes = 0;
+    std::uint64_t differentCounts = 0;
+    for (std::size_t cell = 0; cell < stride; ++cell)
+        differentTypes |= static_cast<unsigned>(types[cell]) ^ static_cast<unsigned>(type);
+    for (std::size_t cell = 0; cell < stride; ++cell)
+        differentCounts |= static_cast<std::uint64_t>(difference(offsets[cell], offsets[cell - 1]) ^ nodeCount);
+    return (differentTypes | differentCounts) == 0;
+}
+
 } // namespace
 
 CellReader::CellReader(const CellArrays& arrays, std::uint64_t cellCount)
     : arrays_(arrays), typesReader_(openDataArrayOf(arrays.types, cellCount)),
-      offsetsReader_(openDataArrayOf(arrays.offsets, cellCount)), unreadCount_(cellCount) {}
+      offsetsReader_(openDataArrayOf(arrays.offsets, cellCount)), unreadCount_(cellCount) {
+    const std::size_t blockSize = std::min<std::uint64_t>(blockCellCount, cellCount);
+    types_ = std::make_unique_for_overwrite<VtkCell::Type[]>(blockSize);
+    offsets_ = std::make_unique_for_overwrite<std::int64_t[]>(blockSize);
+}
 
 bool CellReader::nextBlock(std::vector<CellRun>& runs) {
     if (unreadCount_ == 0)
@@ -41,22 +63,25 @@ bool CellReader::nextBlock(std::vector<CellRun>& runs) {
 }
 
 void CellReader::readBlock(std::size_t cellCount) {
-    readTypes(*typesReader_, arrays_.types, types_.data(), cellCount);
-    readIntegers(*offsetsReader_, arrays_.offsets, offsets_.data(), cellCount);
+    readTypes(*typesReader_, arrays_.types, types_.get(), cellCount);
+    readIntegers(*offsetsReader_, arrays_.offsets, offsets_.get(), cellCount);
     unreadCount_ -= cellCount;
 }
 
 void CellReader::findRuns(std::vector<CellRun>& runs, std::size_t cellCount) {
     runs.clear();
-    for (std::size_t cell = 0; cell < cellCount; ++cell) {
-        // The difference of two numbers from a file may wrap; whoever uses it finds out.
-        const auto nodeCount = static_cast<std::int64_t>(static_cast<std::uint64_t>(offsets_[cell]) -
-                                                         static_cast<std::uint64_t>(previousOffset_));
-        previousOffset_ = offsets_[cell];
-        if (!runs.empty() && runs.back().type == types_[cell] && runs.back().nodeCount == nodeCount)
-            ++runs.back().cellCount;
-        else
-            runs.push_back({types_[cell], nodeCount, 1});
+    for (std::size_t begin = 0; begin < cellCount;) {
+        const VtkCell::Type type = types_[begin];
+        const std::int64_t nodeCount = difference(offsets_[begin], previousOffset_);
+        std::size_t end = begin + 1;
+        // Most runs are long: as long as all cells of a stride fit, they are compared without a branch between them.
+        while (end + stride <= cellCount && areAlike(&types_[end], &offsets_[end], type, nodeCount))
+            end += stride;
+        while (end < cellCount && types_[end] == type && difference(offsets_[end], offsets_[end - 1]) == nodeCount)
+            ++end;
+        runs.push_back({type, nodeCount, end - begin});
+        previousOffset_ = offsets_[end - 1];
+        begin = end;
     }
 }
 

@@ -5,7 +5,6 @@
 
 #include "streams/StreamReader.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -31,7 +30,7 @@ public:
     bool nextBlock(std::vector<CellRun>& runs);
 
 private:
-    static constexpr std::size_t blockCellCount = 0x2000;
+    static constexpr std::size_t blockCellCount = 0x10000;
 
     void readBlock(std::size_t cellCount);
     void findRuns(std::vector<CellRun>& runs, std::size_t cellCount);
@@ -41,9 +40,9 @@ private:
     std::unique_ptr<StreamReader> typesReader_;
     std::unique_ptr<StreamReader> offsetsReader_;
     std::uint64_t unreadCount_;
-    std::int64_t previousOffset_ = 0; // of the cell before the block
-    std::array<VtkCell::Type, blockCellCount> types_;
-    std::array<std::int64_t, blockCellCount> offsets_;
+    std::int64_t previousOffset_ = 0;        // of the cell before the block
+    std::unique_ptr<VtkCell::Type[]> types_; // of the cells of a block
+    std::unique_ptr<std::int64_t[]> offsets_;
 };
 
 } // namespace veltra::vtkfile

@@ -80,14 +80,9 @@ std::string utf8(const QtString& text) {
 
 } // namespace
 
-void checkEncoding(const boost::filesystem::path& path) {
-    dataio::FileInputStream stream(path);
-    if (stream.available() <= 2)
-        return;
-    std::array<std::uint8_t, 2> mark{};
-    stream.read(&mark[0], 1);
-    stream.read(&mark[1], 1);
-    if ((mark[0] == 0xFF && mark[1] == 0xFE) || (mark[0] == 0xFE && mark[1] == 0xFF))
+void checkEncoding(std::span<const std::uint8_t> bytes) {
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    if (text.size() > 2 && (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")))
         throw IOException(utf16Unsupported);
 }
 
@@ -217,8 +212,8 @@ bool XMLParser::open() {
     } catch (const IOException&) {
         return false; // the caller has a sentence of its own for every reason
     }
-    checkEncoding(impl_->path);
     impl_->stream = std::make_shared<dataio::BufferedInputStream>(impl_->file, dataio::fileBlockByteCount);
+    checkEncoding(impl_->stream->peek());
     return impl_->stream->available() > 0;
 }
 

@@ -7,13 +7,14 @@
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace veltra::vtkfile {
 
-/// Refuses files that begin with a UTF-16 byte-order mark: throws IOException.
-void checkEncoding(const boost::filesystem::path& path);
+/// Refuses a file that begins so if that is with a UTF-16 byte-order mark: throws IOException.
+void checkEncoding(std::span<const std::uint8_t> bytes);
 
 /// A pull parser over an XML file that always knows its place in the file to the byte.
 ///
