@@ -2,12 +2,18 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <new>
+
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace krohost {
 
 namespace {
+
+constexpr std::size_t largeByteCount = std::size_t{1} << 21;
 
 // Unlike any run of zeros, small integers or common floating-point values.
 constexpr auto guard = [] {
@@ -17,6 +23,16 @@ constexpr auto guard = [] {
     return bytes;
 }();
 
+/// Asks for large pages: for a large array, fetching the small ones one by one would take longer than filling them.
+void useLargePages(std::byte* bytes, std::size_t byteCount) {
+    static const auto pageByteCount = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+    const auto begin = reinterpret_cast<std::uintptr_t>(bytes);
+    const std::uintptr_t firstPage = (begin + pageByteCount - 1) / pageByteCount * pageByteCount;
+    const std::uintptr_t end = begin + byteCount;
+    if (end > firstPage)
+        madvise(bytes + (firstPage - begin), end - firstPage, MADV_HUGEPAGE); // a wish: it does not matter if it fails
+}
+
 } // namespace
 
 // calloc gets large blocks from the system as zero pages, which cost nothing until they are written.
@@ -25,6 +41,8 @@ Storage::Storage(std::int64_t itemCount, std::size_t itemByteCount)
       bytes_{static_cast<std::byte*>(std::calloc(byteCount_ + guard.size(), 1))} {
     if (!bytes_)
         throw std::bad_alloc{};
+    if (byteCount_ >= largeByteCount)
+        useLargePages(bytes_.get(), byteCount_);
     std::memcpy(bytes_.get() + byteCount_, guard.data(), guard.size());
 }
 
