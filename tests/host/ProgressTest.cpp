@@ -35,7 +35,7 @@ TEST_F(Progress, OfSubTasksFillsTheirSteps) {
     }
     const auto building = bar->openSubTask();
     building->setText("Building...");
-    for (const std::uint64_t stepCount : {2, 0}) {
+    for (const std::uint64_t stepCount : {2, 2, 0}) {
         building->setStepCount(stepCount);
         building->advance(1);
     }
@@ -44,6 +44,7 @@ TEST_F(Progress, OfSubTasksFillsTheirSteps) {
                                                                   {0.25, "Reading..."},
                                                                   {0.5, "Reading..."},
                                                                   {0.75, "Building..."},
+                                                                  {0.875, "Building..."},
                                                                   {1, "Building..."}}));
 }
 

@@ -62,7 +62,8 @@ TEST(Cells, SixteenSectionsAreTheMost) {
 TEST(Cells, ARunOfCellsMayBeLongerThanWhatIsReadAtOnce) {
     const MeshPiece twoKinds = sideBySide({singleCell(11), singleCell(10)});
     for (const MeshPiece& piece :
-         {sideBySide(std::vector(3000, twoKinds)), sideBySide(std::vector(9000, hexahedron()))})
+         {sideBySide(std::vector(33000, twoKinds)),
+          sideBySide({sideBySide(std::vector(70000, singleCell(5))), sideBySide(std::vector(500, singleCell(9)))})})
         expectUndisturbed(vtu().piece(piece).piece(piece).appendedRaw());
 }
 
@@ -93,6 +94,16 @@ TEST(Pieces, MayBeEmptyAmongOthers) {
         Load load{file};
         expectZone(load, vtu().piece(mixed()).piece(mixed()).expected());
     }
+}
+
+TEST(Pieces, WithoutCellsHaveNoLoaderForTheirValuesInCells) {
+    MeshPiece piece = mixed();
+    piece.cells.clear();
+    piece.cellData[0].values = std::vector<double>{};
+    Load load{vtu().piece(piece)};
+    EXPECT_TRUE(load.loaded()) << load.dialog();
+    EXPECT_TRUE(load.values("pressure"));
+    EXPECT_EQ(load.host.dataset().find({1, load.variableNumber("material")}), nullptr);
 }
 
 TEST(Pieces, AnEmptyMemberOfACollectionIsPassedOver) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <string_view>
 #include <tuple>
 
@@ -82,6 +83,17 @@ TEST(Interrupt, EndsAValueDemandInSilenceAndANodeMapDemandWithADialog) {
         load.host.clearInterrupt();
         EXPECT_TRUE(demandsSucceed(load));
     }
+}
+
+TEST(ProgressDisplay, GivesEachFileItsShareOfTheFirstHalf) {
+    std::vector<double> shown;
+    Load load{vtu().piece(mixed()), {.onProgress = [&](double fraction, auto&) { shown.push_back(fraction); }}};
+    shown.clear();
+    EXPECT_TRUE(load.host.loadFiles({load.path(), load.path(), load.path(), load.path()}));
+    EXPECT_TRUE(std::ranges::is_sorted(shown));
+    for (const double share : {0.125, 0.25, 0.375, 0.5})
+        EXPECT_TRUE(std::ranges::any_of(shown, [&](double fraction) { return std::abs(fraction - share) < 1e-9; }))
+            << testing::PrintToString(shown);
 }
 
 TEST(Shutdown, DestroysTheLoadersOnceHoweverOftenItIsAnnounced) {

@@ -134,6 +134,7 @@ TEST(ReadValues, KeepsWhatWasStoredBeforeAFailure) {
 TEST(Text, IsSplitIntoNumbers) {
     const std::vector<std::pair<const char*, std::vector<double>>> rows{{"3 4\n5", {3, 4, 5}},
                                                                         {"7-8", {7, -8}},
+                                                                        {"10-09-1", {10, -9, -1}},
                                                                         {"-7-8-9", {-7, -8, -9}},
                                                                         {"1.5e-3", {0.0015}},
                                                                         {"1.5e-3-2", {0.0015, -2}},
