@@ -1,39 +1,30 @@
 #pragma once
 
+#include "host/File.h"
 #include "host/InputStreamInterface.h"
-
-#include <boost/filesystem/path.hpp>
 
 #include <algorithm>
 
 namespace veltra::dataio {
 
-/// An open file, closed with the object.
+/// Holds an open file, which others may hold too, until it is closed.
 class FileStreamBase : public virtual CloseableInterface {
 public:
-    FileStreamBase(const FileStreamBase&) = delete;
-    FileStreamBase& operator=(const FileStreamBase&) = delete;
-    ~FileStreamBase() override { FileStreamBase::close(); }
-
-    void close() override;
+    void close() override { file_.reset(); }
 
 protected:
-    /// Throws FileAccessException, naming the path and the reason, unless the path is a regular file that opens.
-    explicit FileStreamBase(const boost::filesystem::path& path);
+    explicit FileStreamBase(std::shared_ptr<const File> file) : file_(std::move(file)) {}
 
-    /// Reads up to `byteCount` bytes at a place in the file; 0 at its end. Throws FileAccessException.
-    std::size_t readAt(std::uint64_t position, std::uint8_t* dst, std::size_t byteCount) const;
-
-    boost::filesystem::path path_;
-    int descriptor_ = -1;
-    std::uint64_t byteCount_ = 0; ///< the file's size when it was opened, 0 once it is closed
+    std::shared_ptr<const File> file_; // null once closed
 };
 
 /// The bytes of a file, straight from the system. A file that has shrunk since it was opened ends a read with
 /// FileAccessException.
 class FileInputStream final : public FileStreamBase, public InputStreamInterface {
 public:
-    explicit FileInputStream(const boost::filesystem::path& path) : FileStreamBase(path) {}
+    explicit FileInputStream(std::shared_ptr<const File> file) : FileStreamBase(std::move(file)) {}
+    /// Opens the file. Throws FileAccessException.
+    explicit FileInputStream(const boost::filesystem::path& path) : FileInputStream(std::make_shared<File>(path)) {}
 
     void read(std::uint8_t* dst, std::size_t byteCount) override;
     void skip(std::size_t byteCount) override;
@@ -42,7 +33,8 @@ public:
     void close() override { FileStreamBase::close(); }
 
 private:
-    std::uint64_t remaining() const { return byteCount_ - std::min(position_, byteCount_); }
+    std::uint64_t remaining() const { return file_ ? file_->byteCount() - std::min(position_, file_->byteCount()) : 0; }
+    [[noreturn]] void throwEnd() const;
 
     std::uint64_t position_ = 0;
 };

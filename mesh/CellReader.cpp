@@ -1,6 +1,5 @@
 #include "mesh/CellReader.h"
 
-#include "streams/dataArrayReader.h"
 #include "streams/elementTypes.h"
 #include "streams/messages.h"
 #include "streams/readValues.h"
@@ -43,9 +42,9 @@ bool areAlike(const VtkCell::Type* types, const std::int64_t* offsets, VtkCell::
 
 } // namespace
 
-CellReader::CellReader(const CellArrays& arrays, std::uint64_t cellCount)
-    : arrays_(arrays), typesReader_(openDataArrayOf(arrays.types, cellCount)),
-      offsetsReader_(openDataArrayOf(arrays.offsets, cellCount)), unreadCount_(cellCount) {
+CellReader::CellReader(const FilePtr& file, const CellArrays& arrays, std::uint64_t cellCount)
+    : arrays_(arrays), typesReader_(openDataArrayOf(file, arrays.types, cellCount)),
+      offsetsReader_(openDataArrayOf(file, arrays.offsets, cellCount)), unreadCount_(cellCount) {
     const std::size_t blockSize = std::min<std::uint64_t>(blockCellCount, cellCount);
     types_ = std::make_unique_for_overwrite<VtkCell::Type[]>(blockSize);
     offsets_ = std::make_unique_for_overwrite<std::int64_t[]>(blockSize);

@@ -3,7 +3,7 @@
 #include "mesh/VtkCell.h"
 #include "mesh/Zone.h"
 
-#include "streams/StreamReader.h"
+#include "streams/dataArrayReader.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -22,8 +22,8 @@ struct CellRun {
 /// Reads the cells of a piece from its "types" and "offsets" arrays, a block at a time. One thread per reader.
 class CellReader {
 public:
-    /// Opens both arrays of a piece of `cellCount` cells. Throws IOException when either does not hold as many values.
-    CellReader(const CellArrays& arrays, std::uint64_t cellCount);
+    /// For both arrays of a piece of `cellCount` cells. Throws IOException when either does not hold as many values.
+    CellReader(const FilePtr& file, const CellArrays& arrays, std::uint64_t cellCount);
 
     /// Gives the runs of the next block of cells, the first of which may continue the block before; false behind the
     /// last block. Throws what StreamReader::readValues throws.

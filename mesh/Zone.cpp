@@ -75,9 +75,9 @@ void checkPieces(const Zone& zone) {
         matchVariables(zone.pieces.front(), zone.pieces[index]);
 }
 
-void checkPoints(const Zone& zone) {
+void checkPoints(const FilePtr& file, const Zone& zone) {
     for (const Piece& piece : zone.pieces)
-        checkValueCount(piece.points);
+        checkValueCount(file, piece.points);
 }
 
 std::uint16_t gridVariableCount(const Zone& zone) {

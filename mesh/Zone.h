@@ -1,5 +1,7 @@
 #pragma once
 
+#include "streams/dataArrayReader.h"
+
 #include "xml/FileHeader.h"
 #include "xml/Piece.h"
 
@@ -34,8 +36,8 @@ std::uint64_t cellCount(const Zone& zone);
 /// variables, three arrays of cells, and the same variables.
 void checkPieces(const Zone& zone);
 
-/// Throws IOException unless the file can hold as many points as its pieces announce.
-void checkPoints(const Zone& zone);
+/// Throws IOException unless the zone's file can hold as many points as its pieces announce.
+void checkPoints(const FilePtr& file, const Zone& zone);
 
 /// The components that the points of every piece have: the number of grid variables, 1 to 3, and 0 for a zone without
 /// pieces. Throws IOException when a piece has another number than the first.

@@ -21,11 +21,11 @@ void addRun(std::vector<Section>& sections, const CellRun& run) {
     sections[index].cellCount += run.cellCount;
 }
 
-void groupPiece(std::vector<Section>& sections, const Piece& piece) {
+void groupPiece(std::vector<Section>& sections, const FilePtr& file, const Piece& piece) {
     if (piece.numberOfCells == 0)
         return; // its arrays may lack even their headers
     const CellArrays arrays = cellArrays(piece);
-    CellReader reader(arrays, piece.numberOfCells);
+    CellReader reader(file, arrays, piece.numberOfCells);
     std::uint32_t runningDimension = VtkCell::noDimension;
     std::vector<CellRun> runs;
     while (reader.nextBlock(runs)) {
@@ -48,10 +48,10 @@ void shapeVertices(std::vector<Section>& sections) {
 
 } // namespace
 
-std::vector<Section> groupSections(const Zone& zone) {
+std::vector<Section> groupSections(const FilePtr& file, const Zone& zone) {
     std::vector<Section> sections;
     for (const Piece& piece : zone.pieces)
-        groupPiece(sections, piece);
+        groupPiece(sections, file, piece);
     if (sections.empty())
         sections.push_back({VtkCell::Type::Vertex, 1, 0, CellShape_None, 1});
     shapeVertices(sections);

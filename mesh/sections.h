@@ -20,13 +20,13 @@ struct Section {
     std::uint32_t gridOrder;
 };
 
-/// Reads the types and offsets of all cells and groups the cells into sections, in order of first appearance. A zone
-/// without cells has one section of vertices, with no cell in it.
+/// Reads the types and offsets of all cells in the zone's file and groups the cells into sections, in order of first
+/// appearance. A zone without cells has one section of vertices, with no cell in it.
 ///
 /// Throws IOException when a cell is of a kind that the loader or the host does not support, when the cells of a piece
 /// differ in dimension, when there are more than 16 sections, or when the arrays cannot be read, and
 /// InterruptedException. [any thread]
-std::vector<Section> groupSections(const Zone& zone);
+std::vector<Section> groupSections(const FilePtr& file, const Zone& zone);
 
 /// The index of the section that holds such cells, or the number of sections when none does.
 std::size_t findSection(const std::vector<Section>& sections, VtkCell::Type type, std::int64_t nodeCount);

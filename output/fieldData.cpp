@@ -30,11 +30,11 @@ std::string readValue(StreamReader& reader) {
 }
 
 /// The text of an array's only value; none when it has more or fewer.
-std::optional<std::string> singleValue(const DataArray& array) {
+std::optional<std::string> singleValue(const FilePtr& file, const DataArray& array) {
     if (announcedValueCount(array) != 1)
         return std::nullopt;
     std::uint64_t valueCount = 0;
-    const auto reader = openDataArrayReader(array, valueCount);
+    const auto reader = openDataArrayReader(file, array, valueCount);
     const bool ascii = array.format == DataArrayFormat::Ascii;
     if (ascii ? reader->isTextExhausted() : valueCount != 1)
         return std::nullopt;
@@ -47,11 +47,12 @@ std::optional<std::string> singleValue(const DataArray& array) {
 
 std::vector<NameValuePair> readFieldData(const std::vector<DataArray>& arrays) {
     std::vector<NameValuePair> pairs;
+    const FilePtr file = arrays.empty() ? nullptr : openFile(arrays.front());
     for (const DataArray& array : arrays) {
         if (array.name->empty())
             continue;
         try {
-            if (std::optional<std::string> value = singleValue(array))
+            if (std::optional<std::string> value = singleValue(file, array))
                 pairs.emplace_back(*array.name, std::move(*value));
         } catch (const FileAccessException&) {
             throw;

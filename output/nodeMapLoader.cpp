@@ -56,7 +56,8 @@ Node shifted(Node node, std::uint64_t nodeOffset) {
 template <class Node>
 class NodeMapFiller {
 public:
-    NodeMapFiller(const NodeMapRecord& record, KroNodeMap* nodeMap) : record_(record) {
+    NodeMapFiller(const NodeMapRecord& record, KroNodeMap* nodeMap)
+        : record_(record), file_(openFile(record.pieces.front().arrays.connectivity)) {
         for (std::size_t index = 0; index < record.sections.size(); ++index)
             targets_.push_back(makeTarget(nodeMap, index));
     }
@@ -114,7 +115,7 @@ private:
         Target& target = targets_.front();
         Node* dst = claim(target, piece.cellCount);
         const auto nodes = static_cast<std::size_t>(target.next - dst);
-        const auto reader = openDataArrayOf(connectivity, nodes);
+        const auto reader = openDataArrayOf(file_, connectivity, nodes);
         readIntegers(*reader, connectivity, dst, nodes);
         if (!reader->isTextExhausted())
             throw IOException(textTooLong(connectivity, nodes));
@@ -124,8 +125,8 @@ private:
     void distributePiece(const PieceCells& piece) {
         const DataArray& connectivity = piece.arrays.connectivity;
         std::uint64_t heldCount = 0;
-        const auto reader = openDataArrayReader(connectivity, heldCount);
-        CellReader cells(piece.arrays, piece.cellCount);
+        const auto reader = openDataArrayReader(file_, connectivity, heldCount);
+        CellReader cells(file_, piece.arrays, piece.cellCount);
         std::uint64_t usedCount = 0;
         std::vector<CellRun> runs;
         while (cells.nextBlock(runs))
@@ -178,6 +179,7 @@ private:
     }
 
     const NodeMapRecord& record_;
+    FilePtr file_;
     std::vector<Target> targets_;
     std::vector<Node> block_;
 };

@@ -38,8 +38,9 @@ void checkRoom(const ValueRecord& record, std::uint64_t roomCount) {
 template <class Stored>
 void fill(const ValueRecord& record, void* storage) {
     auto* dst = static_cast<Stored*>(storage);
+    const FilePtr file = openFile(record.arrays->front());
     for (const DataArray& array : *record.arrays) {
-        readComponent(array, record.component, dst);
+        readComponent(file, array, record.component, dst);
         dst += array.numberOfTuples;
     }
 }

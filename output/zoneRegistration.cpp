@@ -54,8 +54,9 @@ public:
             return true;
         if (nodes == 0)
             throw IOException(cellsWithoutPoints(zoneName(zone)));
-        checkPoints(zone);
-        const std::vector<Section> sections = groupSections(zone);
+        const FilePtr file = openFile(zone.pieces.front().points);
+        checkPoints(file, zone);
+        const std::vector<Section> sections = groupSections(file, zone);
         if (!addToDataSet(zone, sections, nodes, cells))
             return false;
         const std::int32_t zoneNumber = KroUtilDataSetGetNumZones();

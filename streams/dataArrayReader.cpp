@@ -16,10 +16,16 @@
 
 namespace veltra::vtkfile {
 
-std::unique_ptr<StreamReader> openDataArrayReader(const DataArray& array, std::uint64_t& valueCount) {
-    auto file = std::make_shared<dataio::FileInputStream>(*array.file);
-    return makeStreamReader(std::make_shared<dataio::BufferedInputStream>(std::move(file), dataio::fileBlockByteCount),
-                            array, valueCount);
+FilePtr openFile(const DataArray& array) {
+    return std::make_shared<const dataio::File>(*array.file);
+}
+
+std::unique_ptr<StreamReader> openDataArrayReader(const FilePtr& file, const DataArray& array,
+                                                  std::uint64_t& valueCount) {
+    auto stream = std::make_shared<dataio::FileInputStream>(file);
+    return makeStreamReader(
+        std::make_shared<dataio::BufferedInputStream>(std::move(stream), dataio::fileBlockByteCount), array,
+        valueCount);
 }
 
 std::unique_ptr<StreamReader> makeStreamReader(dataio::InputStreamPtr stream, const DataArray& array,
@@ -40,9 +46,9 @@ std::unique_ptr<StreamReader> makeStreamReader(dataio::InputStreamPtr stream, co
     return std::make_unique<StreamReader>(std::move(stream), binary, needsSwap(array.bigEndian));
 }
 
-std::unique_ptr<StreamReader> openDataArrayOf(const DataArray& array, std::uint64_t valueCount) {
+std::unique_ptr<StreamReader> openDataArrayOf(const FilePtr& file, const DataArray& array, std::uint64_t valueCount) {
     std::uint64_t heldCount = 0;
-    auto reader = openDataArrayReader(array, heldCount);
+    auto reader = openDataArrayReader(file, array, heldCount);
     if (array.format != DataArrayFormat::Ascii && heldCount != valueCount)
         throw IOException(valueCountMismatch(array, valueCount, heldCount));
     return reader;
@@ -57,22 +63,22 @@ std::uint64_t announcedValueCount(const DataArray& array) {
     return valueCount;
 }
 
-void checkValueCount(const DataArray& array) {
+void checkValueCount(const FilePtr& file, const DataArray& array) {
     const std::uint64_t valueCount = announcedValueCount(array);
     if (valueCount == 0)
         return; // such an array may lack even its header
     if (array.format != DataArrayFormat::Ascii)
-        openDataArrayOf(array, valueCount);
+        openDataArrayOf(file, array, valueCount);
     else if (valueCount > (array.length + 1) / 2) // a character for each, and one between two
         throw IOException(textTooShort(array, valueCount));
 }
 
 template <class Dst>
-void readComponent(const DataArray& array, std::uint16_t component, Dst* dst) {
+void readComponent(const FilePtr& file, const DataArray& array, std::uint16_t component, Dst* dst) {
     const std::uint64_t valueCount = announcedValueCount(array);
     if (valueCount == 0)
         return;
-    const auto reader = openDataArrayOf(array, valueCount);
+    const auto reader = openDataArrayOf(file, array, valueCount);
     visitElementType(array.type, [&]<class Src>(std::type_identity<Src>) {
         reader->readValues<Dst, Src>(dst, array.numberOfTuples, static_cast<short>(array.numberOfComponents),
                                      static_cast<short>(component));
@@ -81,11 +87,11 @@ void readComponent(const DataArray& array, std::uint16_t component, Dst* dst) {
         throw IOException(textTooLong(array, valueCount));
 }
 
-template void readComponent(const DataArray&, std::uint16_t, std::uint8_t*);
-template void readComponent(const DataArray&, std::uint16_t, std::int16_t*);
-template void readComponent(const DataArray&, std::uint16_t, std::int32_t*);
-template void readComponent(const DataArray&, std::uint16_t, float*);
-template void readComponent(const DataArray&, std::uint16_t, double*);
+template void readComponent(const FilePtr&, const DataArray&, std::uint16_t, std::uint8_t*);
+template void readComponent(const FilePtr&, const DataArray&, std::uint16_t, std::int16_t*);
+template void readComponent(const FilePtr&, const DataArray&, std::uint16_t, std::int32_t*);
+template void readComponent(const FilePtr&, const DataArray&, std::uint16_t, float*);
+template void readComponent(const FilePtr&, const DataArray&, std::uint16_t, double*);
 
 template <class Dst>
 void readIntegers(StreamReader& reader, const DataArray& array, Dst* dst, std::size_t valueCount) {

@@ -4,18 +4,26 @@
 
 #include "xml/DataArray.h"
 
+#include "host/File.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 
 namespace veltra::vtkfile {
 
-/// Opens an array's file and stacks the streams that yield its plain values. `valueCount` receives the values that
-/// binary data hold, 0 for ascii.
+/// An open file, which readers of several of its arrays may share.
+using FilePtr = std::shared_ptr<const dataio::File>;
+
+/// Opens the file that holds an array. Throws FileAccessException.
+FilePtr openFile(const DataArray& array);
+
+/// Stacks the streams that yield an array's plain values over its file. `valueCount` receives the values that binary
+/// data hold, 0 for ascii.
 ///
-/// Every call opens the file for itself, so calls share nothing. Throws IOException when the file cannot be opened or
-/// the array's header claims what the file cannot hold, and std::bad_alloc. [any thread]
-std::unique_ptr<StreamReader> openDataArrayReader(const DataArray& array, std::uint64_t& valueCount);
+/// Throws IOException when the array's header claims what the file cannot hold, and std::bad_alloc. [any thread]
+std::unique_ptr<StreamReader> openDataArrayReader(const FilePtr& file, const DataArray& array,
+                                                  std::uint64_t& valueCount);
 
 /// The same over a stream that stands at the start of the array's file.
 std::unique_ptr<StreamReader> makeStreamReader(dataio::InputStreamPtr stream, const DataArray& array,
@@ -23,7 +31,7 @@ std::unique_ptr<StreamReader> makeStreamReader(dataio::InputStreamPtr stream, co
 
 /// Opens an array that must hold `valueCount` values. Throws IOException when binary data hold another number.
 /// [any thread]
-std::unique_ptr<StreamReader> openDataArrayOf(const DataArray& array, std::uint64_t valueCount);
+std::unique_ptr<StreamReader> openDataArrayOf(const FilePtr& file, const DataArray& array, std::uint64_t valueCount);
 
 /// The values that an array's record announces: tuples times components. Throws IOException when there are more
 /// components than readers count or there is no such number.
@@ -31,14 +39,14 @@ std::uint64_t announcedValueCount(const DataArray& array);
 
 /// Throws IOException when an array cannot hold the values that its record announces: binary data hold another number,
 /// or ascii text is too short for so many. Reads headers at most. [any thread]
-void checkValueCount(const DataArray& array);
+void checkValueCount(const FilePtr& file, const DataArray& array);
 
 /// Reads one component of every tuple of an array into `dst`, which has room for numberOfTuples values. Throws
 /// IOException when the array holds fewer or more values, and what StreamReader::readValues throws. [any thread]
 ///
 /// Dst is std::uint8_t, std::int16_t, std::int32_t, float or double.
 template <class Dst>
-void readComponent(const DataArray& array, std::uint16_t component, Dst* dst);
+void readComponent(const FilePtr& file, const DataArray& array, std::uint16_t component, Dst* dst);
 
 /// Reads the next `valueCount` values of an array of integers with one component, with the instance of readValues for
 /// its element type. Throws IOException for an array of floating-point numbers.

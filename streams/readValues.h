@@ -8,11 +8,12 @@
 
 #include "host/exceptions.h"
 #include "host/kro.h"
+#include "host/readSome.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <type_traits>
+#include <utility>
 
 namespace veltra::vtkfile {
 
@@ -20,15 +21,20 @@ namespace veltra::vtkfile {
 template <class Dst, class Src>
 class StreamReader::Run {
 public:
-    Run(StreamReader& reader, Dst* dst, short numComponents, short component)
-        : reader_(reader), dst_(dst), numComponents_(static_cast<std::size_t>(numComponents)),
-          component_(component < 0 ? numComponents_ : static_cast<std::size_t>(component)) {}
+    /// For `valueCount` values, of all components, which are then read a part at a time.
+    Run(StreamReader& reader, Dst* dst, std::uint64_t valueCount, short numComponents, short component)
+        : reader_(reader), dst_(dst), unfetchedCount_(valueCount),
+          numComponents_(static_cast<std::size_t>(numComponents)),
+          component_(component < 0 ? numComponents_ : static_cast<std::size_t>(component)) {
+        const bool hasLongParts = valueCount / 100 * sizeof(Src) >= buffer_.size() / 4;
+        readsInPlace_ = isStoredAsRead<Dst, Src> && numComponents_ == 1 && component_ == 0 && hasLongParts;
+    }
 
-    /// Consumes the next `valueCount` values, of all components.
+    /// Consumes the next `valueCount` values.
     void read(std::uint64_t valueCount) {
         if (!reader_.binary_)
             readText(valueCount);
-        else if (isStoredAsRead<Dst, Src> && numComponents_ == 1 && component_ == 0)
+        else if (readsInPlace_)
             readInPlace(valueCount);
         else
             readBuffered(valueCount);
@@ -46,39 +52,50 @@ private:
     }
 
     void readInPlace(std::uint64_t valueCount) {
-        readBytes(reinterpret_cast<std::uint8_t*>(dst_), valueCount, [&](std::size_t arrived) {
-            if (reader_.swapBytes_)
-                reverseAll(dst_, arrived);
-            dst_ += arrived;
-        });
+        dataio::InputStreamInterface& stream = *reader_.stream_;
+        const std::uint64_t begin = stream.position();
+        try {
+            stream.read(reinterpret_cast<std::uint8_t*>(dst_), valueCount * sizeof(Src));
+        } catch (...) {
+            arrive((stream.position() - begin) / sizeof(Src));
+            throw;
+        }
+        arrive(valueCount);
+    }
+
+    void arrive(std::uint64_t valueCount) {
+        if (reader_.swapBytes_)
+            reverseAll(dst_, valueCount);
+        dst_ += valueCount;
     }
 
     void readBuffered(std::uint64_t valueCount) {
-        alignas(Src) std::array<std::uint8_t, 0x4000> buffer;
         while (valueCount > 0) {
-            const std::size_t count = std::min<std::uint64_t>(valueCount, buffer.size() / sizeof(Src));
-            readBytes(buffer.data(), count, [&](std::size_t arrived) {
-                if (reader_.swapBytes_)
-                    deliver<true>(buffer.data(), arrived);
-                else
-                    deliver<false>(buffer.data(), arrived);
-            });
+            if (end_ - begin_ < sizeof(Src))
+                fetch();
+            const std::size_t count = std::min<std::uint64_t>(valueCount, (end_ - begin_) / sizeof(Src));
+            if (reader_.swapBytes_)
+                deliver<true>(buffer_.data() + begin_, count);
+            else
+                deliver<false>(buffer_.data() + begin_, count);
+            begin_ += count * sizeof(Src);
             valueCount -= count;
         }
     }
 
-    /// Reads values into `bytes` and passes on how many arrived, also when a failure cuts them short.
-    template <class Arrived>
-    void readBytes(std::uint8_t* bytes, std::size_t valueCount, Arrived arrived) {
-        dataio::InputStreamInterface& stream = *reader_.stream_;
-        const std::uint64_t begin = stream.position();
-        try {
-            stream.read(bytes, valueCount * sizeof(Src));
-        } catch (...) {
-            arrived((stream.position() - begin) / sizeof(Src));
-            throw;
+    /// Puts the next values into the buffer: at least one, or the stream says why there is none.
+    void fetch() {
+        std::copy(buffer_.begin() + begin_, buffer_.begin() + end_, buffer_.begin()); // of a value cut by a failure
+        end_ -= std::exchange(begin_, 0);
+        const std::size_t capacity = buffer_.size() / sizeof(Src) * sizeof(Src) - end_;
+        const std::size_t byteCount = std::min<std::uint64_t>(unfetchedCount_ * sizeof(Src) - end_, capacity);
+        std::size_t count = dataio::readSome(*reader_.stream_, buffer_.data() + end_, byteCount);
+        if (end_ + count < sizeof(Src)) {
+            reader_.stream_->read(buffer_.data() + end_ + count, sizeof(Src) - end_ - count);
+            count = sizeof(Src) - end_;
         }
-        arrived(valueCount);
+        end_ += count;
+        unfetchedCount_ -= end_ / sizeof(Src);
     }
 
     /// Stores the wanted component of the values in `bytes`.
@@ -104,9 +121,14 @@ private:
 
     StreamReader& reader_;
     Dst* dst_;
+    std::uint64_t unfetchedCount_; // of the values that go through the buffer
     std::size_t numComponents_;
     std::size_t component_;
     std::size_t current_ = 0; // component of the next value
+    bool readsInPlace_;
+    std::size_t begin_ = 0; // what stands in the buffer
+    std::size_t end_ = 0;
+    alignas(Src) std::array<std::uint8_t, 0x4000> buffer_; // left uninitialised
 };
 
 template <class Dst, class Src>
@@ -115,7 +137,7 @@ void StreamReader::readValues(Dst* dst, std::size_t count, short numComponents, 
     if (total == 0)
         return;
     const std::uint64_t interval = total < 100 ? 1 : total / 100;
-    Run<Dst, Src> run(*this, dst, numComponents, component);
+    Run<Dst, Src> run(*this, dst, total, numComponents, component);
     std::uint64_t done = std::min(interval, total);
     run.read(done);
     while (done < total) {

@@ -109,6 +109,9 @@ void* operator new(std::size_t byteCount) {
     void* bytes = test::allocationFails(__builtin_return_address(0)) ? nullptr : allocate(byteCount);
     return bytes ? bytes : throw std::bad_alloc();
 }
+void* operator new(std::size_t byteCount, const std::nothrow_t&) noexcept {
+    return test::allocationFails(__builtin_return_address(0)) ? nullptr : allocate(byteCount);
+}
 void operator delete(void* bytes) noexcept {
     std::free(bytes);
 }
