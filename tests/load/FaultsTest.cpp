@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <iostream>
 
 namespace test {
@@ -98,7 +99,7 @@ struct Injection {
     std::string name;
     std::function<void(Host&, std::int64_t number)> arm;
     std::function<bool(Host&, std::int64_t number)> hasHappened; // and disarms
-    std::vector<std::string> dialogs;                            // the beginnings of the only ones allowed
+    std::vector<std::string> dialogs;                            // the only ones allowed, with * in place of a path
     bool isInterrupt = false;
 };
 
