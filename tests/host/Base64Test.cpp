@@ -78,6 +78,7 @@ TEST(Base64InputStream, YieldsItsBytesAndThenTellsWhyItStops) {
         {"Zm9vZg=", "foo", endOfGroup},
         {"Zm9v!m9v", "foo", "Found \"!\"" + expected},
         {"Zm9vZm9\a", "foo", "Found byte 0x07" + expected},
+        {"Zm9v\x7F", "foo", "Found byte 0x7F" + expected},
         {"Zm9v====", "foo", "Found \"=\"" + expected},
         {"Zm9vZ===", "foo", "Found \"=\"" + expected},
         {"Zm9vZg=v", "foo", "Found \"v\"" + expected}};

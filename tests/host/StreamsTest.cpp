@@ -73,6 +73,14 @@ TEST(Streams, OfEveryKindKeepTheContractInAllSplits) {
     }
 }
 
+TEST(ByteInputStream, ReadsItsBytesAgainAndWhatTheirOwnerMakesOfThem) {
+    ByteInputStream stream(std::make_shared<ByteInputStream::Bytes>());
+    stream.bytes()->assign({'a', 'b'});
+    EXPECT_EQ(readOnce(stream, 2).bytes, "ab");
+    stream.reset();
+    EXPECT_EQ(readOnce(stream, 2).bytes, "ab");
+}
+
 TEST(FileInputStream, RefusesWhatIsNotAFile) {
     const TemporaryFolder folder;
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);

@@ -117,10 +117,12 @@ TEST(Pieces, AnEmptyMemberOfACollectionIsPassedOver) {
     expectZone(load, vtu().piece(mixed()).expected());
 }
 
-TEST(Variables, OfOneNameAtNodesAndCellsAreTwoAndPlanesHaveTwoCoordinates) {
+TEST(Variables, OfOneNameAtNodesAndCellsAreTwoAndPlanesAndLinesHaveFewerCoordinates) {
     MeshPiece line = singleCell(3).withPointData(variedValues("p", ElementType::Float32, 2));
     line.points = reals("coordinates", ElementType::Float64, {0, 1, 2, 3}, 2);
     expectUndisturbed(vtu().piece(line.withCellData(variedValues("p", ElementType::UInt16, 1))));
+    line.points = reals("coordinates", ElementType::Float64, {0, 1});
+    expectUndisturbed(vtu().piece(line));
 }
 
 } // namespace test
