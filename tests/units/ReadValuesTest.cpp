@@ -58,7 +58,7 @@ TEST(DataStreams, OfCompressedBlocksKeepTheContractInAllSplits) {
 TEST(ReadValues, PollsBetweenValuesAtFixedPlaces) {
     krohost::Host host;
     for (const bool binary : {false, true})
-        for (const std::size_t total : {0, 1, 2, 5, 99, 100, 199, 200, 1000, 54321}) {
+        for (const std::size_t total : {0, 1, 2, 5, 99, 100, 199, 200, 1000, 54321, 450000}) {
             std::string source;
             for (std::size_t value = 0; value < total; ++value)
                 source += binary ? "\1" : "1 ";
@@ -128,6 +128,25 @@ TEST(ReadValues, KeepsWhatWasStoredBeforeAFailure) {
         EXPECT_EQ(stored(-1, bytes, true)[1], 2);
         EXPECT_EQ(stored(-1.0, bytes, true), (std::vector{1, 2, -1, -1}));
         EXPECT_EQ(stored(-1, "1 2 x 4", false), (std::vector{1, 2, -1, -1}));
+    }
+}
+
+TEST(ReadValues, OfLongArraysGoStraightToTheirPlace) {
+    constexpr std::int32_t count = 150'000, arrivedCount = 123'456;
+    for (const bool bigEndian : {false, true}) {
+        std::string bytes;
+        std::vector<std::int32_t> expected(count);
+        for (std::int32_t& value : expected)
+            bytes += valueBytes(value = static_cast<std::int32_t>(bytes.size() * 2654435761), bigEndian);
+        std::vector<std::int32_t> values(count, -1);
+        StreamReader reader(byteStream(bytes), true, bigEndian);
+        reader.readValues<std::int32_t, std::int32_t>(values.data(), count, 1, 0);
+        EXPECT_TRUE(values == expected);
+        std::ranges::fill(values, -1);
+        std::fill(expected.begin() + arrivedCount, expected.end(), -1);
+        StreamReader cut(byteStream(bytes.substr(0, 4 * arrivedCount)), true, bigEndian);
+        EXPECT_THROW((cut.readValues<std::int32_t, std::int32_t>(values.data(), count, 1, 0)), veltra::IOException);
+        EXPECT_TRUE(values == expected);
     }
 }
 
