@@ -9,6 +9,7 @@
 #include <atomic>
 #include <bit>
 #include <cmath>
+#include <exception>
 #include <limits>
 #include <mutex>
 #include <system_error>
@@ -98,6 +99,8 @@ public:
             std::vector<std::jthread> helpers = startHelpers();
             work();
         }
+        if (failure_)
+            std::rethrow_exception(failure_);
         for (Record& record : records_)
             host_.journal.append(std::move(record));
         return std::move(results_);
@@ -116,7 +119,18 @@ private:
         return helpers;
     }
 
-    void work() {
+    /// A thread that fails, which is for want of memory, ends the work of all.
+    void work() noexcept {
+        try {
+            serveAll();
+        } catch (...) {
+            const std::lock_guard lock{progressMutex_};
+            failure_ = std::current_exception();
+            next_ = targets_.size();
+        }
+    }
+
+    void serveAll() {
         for (std::size_t index = next_++; index < targets_.size() && !interrupt.isRequested(); index = next_++) {
             {
                 const Journal::Redirection redirection{records_[index]};
@@ -141,6 +155,7 @@ private:
     std::atomic<std::size_t> next_{0};
     std::mutex progressMutex_;
     std::size_t doneCount_ = 0;
+    std::exception_ptr failure_;
 };
 
 template <class Item, class Result>

@@ -86,7 +86,8 @@ private:
         for (const auto& [place, text] : file_.attributes_) {
             if (place.first != key && place.first != element)
                 continue;
-            std::erase_if(attributes, [&](const auto& attribute) { return attribute.first == place.second; });
+            std::erase_if(attributes,
+                          [&name = place.second](const auto& attribute) { return attribute.first == name; });
             if (text)
                 attributes.emplace_back(place.second, *text);
         }

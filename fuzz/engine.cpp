@@ -1,0 +1,7 @@
+#include "fuzz/fuzz.h"
+
+/// What libFuzzer calls.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t byteCount) {
+    fuzz::outcome({data, byteCount});
+    return 0;
+}

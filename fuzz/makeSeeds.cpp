@@ -1,0 +1,269 @@
+// Writes the inputs that fuzzing starts from, a folder for each target:
+//
+//     fuzz_seeds DIR
+//
+// Inputs that a fuzzer found are added to these folders by hand.
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/VtuBuilder.h"
+#include "tests/support/meshes.h"
+
+#include <zlib.h>
+
+#include <cmath>
+#include <exception>
+#include <iostream>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace test;
+
+using Inputs = std::map<std::string, std::string>;
+
+/// Two pieces with a point, a cell and a field array in each encoding, and what is not mesh.
+Inputs files() {
+    Inputs files;
+    const MeshPiece piece = mixed().withPointData(integers("i", ElementType::Int64, numbers(12)));
+    for (const Encoding& encoding : allEncodings())
+        if (!encoding.bigEndian)
+            files[encoding.name()] = vtu().piece(hexahedron()).timeValue(1.5).encoding(encoding).text();
+    files["mixed"] = vtu().piece(mixed()).piece(mixed()).appendedRaw().bigEndian().text();
+    files["points"] = vtu().piece(singleCell(1)).version({2, 1}).text();
+    files["high order"] = vtu().piece(singleCell(72, 3)).base64().compressed(100).text();
+    files["no cells"] =
+        "<VTKFile type='UnstructuredGrid'><UnstructuredGrid><Piece NumberOfPoints='1'><Points><DataArray "
+        "NumberOfComponents='1'>1</DataArray></Points><Cells><DataArray Name='connectivity'/><DataArray "
+        "Name='offsets'/><DataArray Name='types'/></Cells></Piece></UnstructuredGrid></VTKFile>";
+    files["short"] = "<VTKFile type='UnstructuredGrid'><Piece NumberOfPoints='1'><PointData>"
+                     "<DataArray>1</DataArray></PointData></Piece></VTKFile>";
+    return files;
+}
+
+std::string blocks(const std::string& content) {
+    return "<VTKFile type='vtkMultiBlockDataSet'><FieldData><DataArray Name='t'>7</DataArray></FieldData>"
+           "<vtkMultiBlockDataSet>" +
+           content + "</vtkMultiBlockDataSet></VTKFile>";
+}
+
+std::string parallel(const std::string& content) {
+    return "<VTKFile type='PUnstructuredGrid'><PUnstructuredGrid>" + content + "</PUnstructuredGrid></VTKFile>";
+}
+
+Inputs documents() {
+    Inputs documents = files();
+    documents["markup"] = "\xEF\xBB\xBF<?xml version='1.0'?><!-- a > b --><a b='&lt;>'><![CDATA[<x>]]]><?p <y> ?>"
+                          "<DataArray> 1 2 </DataArray><DataArray/><n:c xmlns:n='u' n:d='e'/>text</a>";
+    documents["entities"] = "<?xml version='1.0' encoding='ISO-8859-1'?><!DOCTYPE a [<!ENTITY e '<b>x</b>'><!-- > -->]>"
+                            "<a b='&e;'>&e;<DataArray>&e;</DataArray></a>";
+    documents["ends early"] = "<a><DataArray>1";
+    documents["parallel"] = parallel("<Piece Source='a.vtu'/>");
+    documents["blocks"] = blocks("<Block name='b'><DataSet file='a.vtu' name='c'/></Block><DataSet file='/x'/>");
+    return documents;
+}
+
+Inputs collections() {
+    const std::string separator = "\n@@@@\n";
+    const std::string member = vtu().piece(hexahedron()).timeValue(2).text();
+    const std::string small = files()["no cells"];
+    return {{"blocks", blocks("<Block name='b'><DataSet file='1.vtu' name='c'/></Block><DataSet file='2.vtu'/>") +
+                           separator + member + separator + vtu().piece(singleCell(10)).base64().text()},
+            {"parallel",
+             parallel("<Piece Source='1.vtu'/><Piece Source='2.vtu'/>") + separator + small + separator + small},
+            {"nested", blocks("<DataSet file='1.vtu'/>") + separator + blocks("<DataSet file='2.vtu'/>")},
+            {"itself", parallel("<Piece Source='case.vtm'/>")},
+            {"missing", blocks("<DataSet file='1.vtu'/><DataSet file='gone.vtu'/>") + separator + small},
+            {"none", blocks("")}};
+}
+
+std::string words(const std::vector<std::uint64_t>& values, bool wide, bool bigEndian) {
+    std::string bytes;
+    for (const std::uint64_t value : values)
+        bytes += wide ? valueBytes(value, bigEndian) : valueBytes(static_cast<std::uint32_t>(value), bigEndian);
+    return bytes;
+}
+
+Inputs headers() {
+    const std::vector<std::pair<std::string, std::vector<std::uint64_t>>> rows{{"none", {}},
+                                                                               {"eight", {8}},
+                                                                               {"blocks", {2, 16, 8, 12, 9}},
+                                                                               {"no block", {0, 0, 0}},
+                                                                               {"too many", {1u << 30, 16, 8}},
+                                                                               {"too large", {2, ~0ull, 8, 12, 9}},
+                                                                               {"too long", {2, 16, 8, 12, ~0ull}},
+                                                                               {"exact", {2, 16, 8, 12, 12}},
+                                                                               {"one more", {2, 16, 8, 12, 13}}};
+    Inputs inputs;
+    for (const auto& [name, values] : rows)
+        for (const int setting : {0, 1, 2, 3}) {
+            const char kind = values.size() > 1 ? 9 : 8;
+            inputs[name + std::to_string(setting)] =
+                std::string{static_cast<char>(setting % 2), static_cast<char>(setting / 2), kind} +
+                words(values, setting % 2 == 1, setting / 2 == 1) + std::string(24, 'x');
+        }
+    return inputs;
+}
+
+std::string deflated(const std::string& text) {
+    uLongf byteCount = compressBound(text.size());
+    std::string bytes(byteCount, '\0');
+    compress(reinterpret_cast<Bytef*>(bytes.data()), &byteCount, reinterpret_cast<const Bytef*>(text.data()),
+             text.size());
+    return bytes.substr(0, byteCount);
+}
+
+/// The chunk, the bytes of a block and of the last, then each block: whether it is to be deflated, and what is in it.
+std::string blockInput(std::uint16_t blockByteCount, std::uint16_t lastByteCount,
+                       const std::vector<std::pair<bool, std::string>>& content) {
+    std::string bytes = "\x09" + valueBytes(blockByteCount, false) + valueBytes(lastByteCount, false);
+    bytes += static_cast<char>(content.size() - 1);
+    for (const auto& [isSound, text] : content)
+        bytes += (isSound ? '\1' : '\0') + valueBytes(static_cast<std::uint16_t>(text.size()), false) + text;
+    return bytes;
+}
+
+Inputs inflates() {
+    const std::string text = asciiText(integers("a", ElementType::Int32, numbers(60)));
+    const std::string whole = deflated(text);
+    std::string foreign = whole;
+    foreign[whole.size() / 2] ^= 0x55;
+    const auto byteCount = static_cast<std::uint16_t>(text.size());
+    return {{"sound", blockInput(100, 20, {{true, text.substr(0, 100)}, {true, text.substr(100, 20)}})},
+            {"full", blockInput(byteCount, 0, {{false, whole}, {true, text}})},
+            {"cut", blockInput(byteCount, 0, {{false, whole.substr(0, whole.size() - 9)}, {true, text}})},
+            {"foreign", blockInput(byteCount, 7, {{false, foreign}, {true, text.substr(0, 7)}})},
+            {"no room", blockInput(50, 0, {{false, whole}})},
+            {"implausible", blockInput(0xFFFF, 0, {{false, "x"}})}};
+}
+
+Inputs base64s() {
+    return {{"groups", "\x20\x05" + base64("any carnal pleasure") + "\n" + base64("a") + base64("ab") + " < "},
+            {"no room", "\x05\x03" + base64("any carnal pleas")},
+            {"blanks", "\x40\x40 Y\tW\n5\r5 \v\f"},
+            {"foreign", "\x40\x07YWJj!WJj"},
+            {"padding", "\x40\x07YWJj=WJjYW=j"},
+            {"cut", "\x40\x07YWJjYW"},
+            {"long", "\xFF\xFD" + base64(std::string(4000, 'x'))}};
+}
+
+Inputs numberTexts() {
+    Inputs inputs;
+    for (char type = 0; type < 10; ++type) {
+        const std::string key = std::to_string(type), first(1, type);
+        inputs["sound" + key] = first + "1 2\n+3 0 127 00000000000000000000009 7";
+        inputs["range" + key] =
+            first + (type < 8 ? "5-6 18446744073709551616" : "1.5e-3-2 inf NaN 1e-400 -1e-400 1e400");
+        inputs["foreign" + key] = first + (type < 8 ? "-0 1.5" : ".5 5. -infinity nan(x) 1e5 0x10");
+    }
+    return inputs;
+}
+
+Inputs instructionLists() {
+    const std::string start = "STANDARDSYNTAX\n1.0\n";
+    return {{"one", start + "FILENAME_FILE\na b.vtu"},
+            {"all", start + "SOLUTIONTIMESOURCE\nFROMFILENAME\nSTRAND_ID\n3\nFILELIST_DATAFILES\n2\na\nb\n"
+                            "SOLUTION_TIMES\n2\n0.5\n1e3"},
+            {"no file", start + "STRAND_ID\n3"},
+            {"preamble", "STANDARDSYNTAX\n2.0"},
+            {"count", start + "FILELIST_DATAFILES\n9\na"},
+            {"source", start + "SOLUTIONTIMESOURCE\nx"},
+            {"strand", start + "STRAND_ID\nx"},
+            {"keyword", start + "X"},
+            {"bad count", start + "SOLUTION_TIMES\n-1"}};
+}
+
+std::string bytesOf(const std::vector<int>& values) {
+    return {values.begin(), values.end()};
+}
+
+Inputs cellLists() {
+    Inputs inputs;
+    for (int encoding = 0; encoding < 25; encoding += 3) // hexahedra, wedges, vertices; and many, beyond a block
+        inputs["some" + std::to_string(encoding)] = bytesOf({encoding, 9, 1, 6, 0, 3, 8, 0, 2, 0, 0, 1, 6, 0, 4});
+    std::vector<int> many{4, 255, 1};
+    for (int run = 0; run < 10; ++run)
+        many.insert(many.end(), {6 + run % 3, 0, 255});
+    inputs["many"] = bytesOf(many);
+    inputs["dimensions"] = bytesOf({0, 0, 0, 6, 0, 0, 2, 0, 0});
+    inputs["type"] = bytesOf({0, 0, 0, 215, 0, 0});
+    inputs["nodes"] = bytesOf({0, 0, 0, 6, 200, 0});
+    inputs["none"] = bytesOf({0, 0, 0});
+    std::vector<int> kinds{0, 0, 0};
+    for (const int type : {5, 6, 7, 8, 9, 12, 14, 18, 19, 20})
+        for (const int order : {0, 1, 2, 3})
+            kinds.insert(kinds.end(), {type, type < 18 ? 0 : order, 0});
+    inputs["kinds"] = bytesOf(kinds);
+    return inputs;
+}
+
+Inputs nodeMaps() {
+    Inputs inputs;
+    for (int kind = 0; kind < 256; kind += 17) {
+        const int encoding = kind / 10;
+        std::vector<int> bytes{kind, kind, encoding, 4, 1};
+        for (const int pointCount : {20, 150}) {
+            bytes.insert(bytes.end(), {pointCount, kind, 11});
+            for (int cell = 0; cell < 11; ++cell)
+                bytes.insert(bytes.end(), {cell * 23 + kind, cell});
+        }
+        inputs["sound" + std::to_string(kind)] = bytesOf(bytes);
+        bytes.push_back(kind + 1);
+        inputs["damaged" + std::to_string(kind)] = bytesOf(bytes);
+    }
+    return inputs;
+}
+
+Inputs valueLists() {
+    Inputs inputs;
+    for (int type = 0; type < 10; ++type)
+        for (int stored = 0; stored < 5; ++stored) {
+            const Array array = variedValues("a", static_cast<ElementType>(type), 7);
+            const Encoding raw{Format::AppendedRaw, false, stored % 2 == 1};
+            inputs[std::to_string(type) + std::to_string(stored)] =
+                bytesOf({type, stored, (type + stored) % 4, stored, stored / 2}) + encodedArray(array, raw).substr(4);
+        }
+    const Array limits =
+        reals("a", ElementType::Float64, {-2147483648.0, 2147483648.0, -2147483649.0, 1e300, std::nan("")});
+    for (int stored = 0; stored < 5; ++stored)
+        inputs["limits" + std::to_string(stored)] =
+            bytesOf({9, stored, 0, 0, 0}) + encodedArray(limits, {Format::AppendedRaw}).substr(4);
+    return inputs;
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    if (argumentCount != 2) {
+        std::cerr << "usage: fuzz_seeds DIR\n";
+        return 2;
+    }
+    const std::map<std::string, Inputs> inputsOfTargets{{"base64", base64s()},
+                                                        {"collection", collections()},
+                                                        {"document", documents()},
+                                                        {"file_model", documents()},
+                                                        {"header", headers()},
+                                                        {"inflate", inflates()},
+                                                        {"instructions", instructionLists()},
+                                                        {"load", files()},
+                                                        {"node_map", nodeMaps()},
+                                                        {"numbers", numberTexts()},
+                                                        {"sections", cellLists()},
+                                                        {"values", valueLists()}};
+    try {
+        for (const auto& [target, inputs] : inputsOfTargets)
+            for (const auto& [name, bytes] : inputs) {
+                std::string fileName = name;
+                std::ranges::replace(fileName, ' ', '-');
+                std::erase(fileName, ',');
+                const std::filesystem::path folder = std::filesystem::path(arguments[1]) / target;
+                std::filesystem::create_directories(folder);
+                writeFile(folder / fileName, bytes);
+            }
+    } catch (const std::exception& failure) {
+        std::cerr << failure.what() << '\n';
+        return 1;
+    }
+    return 0;
+}
