@@ -18,6 +18,9 @@ namespace {
 
 using Path = std::shared_ptr<const boost::filesystem::path>;
 
+/// How many of a collection's field data its members have too.
+constexpr std::size_t inheritedPairLimit = 100;
+
 /// Shows the parsing of a file as a task of as many steps as the file has bytes.
 class ParseReporter final : public ParseProgress {
 public:
@@ -93,7 +96,9 @@ void readFile(const Path& path, ui::TaskProgress& progress, LoadedFiles& loaded)
     parse(parser);
     addZone(path, parser, loaded, {});
 
-    const std::vector<NameValuePair> fieldData = loaded.files.back().fieldData;
+    // Every member gets a copy, so that the number is bounded.
+    std::vector<NameValuePair> fieldData = loaded.files.back().fieldData;
+    fieldData.resize(std::min(fieldData.size(), inheritedPairLimit));
     const std::vector<Path>& members = parser.referencedFiles();
     progress.setStepCount(members.size());
     for (std::size_t index = 0; index < members.size(); ++index)

@@ -25,6 +25,10 @@ std::string tooManyInnerEnds(std::size_t limit) {
     return (format("The XML data is ill formed. A tag holds more than %1% \">\" characters") % limit).str();
 }
 
+std::string tooManyEquals(std::size_t limit) {
+    return (format("The XML data is ill formed. A tag holds more than %1% \"=\" characters") % limit).str();
+}
+
 std::string nestedTooDeep(std::size_t depthLimit) {
     return (format("The XML data is ill formed. Elements are nested more than %1% deep") % depthLimit).str();
 }

@@ -86,6 +86,20 @@ TEST(Collections, NameTheirMembersAndTheZonesTheyBecome) {
         EXPECT_EQ(outcome({"FILENAME_FILE", folder.write(file, text)}, nameAndBlock), zones) << file;
 }
 
+TEST(Collections, GiveTheirMembersTheFirstOfTheirFieldData) {
+    const TemporaryFolder folder;
+    cube().write(folder / "p.vtu");
+    std::string arrays;
+    for (int array = 0; array < 120; ++array)
+        arrays += "<DataArray type='Int8' format='ascii' Name='f" + std::to_string(array) + "'>7</DataArray>";
+    const std::string path =
+        folder.write("many.vtm", blocks("<FieldData>" + arrays + R"(</FieldData><DataSet file="p.vtu"/>)"));
+    const auto pairs = [](const krohost::Zone& zone) {
+        return std::to_string(zone.auxiliaryData.size()) + zone.auxiliaryData.at("f99");
+    };
+    EXPECT_EQ(outcome({"FILENAME_FILE", path}, pairs), "1007 ");
+}
+
 TEST(SolutionTimes, MayHaveAnyTypeAndEncoding) {
     using test::Format;
     const TemporaryFolder folder;
