@@ -31,12 +31,13 @@ constexpr std::size_t stride = 32;
 
 /// Whether the next cells, as many as a stride, are all of this kind. Another offset stands before the first.
 bool areAlike(const VtkCell::Type* types, const std::int64_t* offsets, VtkCell::Type type, std::int64_t nodeCount) {
+    const std::int64_t* previous = offsets - 1;
     unsigned differentTypes = 0;
     std::uint64_t differentCounts = 0;
     for (std::size_t cell = 0; cell < stride; ++cell)
         differentTypes |= static_cast<unsigned>(types[cell]) ^ static_cast<unsigned>(type);
     for (std::size_t cell = 0; cell < stride; ++cell)
-        differentCounts |= static_cast<std::uint64_t>(difference(offsets[cell], offsets[cell - 1]) ^ nodeCount);
+        differentCounts |= static_cast<std::uint64_t>(difference(offsets[cell], previous[cell]) ^ nodeCount);
     return (differentTypes | differentCounts) == 0;
 }
 
