@@ -10,8 +10,6 @@
 
 #include <limits>
 
-#include <sys/stat.h>
-
 namespace test {
 
 namespace {
@@ -79,13 +77,6 @@ TEST(ByteInputStream, ReadsItsBytesAgainAndWhatTheirOwnerMakesOfThem) {
     EXPECT_EQ(readOnce(stream, 2).bytes, "ab");
     stream.reset();
     EXPECT_EQ(readOnce(stream, 2).bytes, "ab");
-}
-
-TEST(FileInputStream, RefusesWhatIsNotAFile) {
-    const TemporaryFolder folder;
-    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
-    for (const auto& path : {folder / "none", folder.path(), folder / "pipe"})
-        EXPECT_THROW(file(path), veltra::IOException) << path;
 }
 
 TEST(FileInputStream, EndsWhereTheFileHasShrunkAndBuffersTellOfThatInTheirPlace) {

@@ -1,8 +1,6 @@
 #include "tests/load/Load.h"
 #include "tests/support/meshes.h"
 
-#include "krohost/entries.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
