@@ -13,10 +13,13 @@ constexpr std::size_t firstBlockByteCount = 0x4000;
 
 } // namespace
 
-BufferedInputStream::BufferedInputStream(InputStreamPtr inner, std::int64_t bufferByteCount)
-    : inner_(std::move(inner)), start_(inner_->position()),
-      blockByteCount_(static_cast<std::size_t>(
-          std::clamp<std::int64_t>(inner_->available(), 1, std::max<std::int64_t>(bufferByteCount, 1)))) {}
+BufferedInputStream::BufferedInputStream(InputStreamPtr inner, std::int64_t bufferByteCount,
+                                         std::uint64_t expectedByteCount)
+    : inner_(std::move(inner)), start_(inner_->position()), expectedByteCount_(expectedByteCount) {
+    const auto most = std::min<std::uint64_t>(expectedByteCount, static_cast<std::uint64_t>(inner_->available()));
+    blockByteCount_ =
+        std::clamp<std::uint64_t>(most, 1, static_cast<std::uint64_t>(std::max<std::int64_t>(bufferByteCount, 1)));
+}
 
 void BufferedInputStream::read(std::uint8_t* dst, std::size_t byteCount) {
     while (byteCount > 0) {
@@ -65,8 +68,10 @@ void BufferedInputStream::fill() {
         buffer_ = std::make_unique_for_overwrite<std::uint8_t[]>(capacity_);
     }
     begin_ = end_ = 0;
-    const auto available = static_cast<std::size_t>(inner_->available());
-    end_ = readSome(*inner_, buffer_.get(), std::clamp<std::size_t>(available, 1, capacity_));
+    const auto available = static_cast<std::uint64_t>(inner_->available());
+    const std::uint64_t fetched = inner_->position() - start_;
+    const std::uint64_t expected = fetched < expectedByteCount_ ? expectedByteCount_ - fetched : firstBlockByteCount;
+    end_ = readSome(*inner_, buffer_.get(), std::clamp<std::uint64_t>(std::min(available, expected), 1, capacity_));
 }
 
 } // namespace veltra::dataio

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 
 namespace veltra::dataio {
 
@@ -28,6 +29,11 @@ public:
     /// Passes over `byteCount` bytes, which a stream that knows no better way reads. Throws IOException when it ends
     /// before.
     virtual void skip(std::size_t byteCount);
+
+    /// Bytes that come next and stand in memory already or are put there now, for those who can do without a copy. They
+    /// are not consumed; skip() does that. There may be none although more can be read. Valid until the next call of
+    /// another operation. Throws IOException like read().
+    virtual std::span<const std::uint8_t> peek() { return {}; }
 
     /// Bytes that can still be read: 0 at the end and never less than what is there. A stream whose bytes are encoded
     /// in the one below may answer with the most that the encoded bytes can yield.

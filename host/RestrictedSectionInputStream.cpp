@@ -24,9 +24,17 @@ void RestrictedSectionInputStream::skip(std::size_t byteCount) {
         throw IOException(unexpectedEndOfData);
 }
 
+// At the section's end the stream below is left alone: looking ahead there may fail on what is not ours.
+std::span<const std::uint8_t> RestrictedSectionInputStream::peek() {
+    const std::uint64_t rest = length_ - position();
+    if (rest == 0)
+        return {};
+    const std::span<const std::uint8_t> bytes = inner_->peek();
+    return bytes.first(std::min<std::uint64_t>(bytes.size(), rest));
+}
+
 std::int64_t RestrictedSectionInputStream::available() {
     const std::uint64_t rest = length_ - position();
-    // At the section's end the stream below is left alone: looking ahead there may fail on what is not ours.
     if (rest == 0)
         return 0;
     return static_cast<std::int64_t>(std::min(rest, static_cast<std::uint64_t>(inner_->available())));

@@ -12,6 +12,7 @@ public:
 
     void read(std::uint8_t* dst, std::size_t byteCount) override;
     void skip(std::size_t byteCount) override;
+    std::span<const std::uint8_t> peek() override;
     std::int64_t available() override;
     std::uint64_t position() override { return inner_->position() - start_; }
     void close() override { inner_->close(); }

@@ -5,10 +5,12 @@
 #include "streams/messages.h"
 
 #include "host/exceptions.h"
+#include "host/readSome.h"
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 namespace veltra::vtkfile {
 
@@ -86,25 +88,62 @@ std::size_t VtkZLibDataInputStream::deliver(std::span<std::uint8_t> dst) {
         std::fill(dst.begin(), dst.end(), std::uint8_t{0});
         return dst.size();
     }
-    // A block cannot yield more than its compressed bytes allow, whatever the table claims.
-    const std::uint64_t room =
-        std::min(blockByteCount(nextBlock_), Inflater::largestOutput(compressedSizes_[nextBlock_]));
-    if (room <= dst.size())
+    if (const std::uint64_t room = roomForNextBlock(); room <= dst.size())
         return inflateNextBlock(dst.first(room));
-    block_.resize(room);
-    blockBegin_ = 0;
-    block_.resize(inflateNextBlock(block_));
+    fill();
     return 0;
 }
 
+void VtkZLibDataInputStream::skip(std::size_t byteCount) {
+    const std::size_t count = std::min(byteCount, block_.size() - blockBegin_);
+    blockBegin_ += count;
+    position_ += count;
+    InputStreamInterface::skip(byteCount - count);
+}
+
+std::span<const std::uint8_t> VtkZLibDataInputStream::peek() {
+    while (blockBegin_ == block_.size() && nextBlock_ < numberOfBlocks_)
+        fill();
+    const auto bytes = std::span<const std::uint8_t>(block_).subspan(blockBegin_);
+    return bytes.first(std::min<std::uint64_t>(bytes.size(), uncompressedSize_ - position_));
+}
+
+/// Inflates the next block into `block_`, all of which is delivered. A failure leaves it as it was, or empty.
+void VtkZLibDataInputStream::fill() {
+    std::vector<std::uint8_t> room = std::exchange(block_, {});
+    blockBegin_ = 0;
+    room.resize(roomForNextBlock());
+    room.resize(inflateNextBlock(room));
+    block_ = std::move(room);
+}
+
+/// A block cannot yield more than its compressed bytes allow, whatever the table claims.
+std::uint64_t VtkZLibDataInputStream::roomForNextBlock() const {
+    return std::min(blockByteCount(nextBlock_), Inflater::largestOutput(compressedSizes_[nextBlock_]));
+}
+
 std::size_t VtkZLibDataInputStream::inflateNextBlock(std::span<std::uint8_t> room) {
-    if (!inflater_) {
+    if (!inflater_)
         inflater_ = std::make_unique<Inflater>();
+    const std::uint64_t compressedSize = compressedSizes_[nextBlock_];
+    std::span<const std::uint8_t> ready = fetchedSize_ == 0 ? source_->peek() : std::span<const std::uint8_t>();
+    const bool isReady = ready.size() >= compressedSize;
+    const std::size_t byteCount =
+        inflater_->inflate(isReady ? ready.first(compressedSize) : fetchBlock(compressedSize), room);
+    if (isReady)
+        source_->skip(compressedSize);
+    fetchedSize_ = 0;
+    ++nextBlock_;
+    return byteCount;
+}
+
+/// Reads a compressed block. Who asks again after a failure gets the same failure, or the rest of the same block.
+std::span<const std::uint8_t> VtkZLibDataInputStream::fetchBlock(std::uint64_t byteCount) {
+    if (!scratch_)
         scratch_ = std::make_unique_for_overwrite<std::uint8_t[]>(maxCompressedSize_);
-    }
-    const std::uint64_t compressedSize = compressedSizes_[nextBlock_++];
-    source_->read(scratch_.get(), compressedSize);
-    return inflater_->inflate({scratch_.get(), compressedSize}, room);
+    while (fetchedSize_ < byteCount)
+        fetchedSize_ += dataio::readSome(*source_, scratch_.get() + fetchedSize_, byteCount - fetchedSize_);
+    return {scratch_.get(), byteCount};
 }
 
 void VtkZLibDataInputStream::close() {

@@ -25,6 +25,8 @@ public:
     VtkZLibDataInputStream(dataio::InputStreamPtr source, const DataArray& array, std::uint64_t& valueCount);
 
     void read(std::uint8_t* dst, std::size_t byteCount) override;
+    void skip(std::size_t byteCount) override;
+    std::span<const std::uint8_t> peek() override;
     std::int64_t available() override { return static_cast<std::int64_t>(uncompressedSize_ - position_); }
     std::uint64_t position() override { return position_; }
     void close() override;
@@ -33,8 +35,11 @@ private:
     void readBlockTable(const DataArray& array);
     std::uint64_t readCompressedSizes(const DataArray& array, std::uint64_t available);
     std::uint64_t blockByteCount(std::uint64_t blockIndex) const;
-    std::size_t inflateNextBlock(std::span<std::uint8_t> room);
     std::size_t deliver(std::span<std::uint8_t> dst);
+    void fill();
+    std::uint64_t roomForNextBlock() const;
+    std::size_t inflateNextBlock(std::span<std::uint8_t> room);
+    std::span<const std::uint8_t> fetchBlock(std::uint64_t byteCount);
 
     dataio::InputStreamPtr source_;
     bool swapBytes_;
@@ -49,7 +54,8 @@ private:
     std::uint64_t position_ = 0;
     std::uint64_t nextBlock_ = 0;
     std::unique_ptr<Inflater> inflater_;
-    std::unique_ptr<std::uint8_t[]> scratch_; // one compressed block
+    std::unique_ptr<std::uint8_t[]> scratch_; // one compressed block, where it does not stand in memory as a whole
+    std::uint64_t fetchedSize_ = 0;           // of that block
     std::vector<std::uint8_t> block_;         // inflated and not yet delivered from blockBegin_ on
     std::size_t blockBegin_ = 0;
 };

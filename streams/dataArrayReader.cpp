@@ -12,9 +12,51 @@
 #include "host/FileInputStream.h"
 #include "host/exceptions.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace veltra::vtkfile {
+
+namespace {
+
+constexpr std::int64_t decodedBlockByteCount = 0x4000;
+
+/// The most that this many values usually take in a file, headers included.
+std::uint64_t usualByteCount(const DataArray& array, std::uint64_t valueCount) {
+    constexpr std::uint64_t unlimited = std::numeric_limits<std::uint64_t>::max();
+    if (valueCount > unlimited / 16)
+        return unlimited;
+    const std::uint64_t byteCount = valueCount * elementByteCount(array.type);
+    return byteCount + byteCount / 64 + 64;
+}
+
+/// Stacks the streams over an array that is expected to take this many bytes.
+std::unique_ptr<StreamReader> stackStreams(const FilePtr& file, const DataArray& array, std::uint64_t expectedByteCount,
+                                           std::uint64_t& valueCount) {
+    const bool binary = array.format != DataArrayFormat::Ascii;
+    const bool raw = array.format == DataArrayFormat::Appended && array.appendedRaw;
+    dataio::InputStreamPtr stream = std::make_shared<dataio::FileInputStream>(file);
+    const auto available = static_cast<std::uint64_t>(stream->available());
+    if (array.offset > available)
+        throw IOException(arrayOutsideFile(array, available));
+    stream->skip(array.offset);
+
+    // Text of either kind is buffered by who decodes it.
+    if (raw)
+        stream = std::make_shared<dataio::BufferedInputStream>(std::move(stream), dataio::fileBlockByteCount,
+                                                               expectedByteCount);
+    else if (binary)
+        stream = std::make_shared<dataio::Base64InputStream>(std::move(stream));
+    if (binary && array.compressed)
+        stream = std::make_shared<VtkZLibDataInputStream>(std::move(stream), array, valueCount);
+    else
+        stream = std::make_shared<VtkDataInputStream>(std::move(stream), array, valueCount);
+    if (binary && !raw && !array.compressed)
+        stream = std::make_shared<dataio::BufferedInputStream>(std::move(stream), decodedBlockByteCount);
+    return std::make_unique<StreamReader>(std::move(stream), binary, needsSwap(array.bigEndian));
+}
+
+} // namespace
 
 FilePtr openFile(const DataArray& array) {
     return std::make_shared<const dataio::File>(*array.file);
@@ -22,33 +64,12 @@ FilePtr openFile(const DataArray& array) {
 
 std::unique_ptr<StreamReader> openDataArrayReader(const FilePtr& file, const DataArray& array,
                                                   std::uint64_t& valueCount) {
-    auto stream = std::make_shared<dataio::FileInputStream>(file);
-    return makeStreamReader(
-        std::make_shared<dataio::BufferedInputStream>(std::move(stream), dataio::fileBlockByteCount), array,
-        valueCount);
-}
-
-std::unique_ptr<StreamReader> makeStreamReader(dataio::InputStreamPtr stream, const DataArray& array,
-                                               std::uint64_t& valueCount) {
-    const auto available = static_cast<std::uint64_t>(stream->available());
-    if (array.offset > available)
-        throw IOException(arrayOutsideFile(array, available));
-    stream->skip(array.offset);
-
-    const bool binary = array.format != DataArrayFormat::Ascii;
-    const bool raw = array.format == DataArrayFormat::Appended && array.appendedRaw;
-    if (binary && !raw)
-        stream = std::make_shared<dataio::Base64InputStream>(std::move(stream));
-    if (binary && array.compressed)
-        stream = std::make_shared<VtkZLibDataInputStream>(std::move(stream), array, valueCount);
-    else
-        stream = std::make_shared<VtkDataInputStream>(std::move(stream), array, valueCount);
-    return std::make_unique<StreamReader>(std::move(stream), binary, needsSwap(array.bigEndian));
+    return stackStreams(file, array, std::numeric_limits<std::uint64_t>::max(), valueCount);
 }
 
 std::unique_ptr<StreamReader> openDataArrayOf(const FilePtr& file, const DataArray& array, std::uint64_t valueCount) {
     std::uint64_t heldCount = 0;
-    auto reader = openDataArrayReader(file, array, heldCount);
+    auto reader = stackStreams(file, array, usualByteCount(array, valueCount), heldCount);
     if (array.format != DataArrayFormat::Ascii && heldCount != valueCount)
         throw IOException(valueCountMismatch(array, valueCount, heldCount));
     return reader;

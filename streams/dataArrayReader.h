@@ -25,10 +25,6 @@ FilePtr openFile(const DataArray& array);
 std::unique_ptr<StreamReader> openDataArrayReader(const FilePtr& file, const DataArray& array,
                                                   std::uint64_t& valueCount);
 
-/// The same over a stream that stands at the start of the array's file.
-std::unique_ptr<StreamReader> makeStreamReader(dataio::InputStreamPtr stream, const DataArray& array,
-                                               std::uint64_t& valueCount);
-
 /// Opens an array that must hold `valueCount` values. Throws IOException when binary data hold another number.
 /// [any thread]
 std::unique_ptr<StreamReader> openDataArrayOf(const FilePtr& file, const DataArray& array, std::uint64_t valueCount);

@@ -8,12 +8,11 @@
 
 #include "host/exceptions.h"
 #include "host/kro.h"
-#include "host/readSome.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <utility>
+#include <span>
 
 namespace veltra::vtkfile {
 
@@ -23,10 +22,9 @@ class StreamReader::Run {
 public:
     /// For `valueCount` values, of all components, which are then read a part at a time.
     Run(StreamReader& reader, Dst* dst, std::uint64_t valueCount, short numComponents, short component)
-        : reader_(reader), dst_(dst), unfetchedCount_(valueCount),
-          numComponents_(static_cast<std::size_t>(numComponents)),
+        : reader_(reader), dst_(dst), numComponents_(static_cast<std::size_t>(numComponents)),
           component_(component < 0 ? numComponents_ : static_cast<std::size_t>(component)) {
-        const bool hasLongParts = valueCount / 100 * sizeof(Src) >= buffer_.size() / 4;
+        const bool hasLongParts = valueCount / 100 * sizeof(Src) >= 0x1000;
         readsInPlace_ = isStoredAsRead<Dst, Src> && numComponents_ == 1 && component_ == 0 && hasLongParts;
     }
 
@@ -37,7 +35,14 @@ public:
         else if (readsInPlace_)
             readInPlace(valueCount);
         else
-            readBuffered(valueCount);
+            readConverted(valueCount);
+    }
+
+    /// Leaves the stream behind the last value consumed.
+    void giveBack() {
+        reader_.stream_->skip(readyByteCount_ - ready_.size());
+        ready_ = {};
+        readyByteCount_ = 0;
     }
 
 private:
@@ -69,33 +74,34 @@ private:
         dst_ += valueCount;
     }
 
-    void readBuffered(std::uint64_t valueCount) {
+    /// Converts values where the stream has them in memory, and one that is not there as a whole from a copy.
+    void readConverted(std::uint64_t valueCount) {
         while (valueCount > 0) {
-            if (end_ - begin_ < sizeof(Src))
-                fetch();
-            const std::size_t count = std::min<std::uint64_t>(valueCount, (end_ - begin_) / sizeof(Src));
-            if (reader_.swapBytes_)
-                deliver<true>(buffer_.data() + begin_, count);
-            else
-                deliver<false>(buffer_.data() + begin_, count);
-            begin_ += count * sizeof(Src);
-            valueCount -= count;
+            if (ready_.size() < sizeof(Src)) {
+                giveBack();
+                ready_ = reader_.stream_->peek();
+                readyByteCount_ = ready_.size();
+            }
+            const std::size_t count = std::min<std::uint64_t>(valueCount, ready_.size() / sizeof(Src));
+            if (count > 0) {
+                deliver(ready_.data(), count);
+                ready_ = ready_.subspan(count * sizeof(Src));
+                valueCount -= count;
+            } else {
+                std::array<std::uint8_t, sizeof(Src)> value;
+                giveBack();
+                reader_.stream_->read(value.data(), value.size());
+                deliver(value.data(), 1);
+                --valueCount;
+            }
         }
     }
 
-    /// Puts the next values into the buffer: at least one, or the stream says why there is none.
-    void fetch() {
-        std::copy(buffer_.begin() + begin_, buffer_.begin() + end_, buffer_.begin()); // of a value cut by a failure
-        end_ -= std::exchange(begin_, 0);
-        const std::size_t capacity = buffer_.size() / sizeof(Src) * sizeof(Src) - end_;
-        const std::size_t byteCount = std::min<std::uint64_t>(unfetchedCount_ * sizeof(Src) - end_, capacity);
-        std::size_t count = dataio::readSome(*reader_.stream_, buffer_.data() + end_, byteCount);
-        if (end_ + count < sizeof(Src)) {
-            reader_.stream_->read(buffer_.data() + end_ + count, sizeof(Src) - end_ - count);
-            count = sizeof(Src) - end_;
-        }
-        end_ += count;
-        unfetchedCount_ -= end_ / sizeof(Src);
+    void deliver(const std::uint8_t* bytes, std::size_t valueCount) {
+        if (reader_.swapBytes_)
+            deliver<true>(bytes, valueCount);
+        else
+            deliver<false>(bytes, valueCount);
     }
 
     /// Stores the wanted component of the values in `bytes`.
@@ -121,14 +127,12 @@ private:
 
     StreamReader& reader_;
     Dst* dst_;
-    std::uint64_t unfetchedCount_; // of the values that go through the buffer
     std::size_t numComponents_;
     std::size_t component_;
     std::size_t current_ = 0; // component of the next value
     bool readsInPlace_;
-    std::size_t begin_ = 0; // what stands in the buffer
-    std::size_t end_ = 0;
-    alignas(Src) std::array<std::uint8_t, 0x4000> buffer_; // left uninitialised
+    std::span<const std::uint8_t> ready_; // not yet consumed of what the stream has shown
+    std::size_t readyByteCount_ = 0;      // of all that it has shown
 };
 
 template <class Dst, class Src>
@@ -147,6 +151,7 @@ void StreamReader::readValues(Dst* dst, std::size_t count, short numComponents, 
         run.read(valueCount);
         done += valueCount;
     }
+    run.giveBack();
 }
 
 } // namespace veltra::vtkfile

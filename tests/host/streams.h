@@ -61,6 +61,15 @@ Delivery readInChunks(Stream&& stream, std::size_t chunkByteCount) {
     return all;
 }
 
+/// What a stream shows of its next bytes, passed over behind the look.
+inline std::string peekAndSkip(veltra::dataio::InputStreamInterface& stream, std::size_t largest) {
+    const auto shown = stream.peek();
+    const auto bytes = shown.first(std::min(largest, shown.size()));
+    const std::string copy(bytes.begin(), bytes.end());
+    stream.skip(copy.size());
+    return copy;
+}
+
 /// `make` gives a new stream of the bytes every time.
 inline void expectContract(const std::function<veltra::dataio::InputStreamPtr()>& make, const std::string& bytes) {
     for (std::size_t chunk = 1; chunk <= bytes.size(); ++chunk) {
@@ -68,6 +77,7 @@ inline void expectContract(const std::function<veltra::dataio::InputStreamPtr()>
         std::string all;
         while (stream->available() > 0) {
             EXPECT_GE(stream->available(), std::ssize(bytes) - std::ssize(all));
+            all += peekAndSkip(*stream, chunk);
             all += readOnce(*stream, std::min(chunk, bytes.size() - all.size())).bytes;
             ASSERT_EQ(stream->position(), all.size());
         }

@@ -1,6 +1,7 @@
 #include "streams/readValues.h"
 #include "streams/VtkZLibDataInputStream.h"
 
+#include "host/Base64InputStream.h"
 #include "krohost/Host.h"
 #include "tests/host/streams.h"
 #include "tests/support/encoding.h"
@@ -53,6 +54,27 @@ TEST(DataStreams, OfCompressedBlocksKeepTheContractInAllSplits) {
             },
             bytes);
     }
+}
+
+TEST(DataStreams, OfCompressedBlocksGiveNothingBehindTextThatBreaksOff) {
+    const std::string bytes = someBytes(100);
+    const Array array = integers("a", ElementType::UInt8, {bytes.begin(), bytes.end()});
+    const std::string text = encodedArray(array, {Format::AppendedBase64, true, false, false, 8});
+    veltra::vtkfile::DataArray record;
+    record.headerSize = 4;
+    const std::size_t tableByteCount = 88; // three words and one for each of 13 blocks, with padding
+    for (std::size_t place = tableByteCount; place < text.size(); ++place)
+        for (const std::size_t chunk : {1, 8, 11, 100}) {
+            std::string broken = text;
+            broken[place] = '*';
+            std::uint64_t valueCount = 0;
+            veltra::vtkfile::VtkZLibDataInputStream stream(
+                std::make_shared<veltra::dataio::Base64InputStream>(byteStream(broken)), record, valueCount);
+            const Delivery all = readInChunks(stream, chunk);
+            EXPECT_TRUE(bytes.starts_with(all.bytes)) << place;
+            EXPECT_LT(all.bytes.size(), bytes.size()) << place;
+            EXPECT_EQ(readOnce(stream, 100), (Delivery{"", all.failure})) << place;
+        }
 }
 
 TEST(ReadValues, PollsBetweenValuesAtFixedPlaces) {
