@@ -45,6 +45,10 @@ void Host::loadAddOn(const std::filesystem::path& path) {
     });
 }
 
+const std::deque<KroAddOn>& Host::addOns() const {
+    return state_->addOns;
+}
+
 const std::vector<Loader>& Host::loaders() const {
     return state_->loaders;
 }

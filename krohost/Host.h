@@ -1,5 +1,6 @@
 #pragma once
 
+#include "krohost/AddOn.h"
 #include "krohost/Dataset.h"
 #include "krohost/Demand.h"
 #include "krohost/HostOptions.h"
@@ -7,6 +8,7 @@
 #include "krohost/Loader.h"
 
 #include <cstdint>
+#include <deque>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -42,6 +44,8 @@ public:
     /// Loads a shared library and calls its entry point. Throws AddOnError, whose text names the path and the reason.
     void loadAddOn(const std::filesystem::path& path);
 
+    /// Those that have registered themselves.
+    const std::deque<KroAddOn>& addOns() const;
     const std::vector<Loader>& loaders() const;
     /// Null when none has the name.
     const Loader* findLoader(const std::string& name) const;

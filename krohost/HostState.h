@@ -1,5 +1,6 @@
 #pragma once
 
+#include "krohost/AddOn.h"
 #include "krohost/ArgumentList.h"
 #include "krohost/Brackets.h"
 #include "krohost/CallGate.h"
@@ -20,11 +21,6 @@
 #include <thread>
 #include <unordered_set>
 #include <vector>
-
-struct KroAddOn {
-    std::int32_t number;
-    std::string name, version, author;
-};
 
 namespace krohost {
 

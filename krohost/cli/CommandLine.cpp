@@ -1,107 +1,159 @@
 #include "krohost/cli/CommandLine.h"
 
-#include "krohost/cli/series.h"
+#include "krohost/cli/Console.h"
+#include "krohost/cli/addons.h"
+#include "krohost/cli/bench.h"
+#include "krohost/cli/info.h"
+#include "krohost/cli/jsonReport.h"
+#include "krohost/cli/suggest.h"
+#include "krohost/cli/trace.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
-#include <iterator>
-#include <thread>
+#include <sstream>
 
 namespace krohost::cli {
 
 namespace {
 
-/// The arguments behind the program's name, last one first as the parser takes them, with the command that a bare list
-/// of files leaves out.
-std::vector<std::string> completedArguments(int argumentCount, const char* const* arguments) {
-    constexpr std::array<std::string_view, 6> complete{"info", "replay", "trace", "bench", "-h", "--help"};
-    std::vector<std::string> result(arguments + 1, arguments + argumentCount);
-    if (!result.empty() && std::find(complete.begin(), complete.end(), result.front()) == complete.end())
-        result.insert(result.begin(), "info");
-    std::reverse(result.begin(), result.end());
-    return result;
+struct CommandEntry {
+    Command command;
+    const char* name;
+    const char* summary;
+    void (*addOptions)(CLI::App& command, CommandLine& line);
+    const char* examples; ///< command lines that work, each with what it does
+};
+
+constexpr std::array commands{
+    CommandEntry{Command::info, "info", "Show zones and variables (the default)", addInfoOptions,
+                 "  krohost wing.vtu                          what the file holds\n"
+                 "  krohost info --demand wing.vtu            with the range and checksum of all values\n"
+                 "  krohost info --json wing.vtu              the same for programs\n"
+                 "  krohost 'step*.vtu'                       a time series\n"
+                 "  krohost --record layout.json run.pvd      keeps how it was loaded, for replay\n"},
+    CommandEntry{Command::replay, "replay", "The same for a load that --record has written", addReplayOptions,
+                 "  krohost replay layout.json                loads once more what was recorded\n"
+                 "  krohost replay --demand layout.json --append wing.vtu\n"},
+    CommandEntry{Command::trace, "trace", "Print every call between host and add-on", addTraceOptions,
+                 "  krohost trace wing.vtu                    the calls of a load\n"
+                 "  krohost trace --only KroUtilDataSet --only KroUtilVar wing.vtu\n"
+                 "  krohost trace --demand --jsonl wing.vtu   one JSON object a call\n"},
+    CommandEntry{Command::bench, "bench", "Load every variable and node map, keep them, and show what it took",
+                 addBenchOptions,
+                 "  krohost bench -j 4 run.pvd                with four threads\n"
+                 "  krohost bench --json --variable pressure wing.vtu\n"},
+    CommandEntry{Command::addons, "addons", "Show the add-on and the loaders that it brings", addAddOnsOptions,
+                 "  krohost addons                            which files can be loaded\n"
+                 "  krohost addons --json\n"},
+};
+
+constexpr const char* exitCodes = "\nExit codes:\n"
+                                  "    0  done\n"
+                                  "    1  the load or a demand failed, or the results cannot be written\n"
+                                  "    2  the command line is wrong\n"
+                                  "    3  a named file cannot be opened\n"
+                                  "    4  the add-on cannot be loaded\n"
+                                  "    5  what was compared differs\n"
+                                  "  130  interrupted\n"
+                                  "  141  nobody reads the output any more\n";
+
+std::vector<std::string> commandNames() {
+    std::vector<std::string> names;
+    for (const CommandEntry& entry : commands)
+        names.push_back(entry.name);
+    return names;
 }
 
-constexpr const char* filesHelp =
-    "Files to load: data files, patterns in quotes ('step*.vtu'), time series (.pvd, .series)";
-
-/// Where the solution times and strands of a new load come from; with any of these the files go through the loader's
-/// instructions.
-void addNewLoadOptions(CLI::App& command, CommandLine& line) {
-    command.add_option("FILE", line.files, filesHelp)->required();
-    command.add_option("--loader", line.loader, "Name of the loader (default: by extension)");
-    command.add_option("--time-source", line.timeSource, "Where solution times come from, instead of a time series")
-        ->transform(CLI::IsMember({"AUTO", "FROMFIELDDATA", "FROMFILENAME", "NONE"}, CLI::ignore_case));
-    command.add_option("--times", line.times, "Solution times of the files, in their order")
-        ->delimiter(',')
-        ->allow_extra_args(false)
-        ->check([](const std::string& text) { return parseTime(text) ? "" : text + " is not a time"; })
-        ->type_name("T1,T2,...");
-    command.add_option("--strand", line.strand,
-                       "Strand of the files that --append adds (default: one above the highest), else of FILE");
+/// Whether a first argument that is no command was meant to be one.
+std::optional<std::string> misspeltCommand(const std::string& argument) {
+    std::error_code ignored;
+    const bool isFileName = argument.find_first_of("./*?[") != argument.npos || argument.starts_with('-') ||
+                            std::filesystem::exists(argument, ignored);
+    return isFileName ? std::nullopt : nearestName(argument, commandNames());
 }
 
-void addHostOptions(CLI::App& command, CommandLine& line) {
-    command.add_option("--node-bits", line.nodeBitCount, "Width of stored node numbers (default: as needed)")
-        ->check(CLI::IsMember({32, 64}));
-    command.add_option("--addon", line.addOn, "The add-on's shared library");
+/// The arguments with the command that a bare list of files leaves out, last one first as the parser takes them.
+std::vector<std::string> completedArguments(std::vector<std::string> arguments) {
+    std::vector<std::string> complete = commandNames();
+    complete.insert(complete.end(), {"-h", "--help", "--version"});
+    if (!arguments.empty() && std::find(complete.begin(), complete.end(), arguments.front()) == complete.end()) {
+        if (const auto meant = misspeltCommand(arguments.front()))
+            throw CLI::ArgumentMismatch(
+                fmt::format("There is no command or file \"{}\"; did you mean krohost {}?", arguments.front(), *meant));
+        arguments.insert(arguments.begin(), "info");
+    }
+    std::reverse(arguments.begin(), arguments.end());
+    return arguments;
 }
 
-void addLoadOptions(CLI::App& command, CommandLine& line) {
-    command.add_option("--append", line.appendedFiles, "Files to add to the dataset, as one strand");
-    command.add_option("--record", line.recordFile, "Write how FILE was loaded, for krohost replay");
-    command.add_flag("--demand", line.isDemanding, "Load every variable and node map");
-    command.add_option("-j,--jobs", line.threadCount, "Threads that load on demand (default: one per core)")
-        ->check(CLI::Range(1, 1024));
-    addHostOptions(command, line);
+void addCommands(CLI::App& app, CommandLine& line) {
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "krohost " KROHOST_VERSION);
+    app.footer(std::string{"Examples:\n"} + commands.front().examples +
+               "\nkrohost COMMAND --help shows the options and more examples of a command.\n" + exitCodes);
+    for (const CommandEntry& entry : commands) {
+        CLI::App* command = app.add_subcommand(entry.name, entry.summary);
+        entry.addOptions(*command, line);
+        command->footer(std::string{"Examples:\n"} + entry.examples + exitCodes);
+    }
 }
 
-void addBenchOptions(CLI::App& command, CommandLine& line) {
-    command.add_flag("--json", line.isJson, "Print one JSON object on one line");
-    command.add_option("-j,--jobs", line.threadCount, "Threads that load on demand (default: 1)")
-        ->check(CLI::Range(1, 1024));
-    command.add_option("--variable", line.variable, "Load this variable only, in every zone that has it");
-    addHostOptions(command, line);
+void setCommand(const CLI::App& app, CommandLine& line) {
+    for (const CommandEntry& entry : commands)
+        if (app.got_subcommand(entry.name))
+            line.command = entry.command;
+}
+
+/// `Did you mean --demand?` for the first option that the command does not have.
+std::string optionHint(const CLI::App& app) {
+    const std::vector<CLI::App*> parsed = app.get_subcommands();
+    if (parsed.empty())
+        return {};
+    std::vector<std::string> names;
+    for (const CLI::Option* option : parsed.front()->get_options())
+        for (const std::string& name : option->get_lnames())
+            names.push_back("--" + name);
+    for (const std::string& argument : app.remaining(true))
+        if (argument.starts_with("--"))
+            if (const auto nearest = nearestName(argument.substr(0, argument.find('=')), names))
+                return fmt::format("Did you mean {}?\n", *nearest);
+    return {};
+}
+
+/// Prints what a command line that is not to be run asks for, or what is wrong with it.
+int finishUsage(const CLI::App& app, const CLI::ParseError& error, CommandLine& line,
+                const std::vector<std::string>& arguments) {
+    const Console console{line};
+    std::ostringstream output, errors;
+    if (app.exit(error, output, errors) == 0)
+        return console.print(output.str(), Exit_Done);
+    setCommand(app, line);
+    const auto has = [&](const char* option) {
+        return std::find(arguments.begin(), arguments.end(), option) != arguments.end();
+    };
+    line.isJson = has("--json");
+    line.isJsonLines = has("--jsonl");
+    console.error(error.what());
+    console.hint(optionHint(app) + "Run with --help for more information.");
+    return console.print(failureText(line, error.what()), Exit_Usage);
 }
 
 } // namespace
 
 std::variant<CommandLine, int> parseCommandLine(int argumentCount, const char* const* arguments) {
     CommandLine line;
-    line.threadCount = std::max(1U, std::thread::hardware_concurrency());
+    const std::vector<std::string> words(arguments + 1, arguments + argumentCount);
     CLI::App app{"Loads files through a data-loader add-on and shows what it makes of them", "krohost"};
-    app.require_subcommand(1);
-    CLI::App* info = app.add_subcommand("info", "Show zones and variables (the default)");
-    addNewLoadOptions(*info, line);
-    CLI::App* replay = app.add_subcommand("replay", "The same for a load that --record has written");
-    replay->add_option("FILE", line.files, "The recorded load")->required()->expected(1);
-    for (CLI::App* command : {info, replay}) {
-        addLoadOptions(*command, line);
-        command->add_flag("--json", line.isJson, "Print one JSON document");
-    }
-    replay
-        ->add_option("--strand", line.strand, "Strand of the files that --append adds (default: one above the highest)")
-        ->needs("--append");
-    CLI::App* trace = app.add_subcommand("trace", "Print every call between host and add-on");
-    addNewLoadOptions(*trace, line);
-    addLoadOptions(*trace, line);
-    trace->add_flag("--lists", line.isTracingLists, "Include the calls that build and read lists");
-    CLI::App* bench = app.add_subcommand("bench", "Load every variable and node map, keep them, and show what it took");
-    addNewLoadOptions(*bench, line);
-    addBenchOptions(*bench, line);
+    addCommands(app, line);
     try {
-        app.parse(completedArguments(argumentCount, arguments));
+        app.parse(completedArguments(words));
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? Exit_Done : Exit_Usage;
+        return finishUsage(app, error, line, words);
     }
-    line.command = trace->parsed()    ? Command::trace
-                   : replay->parsed() ? Command::replay
-                   : bench->parsed()  ? Command::bench
-                                      : Command::info;
-    if (bench->parsed() && bench->count("--jobs") == 0)
-        line.threadCount = 1;
+    setCommand(app, line);
     return line;
 }
 

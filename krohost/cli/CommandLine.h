@@ -15,10 +15,15 @@ enum ExitCode {
     Exit_Usage = 2,
     Exit_FileNotOpened = 3,
     Exit_AddOnNotLoaded = 4,
-    Exit_Interrupted = 130
+    Exit_Different = 5, ///< what was compared differs
+    Exit_Interrupted = 130,
+    Exit_PipeClosed = 141 ///< nobody reads standard output any more
 };
 
-enum class Command { info, replay, trace, bench };
+enum class Command { info, replay, trace, bench, addons };
+
+/// When a stream gets what is for people only: with `automatic`, when it is a terminal.
+enum class When { automatic, always, never };
 
 /// What the user asked for.
 struct CommandLine {
@@ -31,12 +36,19 @@ struct CommandLine {
     std::optional<std::int32_t> strand; ///< of the load that appends
     std::string recordFile;             ///< empty: nothing is recorded
     bool isJson = false;
+    bool isJsonLines = false;
     bool isDemanding = false;
+    bool isShowingAll = false; ///< every zone, however many there are
     bool isTracingLists = false;
+    std::vector<std::string> tracedPrefixes; ///< of the calls that a trace shows; empty: of all
     unsigned threadCount = 1;
     std::optional<std::string> variable; ///< the only one that a bench demands
     int nodeBitCount = 0;                ///< 0: by the size of the zone
     std::optional<std::filesystem::path> addOn;
+    bool isQuiet = false; ///< no progress and no warnings
+    bool isVerbose = false;
+    When progress = When::automatic;
+    When color = When::automatic;
 };
 
 /// Reads the arguments; `krohost FILE...` is `krohost info FILE...`. After help or a usage error, which it prints,

@@ -1,25 +1,88 @@
 #include "krohost/cli/ProgressBar.h"
 
+#include "krohost/cli/Console.h"
+#include "krohost/cli/byteText.h"
+#include "krohost/cli/processFigure.h"
+
 #include <fmt/format.h>
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdio>
 
 namespace krohost::cli {
 
-ProgressBar::ProgressBar() : isTerminal_{isatty(STDERR_FILENO) == 1} {}
+namespace {
+
+int columnCount() {
+    winsize size{};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 100;
+}
+
+/// "  1:05 left", once there is something to go by.
+std::string timeLeft(double seconds, double fraction) {
+    if (seconds < 0.5 || fraction < 0.01)
+        return {};
+    const auto left = static_cast<long long>(std::ceil(seconds / fraction * (1 - fraction)));
+    return left < 3600 ? fmt::format("  {}:{:02} left", left / 60, left % 60)
+                       : fmt::format("  {}:{:02}:{:02} left", left / 3600, left / 60 % 60, left % 60);
+}
+
+} // namespace
+
+// Work that is done at once shows no bar.
+ProgressBar::ProgressBar(const CommandLine& line)
+    : isShown_{!line.isQuiet && applies(line.progress, STDERR_FILENO)}, pause_{line.progress == When::always ? 0 : 0.3},
+      earlierByteCount_{isShown_ ? readByteCount() : 0} {}
+
+void ProgressBar::setFiles(std::vector<std::string> files) {
+    files_ = std::move(files);
+    fileNumber_ = 0;
+}
+
+std::string ProgressBar::fileText(const std::string& text) {
+    // Mostly it is the file named last or one behind it; with another pass over the files it begins anew.
+    const std::size_t last = fileNumber_ == 0 ? 0 : fileNumber_ - 1;
+    for (std::size_t step = 0; step < files_.size(); ++step)
+        if (const std::size_t index = (last + step) % files_.size(); text.find(files_[index]) != text.npos) {
+            fileNumber_ = index + 1;
+            break;
+        }
+    return fileNumber_ == 0 ? std::string{} : fmt::format("  file {} of {}", fileNumber_, files_.size());
+}
 
 void ProgressBar::show(double fraction, const std::string& text) {
-    if (!isTerminal_)
+    if (!isShown_)
         return;
-    constexpr int width = 30;
+    if (fraction < fraction_)
+        work_ = {};
+    fraction_ = fraction;
+    if (sinceDraw_.seconds() < pause_)
+        return;
+    constexpr int width = 24;
     const int filled = static_cast<int>(fraction * width);
-    std::string line =
-        fmt::format("[{:#<{}}{:<{}}] {:3.0f} % {:.40}", "", filled, "", width - filled, fraction * 100, text);
+    const std::string line = fmt::format("[{:#<{}}{:<{}}] {:3.0f} %{}  {} read{}  {}", "", filled, "", width - filled,
+                                         fraction * 100, fileText(text), byteText(readByteCount() - earlierByteCount_),
+                                         timeLeft(work_.seconds(), fraction), printable(text));
+    draw(fmt::format("{:.{}}", line, columnCount() - 1));
+}
+
+std::function<void(std::size_t, std::size_t)> ProgressBar::onDemand() {
+    setFiles({});
+    return [this](std::size_t doneCount, std::size_t count) {
+        show(static_cast<double>(doneCount) / static_cast<double>(count),
+             fmt::format("{} of {} arrays on demand", doneCount, count));
+    };
+}
+
+void ProgressBar::draw(const std::string& line) {
+    sinceDraw_ = {};
+    pause_ = 0.1;
     if (line == shown_)
         return;
-    shown_ = std::move(line);
+    shown_ = line;
     fmt::print(stderr, "\r\x1b[K{}", shown_);
     std::fflush(stderr);
 }

@@ -1,27 +1,23 @@
 #include "krohost/cli/bench.h"
 
 #include "krohost/cli/Failure.h"
+#include "krohost/cli/Stopwatch.h"
+#include "krohost/cli/options.h"
+#include "krohost/cli/processFigure.h"
+#include "krohost/cli/suggest.h"
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include <sys/resource.h>
 
 #include <algorithm>
-#include <chrono>
-#include <fstream>
 
 namespace krohost::cli {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-const Clock::time_point processStart = Clock::now(); // before main begins
-
-double secondsSince(Clock::time_point start) {
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
+const Stopwatch processTime; // before main begins
 
 double cpuSeconds() {
     rusage usage{};
@@ -30,15 +26,6 @@ double cpuSeconds() {
         return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
     };
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
-/// The number behind `key` in a file of the process's own folder of /proc; 0 where there is none.
-std::int64_t processFigure(const char* file, const std::string& key) {
-    std::ifstream stream{std::string("/proc/self/") + file};
-    for (std::string word; stream >> word;)
-        if (std::int64_t figure = 0; word == key && stream >> figure)
-            return figure;
-    return 0;
 }
 
 // Not ru_maxrss, which a process takes over from the one that started it.
@@ -55,7 +42,7 @@ std::vector<Target> wantedTargets(const Dataset& dataset, const std::optional<st
     };
     std::erase_if(targets, isOther);
     if (targets.empty())
-        throw Failure(fmt::format("There is no variable \"{}\".", *variable), Exit_Usage);
+        throw Failure(noSuch("variable", *variable, dataset.variables), Exit_Usage);
     return targets;
 }
 
@@ -67,7 +54,53 @@ std::uint64_t storedByteCount(const Dataset& dataset, const std::vector<DemandRe
     return sum;
 }
 
-std::string table(const nlohmann::ordered_json& figures) {
+} // namespace
+
+void addBenchOptions(CLI::App& command, CommandLine& line) {
+    addNewLoadOptions(command, line);
+    addJobsOption(command, line, 1);
+    command.add_option("--variable", line.variable, "Load this variable only, in every zone that has it");
+    addHostOptions(command, line);
+    command.add_flag("--json", line.isJson, "Print one JSON object on one line");
+    addOutputOptions(command, line);
+}
+
+Bench bench(Host& host, const CommandLine& line, const Plan& plan, ProgressBar& progress) {
+    Bench result;
+    result.report.loaderName = loaderName(host, line, plan);
+    const std::int64_t ownPeakKib = peakKib(), earlierByteCount = readByteCount();
+    const double earlierCpuSeconds = cpuSeconds();
+    const Stopwatch registerTime;
+    result.report.isLoaded = load(host, result.report.loaderName, line, plan);
+    const double registerSeconds = registerTime.seconds();
+    result.report.stoppedAt = host.stoppedAt().value_or("");
+    if (!result.report.isLoaded)
+        return result;
+
+    const std::int64_t registerPeakKib = peakKib();
+    const std::vector<Target> targets = wantedTargets(host.dataset(), line.variable);
+    const Stopwatch demandTime;
+    result.report.demands =
+        host.demand(targets, {.threadCount = line.threadCount, .onProgress = progress.onDemand(), .isKeeping = true});
+    const double demandSeconds = demandTime.seconds();
+    const double loadCpuSeconds = cpuSeconds() - earlierCpuSeconds;
+    result.report.isDemanded = true;
+
+    result.figures = {{"register_s", registerSeconds},
+                      {"demand_s", demandSeconds},
+                      {"wall_s", processTime.seconds()},
+                      {"cpu_s", cpuSeconds()},
+                      {"load_cpu_s", loadCpuSeconds}, // of registering and demanding
+                      {"own_peak_kib", ownPeakKib},
+                      {"register_peak_kib", registerPeakKib},
+                      {"peak_kib", peakKib()},
+                      {"threads", line.threadCount},
+                      {"bytes_read", readByteCount() - earlierByteCount},
+                      {"bytes_stored", storedByteCount(host.dataset(), result.report.demands)}};
+    return result;
+}
+
+std::string benchTable(const nlohmann::ordered_json& figures) {
     const double registering = figures["register_s"], demanding = figures["demand_s"];
     const double read = figures["bytes_read"].get<double>() * 1e-6;
     const double stored = figures["bytes_stored"].get<double>() * 1e-6;
@@ -80,43 +113,6 @@ std::string table(const nlohmann::ordered_json& figures) {
                        figures["threads"].get<unsigned>(), registering + demanding, read,
                        read / (registering + demanding), figures["wall_s"].get<double>(),
                        figures["cpu_s"].get<double>(), figures["peak_kib"].get<double>() / 1024);
-}
-
-} // namespace
-
-Bench bench(Host& host, const CommandLine& line, const Plan& plan) {
-    Bench result;
-    result.report.loaderName = loaderName(host, line, plan);
-    const std::int64_t ownPeakKib = peakKib(), earlierByteCount = processFigure("io", "rchar:");
-    const double earlierCpuSeconds = cpuSeconds();
-    const Clock::time_point registerStart = Clock::now();
-    result.report.isLoaded = load(host, result.report.loaderName, line, plan);
-    const double registerSeconds = secondsSince(registerStart);
-    result.report.stoppedAt = host.stoppedAt().value_or("");
-    if (!result.report.isLoaded)
-        return result;
-
-    const std::int64_t registerPeakKib = peakKib();
-    const std::vector<Target> targets = wantedTargets(host.dataset(), line.variable);
-    const Clock::time_point demandStart = Clock::now();
-    result.report.demands = host.demand(targets, {.threadCount = line.threadCount, .isKeeping = true});
-    const double demandSeconds = secondsSince(demandStart);
-    const double loadCpuSeconds = cpuSeconds() - earlierCpuSeconds;
-    result.report.isDemanded = true;
-
-    const nlohmann::ordered_json figures{{"register_s", registerSeconds},
-                                         {"demand_s", demandSeconds},
-                                         {"wall_s", secondsSince(processStart)},
-                                         {"cpu_s", cpuSeconds()},
-                                         {"load_cpu_s", loadCpuSeconds}, // of registering and demanding
-                                         {"own_peak_kib", ownPeakKib},
-                                         {"register_peak_kib", registerPeakKib},
-                                         {"peak_kib", peakKib()},
-                                         {"threads", line.threadCount},
-                                         {"bytes_read", processFigure("io", "rchar:") - earlierByteCount},
-                                         {"bytes_stored", storedByteCount(host.dataset(), result.report.demands)}};
-    result.text = line.isJson ? figures.dump() + '\n' : table(figures);
-    return result;
 }
 
 } // namespace krohost::cli

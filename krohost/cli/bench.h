@@ -2,20 +2,32 @@
 
 #include "krohost/Host.h"
 #include "krohost/cli/CommandLine.h"
+#include "krohost/cli/ProgressBar.h"
 #include "krohost/cli/Report.h"
 #include "krohost/cli/loading.h"
 
+#include <nlohmann/json.hpp>
+
 #include <string>
+
+namespace CLI {
+class App;
+}
 
 namespace krohost::cli {
 
 struct Bench {
     Report report;
-    std::string text; ///< what it took, as a table or one line of JSON; empty when the load failed
+    nlohmann::ordered_json figures = nlohmann::ordered_json::object(); ///< what it took; empty when the load failed
 };
+
+void addBenchOptions(CLI::App& command, CommandLine& line);
 
 /// Loads, then demands everything, or one variable of all zones, and keeps it, timing both. Throws Failure for a
 /// variable that no zone supplies.
-Bench bench(Host& host, const CommandLine& line, const Plan& plan);
+Bench bench(Host& host, const CommandLine& line, const Plan& plan, ProgressBar& progress);
+
+/// The figures for people.
+std::string benchTable(const nlohmann::ordered_json& figures);
 
 } // namespace krohost::cli

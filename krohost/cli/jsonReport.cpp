@@ -15,6 +15,10 @@ ordered_json variableList(const Dataset& dataset) {
     return list;
 }
 
+ordered_json textOrNull(const std::string& text) {
+    return text.empty() ? ordered_json() : ordered_json(text);
+}
+
 ordered_json checksum(const StorageSummary* summary) {
     return summary ? ordered_json(hexadecimal(summary->crc32)) : ordered_json();
 }
@@ -74,23 +78,50 @@ ordered_json zoneList(const Report& report, const Dataset& dataset) {
     return list;
 }
 
+/// An item that is there already keeps its place.
+std::string finished(ordered_json document, const std::vector<std::string>& dialogs,
+                     const std::vector<std::string>& violations, const std::string& error, int indent) {
+    document["error"] = textOrNull(error);
+    document["dialogs"] = dialogs;
+    document["violations"] = violations;
+    return document.dump(indent, ' ', false, ordered_json::error_handler_t::replace) + '\n';
+}
+
 } // namespace
 
 ordered_json jsonReport(const Report& report, const Dataset& dataset) {
-    const auto textOrNull = [](const std::string& text) { return text.empty() ? ordered_json() : ordered_json(text); };
     const auto instructions = dataset.instructions ? dataset.instructions->strings : std::vector<std::string>{};
-    return {{"loader", textOrNull(report.loaderName)}, {"loaded", report.isLoaded},
-            {"title", textOrNull(dataset.title)},      {"instructions", instructions},
-            {"dialogs", ordered_json::array()},        {"stoppedAt", textOrNull(report.stoppedAt)},
-            {"violations", ordered_json::array()},     {"variables", variableList(dataset)},
+    return {{"loader", textOrNull(report.loaderName)},
+            {"loaded", report.isLoaded},
+            {"error", nullptr},
+            {"title", textOrNull(dataset.title)},
+            {"instructions", instructions},
+            {"dialogs", ordered_json::array()},
+            {"stoppedAt", textOrNull(report.stoppedAt)},
+            {"violations", ordered_json::array()},
+            {"variables", variableList(dataset)},
             {"zones", zoneList(report, dataset)}};
 }
 
 std::string jsonText(ordered_json document, const std::vector<std::string>& dialogs,
-                     const std::vector<std::string>& violations) {
-    document["dialogs"] = dialogs;
-    document["violations"] = violations;
-    return document.dump(2, ' ', false, ordered_json::error_handler_t::replace) + '\n';
+                     const std::vector<std::string>& violations, const std::string& error) {
+    return finished(std::move(document), dialogs, violations, error, 2);
+}
+
+std::string jsonLine(ordered_json document, const std::vector<std::string>& dialogs,
+                     const std::vector<std::string>& violations, const std::string& error) {
+    return finished(std::move(document), dialogs, violations, error, -1);
+}
+
+std::string failureText(const CommandLine& line, const std::string& message) {
+    if (line.isJsonLines)
+        return jsonLine({{"kind", "end"}}, {message}, {}, message);
+    if (!line.isJson)
+        return {};
+    const bool isReport = line.command == Command::info || line.command == Command::replay;
+    const ordered_json document = isReport ? jsonReport({}, {}) : ordered_json::object();
+    return line.command == Command::bench ? jsonLine(document, {message}, {}, message)
+                                          : jsonText(document, {message}, {}, message);
 }
 
 } // namespace krohost::cli

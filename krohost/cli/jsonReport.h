@@ -1,5 +1,6 @@
 #pragma once
 
+#include "krohost/cli/CommandLine.h"
 #include "krohost/cli/Report.h"
 
 #include <nlohmann/json_fwd.hpp>
@@ -12,8 +13,15 @@ namespace krohost::cli {
 /// The document of `krohost info --json`, its dialogs and violations still empty.
 nlohmann::ordered_json jsonReport(const Report& report, const Dataset& dataset);
 
-/// The finished document as text. Text that is not UTF-8 gets replacement characters.
+/// The finished document as text: with what went wrong, the first thing as its `error` (empty: nothing did). Text that
+/// is not UTF-8 gets replacement characters.
 std::string jsonText(nlohmann::ordered_json document, const std::vector<std::string>& dialogs,
-                     const std::vector<std::string>& violations);
+                     const std::vector<std::string>& violations, const std::string& error);
+/// The same on one line.
+std::string jsonLine(nlohmann::ordered_json document, const std::vector<std::string>& dialogs,
+                     const std::vector<std::string>& violations, const std::string& error);
+
+/// What a command prints as a result when it did not come to one: nothing but for programs.
+std::string failureText(const CommandLine& line, const std::string& message);
 
 } // namespace krohost::cli

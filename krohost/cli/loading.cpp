@@ -2,10 +2,10 @@
 
 #include "krohost/cli/Failure.h"
 #include "krohost/cli/layout.h"
+#include "krohost/cli/suggest.h"
 #include "krohost/strandGroups.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <fcntl.h>
 #include <strings.h>
@@ -38,13 +38,6 @@ void requireReadable(const std::vector<std::string>& files) {
     for (const std::string& file : files)
         if (const std::string reason = openError(file); !reason.empty())
             throw Failure(fmt::format("The file \"{}\" cannot be opened: {}", file, reason), Exit_FileNotOpened);
-}
-
-std::vector<std::string> paths(const std::vector<SeriesFile>& files) {
-    std::vector<std::string> result;
-    for (const SeriesFile& file : files)
-        result.push_back(file.path);
-    return result;
 }
 
 /// What the user says goes before what a collection says; a file without a time among others has 0.
@@ -108,6 +101,13 @@ bool append(Host& host, const CommandLine& line, const std::vector<SeriesFile>& 
 
 } // namespace
 
+std::vector<std::string> paths(const std::vector<SeriesFile>& files) {
+    std::vector<std::string> result;
+    for (const SeriesFile& file : files)
+        result.push_back(file.path);
+    return result;
+}
+
 Plan makePlan(const CommandLine& line) {
     Plan plan;
     const bool isReplay = line.command == Command::replay;
@@ -131,9 +131,19 @@ std::string loaderName(const Host& host, const CommandLine& line, const Plan& pl
         return name;
     std::vector<std::string> names;
     for (const Loader& loader : host.loaders())
-        names.push_back(krohost::quoted(loader.name));
-    throw Failure(fmt::format("There is no loader {}; there is {}.", krohost::quoted(name), fmt::join(names, ", ")),
-                  plan.layout ? Exit_Failed : Exit_Usage);
+        names.push_back(loader.name);
+    throw Failure(noSuch("loader", name, names), plan.layout ? Exit_Failed : Exit_Usage);
+}
+
+void announce(const Host& host, const CommandLine& line, const Plan& plan, const Console& console) {
+    if (plan.layout || line.loader)
+        return;
+    console.note(fmt::format("files to load: {}", plan.files.size()));
+    const std::string& first = plan.files.front().path;
+    const Loader& loader = host.loaderForFile(first);
+    if (!loader.matches(first))
+        console.warning(fmt::format("no loader is for files such as {}; taking {} (or name one with --loader)",
+                                    krohost::quoted(first), krohost::quoted(loader.name)));
 }
 
 bool load(Host& host, const std::string& loaderName, const CommandLine& line, const Plan& plan) {

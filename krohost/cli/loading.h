@@ -2,6 +2,7 @@
 
 #include "krohost/Host.h"
 #include "krohost/cli/CommandLine.h"
+#include "krohost/cli/Console.h"
 #include "krohost/cli/series.h"
 
 #include <optional>
@@ -17,11 +18,16 @@ struct Plan {
     std::vector<SeriesFile> appendedFiles; ///< of the second load, if there is one
 };
 
+std::vector<std::string> paths(const std::vector<SeriesFile>& files);
+
 /// Looks at what the user named. Throws Failure when it cannot be opened or a collection or layout is malformed.
 Plan makePlan(const CommandLine& line);
 
 /// The name of the loader for the first load. Throws Failure for one that is not registered, and AddOnError.
 std::string loaderName(const Host& host, const CommandLine& line, const Plan& plan);
+
+/// Says how many files are to be loaded, and warns where no loader is known to be for the first of them.
+void announce(const Host& host, const CommandLine& line, const Plan& plan, const Console& console);
 
 /// Loads, then appends. True when everything was loaded.
 bool load(Host& host, const std::string& loaderName, const CommandLine& line, const Plan& plan);

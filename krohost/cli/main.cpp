@@ -2,12 +2,8 @@
 #include "krohost/cli/CommandLine.h"
 #include "krohost/cli/run.h"
 
-#include <fmt/format.h>
-
 #include <signal.h>
 
-#include <cstdio>
-#include <exception>
 #include <variant>
 
 namespace {
@@ -26,11 +22,6 @@ int main(int argumentCount, char** arguments) {
     const auto parsed = krohost::cli::parseCommandLine(argumentCount, arguments);
     if (const int* exitCode = std::get_if<int>(&parsed))
         return *exitCode;
-    try {
-        catchInterruptOnce();
-        return krohost::cli::run(std::get<krohost::cli::CommandLine>(parsed));
-    } catch (const std::exception& exception) {
-        fmt::print(stderr, "{}\n", exception.what());
-        return krohost::cli::Exit_Failed;
-    }
+    catchInterruptOnce();
+    return krohost::cli::run(std::get<krohost::cli::CommandLine>(parsed));
 }

@@ -1,35 +1,28 @@
 #include "krohost/cli/run.h"
 
 #include "krohost/Host.h"
+#include "krohost/cli/Console.h"
 #include "krohost/cli/Failure.h"
 #include "krohost/cli/ProgressBar.h"
 #include "krohost/cli/Report.h"
+#include "krohost/cli/addOnPath.h"
+#include "krohost/cli/addons.h"
 #include "krohost/cli/bench.h"
+#include "krohost/cli/info.h"
 #include "krohost/cli/jsonReport.h"
-#include "krohost/cli/layout.h"
 #include "krohost/cli/loading.h"
 #include "krohost/cli/tableReport.h"
+#include "krohost/cli/trace.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
+#include <exception>
 
 namespace krohost::cli {
 
 namespace {
-
-std::filesystem::path addOnPath(const CommandLine& line) {
-    if (line.addOn)
-        return *line.addOn;
-    if (const char* fromEnvironment = std::getenv("KROHOST_ADDON_PATH"))
-        return fromEnvironment;
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "../lib/vtk-data-loader.so";
-}
 
 std::vector<std::string> dialogTexts(const Host& host) {
     std::vector<std::string> texts;
@@ -38,19 +31,10 @@ std::vector<std::string> dialogTexts(const Host& host) {
     return texts;
 }
 
-/// A full disk or a closed pipe must not look like success.
-int print(const std::string& text, int exitCode) {
-    const bool isWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
-    if (!isWritten)
-        fmt::print(stderr, "Standard output cannot be written: {}\n", std::strerror(errno));
-    return isWritten || exitCode != Exit_Done ? exitCode : Exit_Failed;
-}
-
-/// Ends a run that did not come to a load.
-int fail(const CommandLine& line, const std::string& message, int exitCode) {
-    fmt::print(stderr, "{}\n", message);
-    const bool hasDocument = line.isJson && line.command != Command::bench;
-    return hasDocument ? print(jsonText(jsonReport({}, {}), {message}, {}), exitCode) : exitCode;
+/// Ends a run that did not come to a result.
+int fail(const CommandLine& line, const Console& console, const std::string& message, int exitCode) {
+    console.error(message);
+    return console.print(failureText(line, message), exitCode);
 }
 
 HostOptions hostOptions(const CommandLine& line, ProgressBar& progress) {
@@ -62,28 +46,6 @@ HostOptions hostOptions(const CommandLine& line, ProgressBar& progress) {
     return options;
 }
 
-void record(const Host& host, const std::string& path) {
-    if (!host.dataset().instructions)
-        throw Failure("The loader has recorded no instructions.", Exit_Failed);
-    writeLayout(path, *host.dataset().instructions);
-}
-
-Report loadAndDemand(Host& host, const CommandLine& line, const Plan& plan, ProgressBar& progress) {
-    Report report;
-    report.loaderName = loaderName(host, line, plan);
-    report.isLoaded = load(host, report.loaderName, line, plan);
-    report.stoppedAt = host.stoppedAt().value_or("");
-    if (report.isLoaded && !line.recordFile.empty())
-        record(host, line.recordFile);
-    report.isDemanded = line.isDemanding;
-    if (report.isLoaded && line.isDemanding)
-        report.demands = host.demandAll({line.threadCount, [&](std::size_t doneCount, std::size_t count) {
-                                             progress.show(static_cast<double>(doneCount) / static_cast<double>(count),
-                                                           "Loading on demand");
-                                         }});
-    return report;
-}
-
 int exitCode(const Host& host, const Report& report) {
     if (Host::isInterrupted())
         return Exit_Interrupted;
@@ -92,59 +54,123 @@ int exitCode(const Host& host, const Report& report) {
     return report.isLoaded && hasDemands && host.violations().empty() ? Exit_Done : Exit_Failed;
 }
 
-void printProblems(const Host& host, const std::string& stoppedAt) {
+/// The first thing that went wrong in a run with this exit code.
+std::string errorText(const Host& host, int exitCode) {
+    if (exitCode == Exit_Interrupted)
+        return "Interrupted.";
+    if (exitCode == Exit_Done || (host.dialogs().empty() && host.violations().empty()))
+        return exitCode == Exit_Done ? "" : "The load or a demand failed.";
+    return host.dialogs().empty() ? host.violations().front() : host.dialogs().front().text;
+}
+
+void printProblems(const Host& host, const Console& console, const std::string& stoppedAt) {
     for (const Dialog& dialog : host.dialogs())
-        fmt::print(stderr, "{}\n", dialog.text);
+        console.error(dialog.text);
     if (!stoppedAt.empty())
-        fmt::print(stderr, "krohost: the load stopped at \"{}\"\n", stoppedAt);
+        console.error(fmt::format("krohost: the load stopped at \"{}\"", stoppedAt));
     for (const std::string& violation : host.violations())
-        fmt::print(stderr, "contract violation: {}\n", violation);
+        console.error(fmt::format("contract violation: {}", violation));
     if (Host::isInterrupted())
-        fmt::print(stderr, "Interrupted.\n");
+        console.error("Interrupted.");
 }
 
 /// Ends the host, since its add-on's last violations belong to the run, and prints everything. The dataset goes with
 /// the host and is put into words before.
-int finish(Host& host, const CommandLine& line, const Report& report) {
+int finish(Host& host, const CommandLine& line, const Console& console, const Report& report) {
     nlohmann::ordered_json document;
     std::string text;
     if (line.isJson)
         document = jsonReport(report, host.dataset());
-    else if (line.command != Command::trace && report.isLoaded)
-        text = tableReport(report, host.dataset());
+    else if (report.isLoaded)
+        text = tableReport(report, host.dataset(), console.outputStyle(), line.isShowingAll);
     host.shutDown();
-    printProblems(host, report.stoppedAt);
+    printProblems(host, console, report.stoppedAt);
+    const int code = exitCode(host, report);
     if (line.isJson)
-        text = jsonText(std::move(document), dialogTexts(host), host.violations());
-    for (const std::string& journalLine : host.journal().lines())
-        text += journalLine + '\n';
-    return print(text, exitCode(host, report));
+        text = jsonText(std::move(document), dialogTexts(host), host.violations(), errorText(host, code));
+    return console.print(text, code);
 }
 
-int finish(Host& host, const Bench& bench) {
+int finishTrace(Host& host, const CommandLine& line, const Console& console, const Report& report) {
     host.shutDown();
-    printProblems(host, bench.report.stoppedAt);
-    return print(bench.text, exitCode(host, bench.report));
+    printProblems(host, console, report.stoppedAt);
+    const int code = exitCode(host, report);
+    if (!line.isJson && !line.isJsonLines) {
+        const std::string text = traceText(host.journal(), line);
+        if (text.empty())
+            console.warning("no call's name begins so");
+        return console.print(text, code);
+    }
+    nlohmann::ordered_json calls = traceList(host.journal(), line);
+    std::string text;
+    if (line.isJson)
+        text = jsonText({{"calls", std::move(calls)}}, dialogTexts(host), host.violations(), errorText(host, code));
+    else {
+        for (nlohmann::ordered_json& call : calls)
+            text += call.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + '\n';
+        text += jsonLine({{"kind", "end"}}, dialogTexts(host), host.violations(), errorText(host, code));
+    }
+    return console.print(text, code);
+}
+
+int finish(Host& host, const CommandLine& line, const Console& console, const Bench& bench) {
+    host.shutDown();
+    printProblems(host, console, bench.report.stoppedAt);
+    const int code = exitCode(host, bench.report);
+    if (line.isJson)
+        return console.print(jsonLine(bench.figures, dialogTexts(host), host.violations(), errorText(host, code)),
+                             code);
+    return console.print(bench.figures.empty() ? "" : benchTable(bench.figures), code);
+}
+
+int finishAddOns(Host& host, const CommandLine& line, const Console& console, const std::filesystem::path& path) {
+    const nlohmann::ordered_json document = addOnsDocument(host, path);
+    host.shutDown();
+    printProblems(host, console, "");
+    const int code = host.violations().empty() ? Exit_Done : Exit_Failed;
+    return console.print(line.isJson ? jsonText(document, dialogTexts(host), host.violations(), errorText(host, code))
+                                     : addOnsTable(document, console.outputStyle()),
+                         code);
+}
+
+int runCommand(Host& host, const CommandLine& line, const Console& console, ProgressBar& progress) {
+    const bool hasFiles = line.command != Command::addons;
+    const Plan plan = hasFiles ? makePlan(line) : Plan{};
+    const std::filesystem::path path = addOnPath(line);
+    console.note(fmt::format("the add-on is {}", path.string()));
+    host.loadAddOn(path);
+    if (line.command == Command::addons)
+        return finishAddOns(host, line, console, path);
+    announce(host, line, plan, console);
+    progress.setFiles(paths(plan.files));
+    if (line.command == Command::bench) {
+        const Bench result = bench(host, line, plan, progress);
+        progress.clear();
+        return finish(host, line, console, result);
+    }
+    const Report report = loadAndDemand(host, line, plan, console, progress);
+    if (line.command == Command::trace)
+        return finishTrace(host, line, console, report);
+    return finish(host, line, console, report);
 }
 
 } // namespace
 
 int run(const CommandLine& line) {
-    ProgressBar progress;
+    const Console console{line};
+    ProgressBar progress{line};
     Host host{hostOptions(line, progress)};
     try {
-        const Plan plan = makePlan(line);
-        host.loadAddOn(addOnPath(line));
-        if (line.command == Command::bench)
-            return finish(host, bench(host, line, plan));
-        const Report report = loadAndDemand(host, line, plan, progress);
-        progress.clear();
-        return finish(host, line, report);
+        return runCommand(host, line, console, progress);
     } catch (const Failure& failure) {
-        return fail(line, failure.what(), failure.exitCode());
+        progress.clear();
+        return fail(line, console, failure.what(), failure.exitCode());
     } catch (const AddOnError& error) {
-        printProblems(host, "");
-        return fail(line, error.what(), Exit_AddOnNotLoaded);
+        printProblems(host, console, "");
+        return fail(line, console, error.what(), Exit_AddOnNotLoaded);
+    } catch (const std::exception& exception) {
+        progress.clear();
+        return fail(line, console, exception.what(), Exit_Failed);
     }
 }
 

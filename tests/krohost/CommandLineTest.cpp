@@ -35,7 +35,7 @@ TEST_F(CommandLine, ExitCodesTellWhatHappened) {
         {"'bad p.vtu' --demand", 1, "VTK Data Loader: "},
         {"bench 'bad p.vtu'", 1, "VTK Data Loader: "},
         {"bench 'bad p.vtu' --json --variable X", 0, ""},
-        {"bench cube.vtu --variable q", 2, "There is no variable \"q\".\n"},
+        {"bench cube.vtu --variable q", 2, "There is no variable \"q\"; there is \"X\", \"Y\", \"Z\", \"p\".\n"},
         {"bench broken.vtu", 1, "krohost: the load stopped at \"broken.vtu: Parsing XML file...\"\n"},
         {"broken.vtu", 1, "krohost: the load stopped at \"broken.vtu: Parsing XML file...\"\n"},
         {"cube.vtu --addon " LOCKING_ADD_ON, 1,
@@ -79,7 +79,7 @@ TEST_F(CommandLine, JsonHoldsTheDatasetAndWhatWasDemanded) {
     EXPECT_EQ(document["zones"][0]["variables"][3]["crc32"], "8d3a01b8");
     document.erase("zones");
     EXPECT_EQ(document, json::parse(R"({"loader": "VTK Data Loader", "loaded": true, "title": "VTK Data",
-        "instructions": ["STANDARDSYNTAX", "1.0", "FILENAME_FILE", "cube.vtu"], "dialogs": [], "stoppedAt": null,
+        "error": null, "instructions": ["STANDARDSYNTAX", "1.0", "FILENAME_FILE", "cube.vtu"], "dialogs": [], "stoppedAt": null,
         "violations": [], "variables": [{"number": 1, "name": "X"}, {"number": 2, "name": "Y"},
                                         {"number": 3, "name": "Z"}, {"number": 4, "name": "p"}]})"));
     EXPECT_EQ(run("--json cube.vtu").output.find("crc32"), std::string::npos);

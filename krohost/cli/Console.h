@@ -1,0 +1,55 @@
+#pragma once
+
+#include "krohost/cli/CommandLine.h"
+
+#include <string>
+#include <string_view>
+
+namespace krohost::cli {
+
+/// Colours for what goes to one of the standard streams, or none.
+class Style {
+public:
+    explicit Style(bool isColoured) : isColoured_{isColoured} {}
+
+    std::string heading(std::string_view text) const { return wrapped("\x1b[1m", text); }
+    std::string error(std::string_view text) const { return wrapped("\x1b[31m", text); }
+
+private:
+    std::string wrapped(const char* code, std::string_view text) const;
+
+    bool isColoured_;
+};
+
+/// The standard streams, used as the user wants. Results go to standard output, all else to standard error.
+class Console {
+public:
+    explicit Console(const CommandLine& line);
+
+    Style outputStyle() const { return outputStyle_; }
+
+    /// Each a line, or some, on standard error: what went wrong; what to do about it; what may be wrong, unless the
+    /// user wants quiet; what is being done, if the user wants to know.
+    void error(const std::string& text) const;
+    void hint(const std::string& text) const;
+    void warning(const std::string& text) const;
+    void note(const std::string& text) const;
+
+    /// Writes a result and gives the exit code: a full disk must not look like success. Where nobody reads any more,
+    /// nobody is told.
+    int print(const std::string& text, int exitCode) const;
+
+private:
+    bool isQuiet_;
+    bool isVerbose_;
+    Style outputStyle_;
+    Style errorStyle_;
+};
+
+/// Whether something that is done only at some times is done for the stream with this descriptor.
+bool applies(When when, int descriptor);
+
+/// The text without control characters other than line ends and tabs, which a terminal could take for commands.
+std::string printable(const std::string& text);
+
+} // namespace krohost::cli

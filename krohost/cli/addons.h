@@ -1,0 +1,26 @@
+#pragma once
+
+#include "krohost/Host.h"
+#include "krohost/cli/CommandLine.h"
+#include "krohost/cli/Console.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <filesystem>
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace krohost::cli {
+
+void addAddOnsOptions(CLI::App& command, CommandLine& line);
+
+/// The add-ons that the library at `path` has registered, and their loaders, for programs.
+nlohmann::ordered_json addOnsDocument(const Host& host, const std::filesystem::path& path);
+
+/// The same document for people.
+std::string addOnsTable(const nlohmann::ordered_json& document, Style style);
+
+} // namespace krohost::cli

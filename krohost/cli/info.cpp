@@ -1,0 +1,66 @@
+#include "krohost/cli/info.h"
+
+#include "krohost/cli/Failure.h"
+#include "krohost/cli/Stopwatch.h"
+#include "krohost/cli/layout.h"
+#include "krohost/cli/options.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+namespace krohost::cli {
+
+namespace {
+
+void addReportOptions(CLI::App& command, CommandLine& line) {
+    addLoadOptions(command, line);
+    command.add_flag("--all", line.isShowingAll, "Show every zone, also of a dataset with many");
+    addHostOptions(command, line);
+    command.add_flag("--json", line.isJson, "Print one JSON document");
+    addOutputOptions(command, line);
+}
+
+void record(const Host& host, const std::string& path) {
+    if (!host.dataset().instructions)
+        throw Failure("The loader has recorded no instructions.", Exit_Failed);
+    writeLayout(path, *host.dataset().instructions);
+}
+
+} // namespace
+
+void addInfoOptions(CLI::App& command, CommandLine& line) {
+    addNewLoadOptions(command, line);
+    addReportOptions(command, line);
+}
+
+void addReplayOptions(CLI::App& command, CommandLine& line) {
+    command.add_option("FILE", line.files, "The recorded load")->required()->expected(1);
+    addReportOptions(command, line);
+    command
+        .add_option("--strand", line.strand, "Strand of the files that --append adds (default: one above the highest)")
+        ->needs("--append");
+}
+
+Report loadAndDemand(Host& host, const CommandLine& line, const Plan& plan, const Console& console,
+                     ProgressBar& progress) {
+    Report report;
+    report.loaderName = loaderName(host, line, plan);
+    const Stopwatch loadTime;
+    report.isLoaded = load(host, report.loaderName, line, plan);
+    report.stoppedAt = host.stoppedAt().value_or("");
+    if (report.isLoaded && !line.recordFile.empty())
+        record(host, line.recordFile);
+    report.isDemanded = line.isDemanding;
+    const double loadSeconds = loadTime.seconds();
+    const Stopwatch demandTime;
+    if (report.isLoaded && line.isDemanding)
+        report.demands = host.demandAll({line.threadCount, progress.onDemand()});
+    progress.clear();
+    console.note(fmt::format("{} took {:.4f} s", report.loaderName, loadSeconds));
+    if (!report.demands.empty())
+        console.note(fmt::format("{} demands took {:.4f} s, threads: {}", report.demands.size(), demandTime.seconds(),
+                                 line.threadCount));
+    return report;
+}
+
+} // namespace krohost::cli

@@ -1,0 +1,75 @@
+#include "krohost/cli/options.h"
+
+#include "krohost/cli/series.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <map>
+#include <thread>
+
+namespace krohost::cli {
+
+namespace {
+
+constexpr const char* filesHelp =
+    "Files to load: data files, patterns in quotes ('step*.vtu'), time series (.pvd, .series)";
+
+void addWhenOption(CLI::App& command, const char* name, When& when, const char* help) {
+    const std::map<std::string, When> words{
+        {"auto", When::automatic}, {"always", When::always}, {"never", When::never}};
+    command.add_option(name, when, help)
+        ->transform(CLI::CheckedTransformer(words).description(""))
+        ->type_name("auto|always|never");
+}
+
+} // namespace
+
+void addNewLoadOptions(CLI::App& command, CommandLine& line) {
+    command.add_option("FILE", line.files, filesHelp)->required();
+    command.add_option("--loader", line.loader, "Name of the loader (default: by extension)");
+    command.add_option("--time-source", line.timeSource, "Where solution times come from, instead of a time series")
+        ->transform(CLI::IsMember({"AUTO", "FROMFIELDDATA", "FROMFILENAME", "NONE"}, CLI::ignore_case));
+    command.add_option("--times", line.times, "Solution times of the files, in their order")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->check([](const std::string& text) { return parseTime(text) ? "" : text + " is not a time"; })
+        ->type_name("T1,T2,...");
+    command.add_option("--strand", line.strand,
+                       "Strand of the files that --append adds (default: one above the highest), else of FILE");
+}
+
+void addLoadOptions(CLI::App& command, CommandLine& line) {
+    command.add_option("--append", line.appendedFiles, "Files to add to the dataset, as one strand");
+    command.add_option("--record", line.recordFile, "Write how FILE was loaded, for krohost replay");
+    command.add_flag("--demand", line.isDemanding, "Load every variable and node map");
+    addJobsOption(command, line, std::max(1U, std::thread::hardware_concurrency()));
+}
+
+void addJobsOption(CLI::App& command, CommandLine& line, unsigned defaultCount) {
+    command.add_option("-j,--jobs", line.threadCount, "Threads that load on demand")
+        ->check(CLI::Range(1, 1024).description(""))
+        ->type_name("N")
+        ->default_str(std::to_string(defaultCount));
+    command.preparse_callback([&line, defaultCount](std::size_t) { line.threadCount = defaultCount; });
+}
+
+void addHostOptions(CLI::App& command, CommandLine& line) {
+    command.add_option("--node-bits", line.nodeBitCount, "Width of stored node numbers (default: as needed)")
+        ->check(CLI::IsMember({32, 64}));
+    addAddOnOption(command, line);
+}
+
+void addAddOnOption(CLI::App& command, CommandLine& line) {
+    command.add_option("--addon", line.addOn,
+                       "The add-on's shared library (default: $KROHOST_ADDON_PATH, else the one that came along)");
+}
+
+void addOutputOptions(CLI::App& command, CommandLine& line) {
+    command.add_flag("-q,--quiet", line.isQuiet, "Show no progress and no warnings");
+    command.add_flag("-v,--verbose", line.isVerbose, "Say more: the add-on, the loader and the times taken");
+    addWhenOption(command, "--progress", line.progress, "Show progress (default: on a terminal)");
+    addWhenOption(command, "--color", line.color, "Use colours (default: on a terminal, unless NO_COLOR is set)");
+}
+
+} // namespace krohost::cli

@@ -1,0 +1,177 @@
+#include "tests/krohost/runKrohost.h"
+#include "tests/support/VtuBuilder.h"
+#include "tests/support/meshes.h"
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <sstream>
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+/// The files that the examples of the help name, and ways to use them.
+class Manners : public testing::Test {
+protected:
+    Manners() {
+        const auto wing =
+            test::vtu().piece(test::hexahedron().withPointData(reals("pressure", test::ElementType::Float64, values)));
+        for (const char* name : {"wing.vtu", "step1.vtu", "step2.vtu", "wing.dat"})
+            wing.write(folder / name);
+        folder.write("run.pvd", collection(2));
+        folder.write("many.pvd", collection(60));
+        folder.write("blocks.vtm", R"(<VTKFile type="vtkMultiBlockDataSet"><vtkMultiBlockDataSet>
+            <DataSet name="a&#x9b;b" file="wing.vtu"/></vtkMultiBlockDataSet></VTKFile>)");
+        run("wing.vtu --record layout.json");
+    }
+
+    /// Files with two zones a step.
+    static std::string collection(int fileCount) {
+        std::string text = R"(<VTKFile type="Collection"><Collection>)";
+        for (int index = 0; index < fileCount; ++index)
+            text += fmt::format(R"(<DataSet timestep="{}" part="{}" file="wing.vtu"/>)", index / 2 * 0.5, index % 2);
+        return text + "</Collection></VTKFile>";
+    }
+
+    Outcome run(const std::string& arguments) const { return runKrohost(folder, arguments); }
+
+    static inline const std::vector<double> values{1, 2, 3, 4, 5, 6, 7, 8};
+    test::TemporaryFolder folder;
+};
+
+} // namespace
+
+TEST_F(Manners, MessagesSayWhatToDoNext) {
+    const std::vector<std::tuple<const char*, int, const char*>> rows{
+        {"\"$krohost\" inof wing.vtu", 2, "There is no command or file \"inof\"; did you mean krohost info?\n"},
+        {"\"$krohost\" wing.vtu --demnad", 2, "\nDid you mean --demand?\nRun with --help for more information.\n"},
+        {"\"$krohost\" bench wing.vtu --variable presure", 2,
+         "There is no variable \"presure\"; there is \"pressure\", \"X\", \"Y\", \"Z\".\n"},
+        {"cp \"$krohost\" . && KROHOST_ADDON_PATH= ./krohost wing.vtu", 4,
+         "/lib/krohost/vtk-data-loader.so\nName one with --addon FILE or in the environment variable "
+         "KROHOST_ADDON_PATH.\n"},
+        {"\"$krohost\" wing.dat", 0,
+         "krohost: warning: no loader is for files such as \"wing.dat\"; taking \"VTK Data Loader\""},
+        {"\"$krohost\" trace --only KroUtilX wing.vtu", 0, "krohost: warning: no call's name begins so\n"},
+        {"\"$krohost\" wing.vtu >/dev/full", 1, "Standard output cannot be written: No space left on device\n"},
+        {"\"$krohost\" --help >/dev/full", 1, "Standard output cannot be written: No space left on device\n"},
+        {"\"$krohost\" wing.vtu --record /dev/full", 1, "cannot be written: No space left on device.\n"}};
+    for (const auto& [command, exitCode, message] : rows) {
+        const Outcome outcome = runShell(folder, command);
+        EXPECT_EQ(outcome.exitCode, exitCode) << command;
+        EXPECT_THAT(outcome.errors, HasSubstr(message)) << command;
+    }
+}
+
+TEST_F(Manners, APipeThatNobodyReadsEndsQuietly) {
+    for (const char* trap : {"", "trap '' PIPE;"}) {
+        const Outcome outcome =
+            runShell(folder, fmt::format("mkfifo p; exec 3<>p 4>p 3>&-; rm p; {} \"$krohost\" wing.vtu >&4", trap));
+        EXPECT_EQ(outcome.exitCode, 141) << trap;
+        EXPECT_EQ(outcome.errors, "") << trap;
+    }
+}
+
+TEST_F(Manners, StandardErrorIsAsTalkativeAsTheUserWants) {
+    const std::vector<std::pair<const char*, testing::Matcher<std::string>>> rows{
+        {"wing.vtu", ""},
+        {"wing.dat --quiet", ""},
+        {"wing.vtu --quiet --progress always", ""},
+        {"wing.vtu -v", HasSubstr("krohost: VTK Data Loader took 0.")},
+        {"wing.vtu -v", HasSubstr("krohost: the add-on is " ADD_ON "\n")},
+        {"wing.vtu --progress always", HasSubstr("\r\x1b[K[                        ]   0 %")},
+        {"missing.vtu -q", HasSubstr("The file \"missing.vtu\" cannot be opened")},
+        {"missing.vtu --color always", HasSubstr("\x1b[31mThe file")}};
+    for (const auto& [arguments, expected] : rows)
+        EXPECT_THAT(run(arguments).errors, expected) << arguments;
+}
+
+TEST_F(Manners, ColoursAreForTerminals) {
+    const std::string heading = "\x1b[1mVTK Data", plain = "VTK Data (";
+    const std::vector<std::pair<std::string, bool>> rows{
+        {"$krohost wing.vtu", false},
+        {"$krohost wing.vtu --color always", true},
+        {"NO_COLOR=1 $krohost wing.vtu --color always", true},
+        {"export TERM=xterm; script -qec \"$krohost wing.vtu\" /dev/null", true},
+        {"export TERM=xterm; script -qec \"$krohost wing.vtu --color never\" /dev/null", false},
+        {"export TERM=xterm NO_COLOR=1; script -qec \"$krohost wing.vtu\" /dev/null", false},
+        {"export TERM=dumb; script -qec \"$krohost wing.vtu\" /dev/null", false}};
+    for (const auto& [command, isColoured] : rows) {
+        const std::string output = runShell(folder, command).output;
+        EXPECT_THAT(output, HasSubstr(isColoured ? heading : plain)) << command;
+        EXPECT_EQ(output.find('\x1b') != output.npos, isColoured) << command;
+    }
+}
+
+TEST_F(Manners, NamesCannotCommandATerminal) {
+    EXPECT_THAT(run("blocks.vtm").output, HasSubstr("Zone 1, a\\x9bb\n"));
+}
+
+TEST_F(Manners, ManyZonesAreSummedUp) {
+    const std::string summary = run("--demand many.pvd").output;
+    for (const char* part :
+         {"60 zones, 4 variables\n", "\nNodes     480, 8 in each zone\n",
+          "\nTimes     0 to 14.5, 30 different\nStrands   1 to 2, 2 different\n",
+          "\n   60  bricks          4    480        60      1  hexahedron\n", "\n 0.5      2     16         2      3\n",
+          "\n... and 18 more\n", "\n       4  pressure  nodal     float64     60     480    1    8\n",
+          "\n   5  wing  bricks      8         1         1       1     1\n"
+          "... and 55 more; --all shows every zone\n"})
+        EXPECT_THAT(summary, HasSubstr(part));
+    EXPECT_THAT(summary, Not(HasSubstr("\nZone 1, ")));
+    EXPECT_THAT(run("--all many.pvd").output, HasSubstr("\nZone 60, wing\n"));
+}
+
+TEST_F(Manners, ATraceIsFilteredAndTakenApart) {
+    const std::string text = run("trace --only KroUtilVar --only KroUtilDataSetG,Loader wing.vtu").output;
+    EXPECT_EQ(text, "-> LoaderSelectedCallback([\"wing.vtu\"])\nKroUtilDataSetGetNumVars() = 4\n"
+                    "KroUtilDataSetGetNumVars() = 4\nKroUtilDataSetGetNumZones() = 1\n"
+                    "KroUtilDataSetGetNumZones() = 1\n<- LoaderSelectedCallback = 1\n");
+    std::istringstream lines{run("trace --jsonl --only KroUtilAddOn,Init wing.vtu").output};
+    for (const char* expected :
+         {R"({"number": 1, "kind": "enter", "name": "InitKroAddOn113", "arguments": "", "result": null})",
+          R"({"number": 3, "kind": "call", "name": "KroUtilAddOnRegister", "result": "add-on 1",
+              "arguments": "110, \"VTU/VTM/TRIX Data Loader\", \"1.0.0\", \"Veltra\""})",
+          R"({"number": 8, "kind": "return", "name": "InitKroAddOn113", "arguments": null, "result": null})",
+          R"({"kind": "end", "error": null, "dialogs": [], "violations": []})"}) {
+        std::string line;
+        std::getline(lines, line);
+        EXPECT_EQ(nlohmann::json::parse(line), nlohmann::json::parse(expected));
+    }
+}
+
+TEST_F(Manners, AddOnsAreShownWithTheirFiles) {
+    const std::string output = run("addons").output;
+    EXPECT_THAT(output, HasSubstr("VTU/VTM/TRIX Data Loader 1.0.0 (Veltra)\n  " ADD_ON "\n"));
+    EXPECT_THAT(output, HasSubstr("\nTRIX Loader      *.trix              several\n"));
+}
+
+TEST_F(Manners, EveryExampleOfTheHelpWorks) {
+    EXPECT_THAT(run("--version").output, testing::StartsWith("krohost 1."));
+    std::istringstream help{run("--help").output};
+    std::vector<std::string> commands{""};
+    bool isCommand = false;
+    for (std::string line; std::getline(help, line) && !(isCommand && line.empty());) {
+        if (isCommand)
+            commands.push_back(line.substr(2, line.find(' ', 2) - 2));
+        isCommand = isCommand || line == "Subcommands:";
+    }
+    EXPECT_GE(commands.size(), 6);
+    for (const std::string& command : commands) {
+        std::istringstream text{run(command + " --help").output};
+        EXPECT_THAT(text.str(), HasSubstr("Exit codes:\n    0  done\n")) << command;
+        int exampleCount = 0;
+        for (std::string line; std::getline(text, line);) {
+            if (!line.starts_with("  krohost "))
+                continue;
+            ++exampleCount;
+            const std::string example = line.substr(2, line.find("   ", 2) - 2);
+            const Outcome outcome = runShell(folder, "krohost() { \"$krohost\" \"$@\"; }; " + example);
+            EXPECT_EQ(outcome.exitCode, 0) << example << '\n' << outcome.errors;
+        }
+        EXPECT_GE(exampleCount, 2) << command;
+    }
+}

@@ -1,0 +1,134 @@
+#!/usr/bin/python3
+"""Validates what krohost prints for programs, in successes and failures, against the schemas in docs/schemas.
+
+    schemas.py --addon LIBRARY --faulty-addon LIBRARY --samples DIR --schemas DIR KROHOST
+
+Every field must stand in the schema, although the schemas let other programs meet new ones. Closes with
+"schemas: N passed, N failed"; exits with 1 on a failure and with 77 where the validator is not installed.
+"""
+
+import argparse
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+try:
+    import jsonschema
+except ImportError as reason:
+    print(f"schemas: {reason}; on Debian it is the package python3-jsonschema")
+    sys.exit(77)
+
+# Schema (behind a # the definition that each line fits, instead of the whole), exit code, arguments.
+ROWS = [
+    ("info", 0, "wing.vtu --json"),
+    ("info", 0, "info --json --demand wing.vtu"),
+    ("info", 0, "--json --demand run.pvd"),
+    ("info", 0, "--json --demand blocks.vtm --append wing.vtu"),
+    ("info", 0, "replay --json --demand layout.json"),
+    ("info", 1, "--json --demand short.vtu"),
+    ("info", 1, "--json empty.vtu"),
+    ("info", 1, "--json wing.vtu --addon {faulty}"),
+    ("info", 1, "replay --json wing.vtu"),
+    ("info", 2, "--json wing.vtu --demnad"),
+    ("info", 2, "inof wing.vtu --json"),
+    ("info", 2, "--json wing.vtu --loader Other"),
+    ("info", 3, "--json missing.vtu"),
+    ("info", 4, "--json wing.vtu --addon missing.so"),
+    ("bench", 0, "bench --json wing.vtu"),
+    ("bench", 1, "bench --json short.vtu"),
+    ("bench", 1, "bench --json empty.vtu"),
+    ("bench", 2, "bench --json wing.vtu --variable q"),
+    ("bench", 2, "bench --json"),
+    ("bench", 3, "bench --json missing.vtu"),
+    ("addons", 0, "addons --json"),
+    ("addons", 2, "addons --json wing.vtu"),
+    ("addons", 4, "addons --json --addon missing.so"),
+    ("trace", 0, "trace --json --lists --demand wing.vtu"),
+    ("trace", 1, "trace --json empty.vtu"),
+    ("trace", 2, "trace --json"),
+    ("trace#line", 0, "trace --jsonl --lists --demand wing.vtu"),
+    ("trace#line", 0, "trace --jsonl --only KroUtilData wing.vtu"),
+    ("trace#line", 1, "trace --jsonl wing.vtu --addon {faulty}"),
+    ("trace#line", 3, "trace --jsonl missing.vtu"),
+]
+
+
+def write_files(folder, samples):
+    wing = (samples / "wing.vtu").read_bytes()
+    (folder / "wing.vtu").write_bytes(wing)
+    (folder / "short.vtu").write_bytes(wing[:len(wing) * 9 // 10])
+    (folder / "empty.vtu").write_text("<VTKFile/>")
+    (folder / "run.pvd").write_text('<VTKFile type="Collection"><Collection><DataSet timestep="1" file="wing.vtu"/>'
+                                    '<DataSet timestep="2" file="wing.vtu"/></Collection></VTKFile>')
+    (folder / "blocks.vtm").write_text('<VTKFile type="vtkMultiBlockDataSet"><vtkMultiBlockDataSet><Block name="a">'
+                                       '<DataSet name="b" file="wing.vtu"/></Block></vtkMultiBlockDataSet></VTKFile>')
+    (folder / "layout.json").write_text(json.dumps({"loader": "VTK Data Loader", "instructions": [
+        "STANDARDSYNTAX", "1.0", "FILENAME_FILE", "wing.vtu"]}))
+
+
+def closed(schema):
+    """The schema with no other fields allowed than those it names. A condition stays as it is."""
+    if isinstance(schema, list):
+        return [closed(item) for item in schema]
+    if not isinstance(schema, dict):
+        return schema
+    result = {key: value if key == "if" else closed(value) for key, value in schema.items()}
+    if "properties" in schema and isinstance(schema.get("type"), str):
+        result.setdefault("additionalProperties", False)
+    return result
+
+
+def validator(schemas, name):
+    file, _, definition = name.partition("#")
+    schema = json.loads((schemas / f"{file}.schema.json").read_text())
+    jsonschema.Draft202012Validator.check_schema(schema)
+    schema = closed(schema)
+    if definition:
+        schema = {"$ref": f"#/$defs/{definition}", "$defs": schema["$defs"]}
+    return jsonschema.Draft202012Validator(schema)
+
+
+def complaints(options, folder, name, exit_code, arguments):
+    words = arguments.format(faulty=options.faulty_addon).split()
+    environment = {**os.environ, "KROHOST_ADDON_PATH": options.addon}
+    result = subprocess.run([options.krohost, *words], capture_output=True, text=True, timeout=60, cwd=folder,
+                            env=environment)
+    if result.returncode != exit_code:
+        yield f"exit code {result.returncode}, not {exit_code}: {result.stderr.strip()[:300]}"
+    try:
+        documents = [json.loads(text) for text in (result.stdout.splitlines() if "#" in name else [result.stdout])]
+    except ValueError as error:
+        yield f"no JSON: {error}: {result.stdout[:300]!r}"
+        return
+    for document in documents:
+        yield from (f"{error.json_path}: {error.message[:300]}"
+                    for error in validator(options.schemas, name).iter_errors(document))
+    if (exit_code in (0, 5)) != (documents[-1].get("error") is None):
+        yield f"the error is {documents[-1].get('error')!r}"
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("krohost", help="the krohost to run")
+    parser.add_argument("--addon", required=True)
+    parser.add_argument("--faulty-addon", required=True, help="one that breaks the host's rules")
+    parser.add_argument("--samples", type=pathlib.Path, required=True)
+    parser.add_argument("--schemas", type=pathlib.Path, required=True)
+    options = parser.parse_args()
+    failed = 0
+    with tempfile.TemporaryDirectory() as folder:
+        write_files(pathlib.Path(folder), options.samples)
+        for name, exit_code, arguments in ROWS:
+            sentences = list(complaints(options, folder, name, exit_code, arguments))
+            failed += bool(sentences)
+            for sentence in sentences[:5]:
+                print(f"{name}: krohost {arguments}: {sentence}")
+    print(f"schemas: {len(ROWS) - failed} passed, {failed} failed")
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
