@@ -4,9 +4,9 @@
 
 #include "host/exceptions.h"
 #include "host/lexical_cast.h"
+#include "xml/equalsIgnoringCase.h"
 
 #include <boost/algorithm/string/case_conv.hpp>
-#include <boost/algorithm/string/predicate.hpp>
 
 #include <algorithm>
 #include <array>
@@ -37,10 +37,6 @@ constexpr std::array<TimeSourceName, 4> timeSourceNames{{{SolutionTimeSource::Fr
                                                          {SolutionTimeSource::FromFileName, "FROMFILENAME"},
                                                          {SolutionTimeSource::Auto, "AUTO"},
                                                          {SolutionTimeSource::None, "NONE"}}};
-
-bool isKeyword(const std::string& item, const char* keyword) {
-    return boost::algorithm::iequals(item, keyword, std::locale::classic());
-}
 
 /// The decimal integer that is the whole text; none when there is another character or it does not fit.
 template <class Integer>
@@ -74,7 +70,7 @@ public:
         : loaderName_(loaderName), items_(toolbox::items(list)) {}
 
     void parse(VtkFileLoaderInstructions& instructions) {
-        if (items_.size() < 2 || !isKeyword(items_[0], preamble) || items_[1] != preambleVersion)
+        if (items_.size() < 2 || !vtkfile::equalsIgnoringCase(items_[0], preamble) || items_[1] != preambleVersion)
             fail(badPreamble());
         next_ = 2;
         while (!atEnd())
@@ -83,15 +79,15 @@ public:
 
 private:
     void parseGroup(VtkFileLoaderInstructions& instructions, const std::string& keyword) {
-        if (isKeyword(keyword, fileNameKeyword))
+        if (vtkfile::equalsIgnoringCase(keyword, fileNameKeyword))
             instructions.files.push_back(toPath(takeValue(missingFileName())));
-        else if (isKeyword(keyword, fileListKeyword))
+        else if (vtkfile::equalsIgnoringCase(keyword, fileListKeyword))
             instructions.files = takeList(fileListKeyword, toPath);
-        else if (isKeyword(keyword, timesKeyword))
+        else if (vtkfile::equalsIgnoringCase(keyword, timesKeyword))
             instructions.solutionTimes = takeList(timesKeyword, toTime);
-        else if (isKeyword(keyword, timeSourceKeyword))
+        else if (vtkfile::equalsIgnoringCase(keyword, timeSourceKeyword))
             instructions.solutionTimeSource = timeSource(takeValue(missingValue(timeSourceKeyword)));
-        else if (isKeyword(keyword, strandKeyword))
+        else if (vtkfile::equalsIgnoringCase(keyword, strandKeyword))
             instructions.strand = strand(takeValue(missingValue(strandKeyword)));
         else
             fail(unknownKeyword(keyword));

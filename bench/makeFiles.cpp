@@ -124,7 +124,7 @@ std::vector<Job> jobs(const fs::path& folder, double scale, SharedMesh& shared) 
     add("members", ".vtm",
         [=](const fs::path& path) { writeText(path, vtmText(writeBoxes(folder / "parts", parts(1e6 * scale), raw))); });
     add("series", "", [=](const fs::path& path) { writeBoxes(path, row(200, 2e4 * std::min(scale, 1.0)), rawZlib); });
-    for (const std::size_t count : {50, 500, 5000})
+    for (const std::size_t count : {50, 500, 5000, 50000})
         add("tiny-" + std::to_string(count), ".vtm",
             [=](const fs::path& path) { writeText(path, vtmText(writeBoxes(folder / "tiny", row(count, 64), raw))); });
     for (const std::size_t count : {10, 100, 1000, 10000})

@@ -155,6 +155,14 @@ BENCHMARK(convert<double, double>)->ArgsProduct(shapes)->ArgNames({"components",
 BENCHMARK(convert<std::int32_t, std::int64_t>)->ArgsProduct(shapes)->ArgNames({"components", "swapped"});
 BENCHMARK(convert<std::uint8_t, std::int8_t>)->ArgsProduct(shapes)->ArgNames({"components", "swapped"});
 
+/// What the host is asked about a hundred times for an array.
+void poll(benchmark::State& state) {
+    krohost::Host host;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(KroUtilInterruptIsSet());
+}
+BENCHMARK(poll);
+
 /// What registering a zone waits for, when its cells are all alike and when they change all the time.
 void groupCells(benchmark::State& state) {
     const test::TemporaryFolder folder;

@@ -42,7 +42,7 @@ EXTENSIONS = {"pieces": ".pvtu", "members": ".vtm", "series": "", "tiny": ".vtm"
 SCALES = (0.1, 1, 10)
 GROWTH = [(name, [(f"{scale:g} million cells", scale, name, scale) for scale in SCALES])
           for name in ("hexahedra-raw", "hexahedra-raw-zlib", "hexahedra-ascii", "mixed-raw")]
-GROWTH += [("members of a collection", [(f"{count:,}", count, f"tiny-{count}", 1) for count in (50, 500, 5000)]),
+GROWTH += [("members of a collection", [(f"{count:,}", count, f"tiny-{count}", 1) for count in (50, 500, 5000, 50000)]),
            ("arrays in a file", [(f"{count:,}", count, f"arrays-{count}", 1) for count in (10, 100, 1000, 10000)])]
 
 MESHIO = """import json, meshio, sys, time
@@ -56,7 +56,7 @@ def run(*command):
     """The JSON that a process prints, or None when it fails."""
     result = subprocess.run([str(word) for word in command], capture_output=True, text=True, errors="replace")
     if result.returncode == 0:
-        return json.loads(result.stdout.splitlines()[-1])
+        return json.loads(result.stdout)
     complaints.append(f"{pathlib.Path(command[0]).name} {command[-1]}: {result.stderr.strip()[-300:]}")
     print(f"failed: {complaints[-1]}", file=sys.stderr)
     return None
@@ -190,15 +190,28 @@ def growth_table(rounds, largest_scale):
                 continue
             file = File(file_name, scale)
             file.measure(rounds, [("one", lambda: file.krohost("-j1"))])
-            times = [file.median("one", figure) for figure in ("register_s", "demand_s")]
+            own = file.median("one", "own_peak_kib")
+            figures = [file.median("one", "register_s"), file.median("one", "demand_s"),
+                       *((file.median("one", peak) - own) / 1024 for peak in ("register_peak_kib", "peak_kib"))]
             row = [name, label]
-            for index, time in enumerate(times):
-                exponent = (math.log(time / earlier[1][index]) / math.log(size / earlier[0])
-                            if earlier and time and earlier[1][index] else None)
-                row += [seconds(time), "-" if exponent is None else f"{exponent:.2f}"]
+            for index, figure in enumerate(figures):
+                exponent = (math.log(figure / earlier[1][index]) / math.log(size / earlier[0])
+                            if earlier and figure and earlier[1][index] else None)
+                row += [f"{figure:.1f}" if index > 1 else seconds(figure),
+                        "-" if exponent is None else f"{exponent:.2f}"]
             rows.append(row)
-            earlier = (size, times)
-    return table(["what grows", "size", "registration: s", "exponent", "demands: s", "exponent"], rows)
+            earlier = (size, figures)
+    return table(["what grows", "size", "registration: s", "exponent", "demands: s", "exponent",
+                  "registering, above the process's own: MiB", "exponent", "all kept: MiB", "exponent"], rows)
+
+
+def micro_table():
+    result = run(BIN / "micro", "--benchmark_format=json", "--benchmark_min_time=0.1")
+    rows = []
+    for step in result["benchmarks"] if result else []:
+        rates = [f"{step[key] / 1e6:,.0f}" if key in step else "-" for key in ("bytes_per_second", "items_per_second")]
+        rows.append([step["name"], f"{step['cpu_time']:,.1f}", *rates])
+    return table(["step", "ns", "MB/s", "million items/s"], rows)
 
 
 def machine():
@@ -219,18 +232,19 @@ def main():
     parser = argparse.ArgumentParser(prog="kro bench", description=__doc__.split("\n")[0])
     parser.add_argument("--scale", type=float, help="million cells of a file (default: 1)")
     parser.add_argument("--rounds", type=int, help="times that each is measured (default: 5)")
-    parser.add_argument("--only", nargs="+", metavar="NAME", help="of the files (" + ", ".join(FILES) + "), and growth")
+    parser.add_argument("--only", nargs="+", metavar="NAME", help="of the files (" + ", ".join(FILES) + "), growth and micro")
     parser.add_argument("--quick", action="store_true", help="two rounds with small files, for a first look")
     parser.add_argument("--write", action="store_true", help="put the tables into docs/performance.md")
     options = parser.parse_args()
     scale = options.scale or (0.1 if options.quick else 1)
     rounds = options.rounds or (2 if options.quick else 5)
-    names = options.only or [*FILES, "growth"]
-    if unknown := set(names) - {*FILES, "growth"}:
+    others = ["growth", "micro"]
+    names = options.only or [*FILES, *others]
+    if unknown := set(names) - {*FILES, *others}:
         parser.error("no such file: " + ", ".join(sorted(unknown)))
     has_meshio = subprocess.run([sys.executable, "-c", "import meshio"], capture_output=True).returncode == 0
 
-    files = [File(name, scale) for name in names if name != "growth"]
+    files = [File(name, scale) for name in names if name not in others]
     for file in files:
         file.measure(rounds, file.contenders(has_meshio))
     parts = [f"{machine()}; scale {scale:g}, {rounds} rounds.\n"]
@@ -239,6 +253,8 @@ def main():
                   "### Memory and work\n", memory_table(files)]
     if "growth" in names:
         parts += ["### Growth\n", growth_table(min(rounds, 3), 1 if options.quick else SCALES[-1])]
+    if "micro" in names:
+        parts += ["### Single steps\n", micro_table()]
     text = "\n".join(parts)
     print(text)
     if options.write:

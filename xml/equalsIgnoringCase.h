@@ -1,15 +1,16 @@
 #pragma once
 
-#include <boost/algorithm/string/predicate.hpp>
-
-#include <locale>
+#include <algorithm>
 #include <string_view>
 
 namespace veltra::vtkfile {
 
 /// Compares texts without regard to the case of their ASCII letters.
 inline bool equalsIgnoringCase(std::string_view left, std::string_view right) {
-    return boost::algorithm::iequals(left, right, std::locale::classic());
+    const auto lowerCase = [](char letter) {
+        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    };
+    return std::ranges::equal(left, right, {}, lowerCase, lowerCase);
 }
 
 } // namespace veltra::vtkfile
