@@ -3,8 +3,10 @@
 #include "krohost/cli/Console.h"
 #include "krohost/cli/addons.h"
 #include "krohost/cli/bench.h"
+#include "krohost/cli/completion.h"
 #include "krohost/cli/info.h"
 #include "krohost/cli/jsonReport.h"
+#include "krohost/cli/manPage.h"
 #include "krohost/cli/suggest.h"
 #include "krohost/cli/trace.h"
 
@@ -78,7 +80,7 @@ std::optional<std::string> misspeltCommand(const std::string& argument) {
 /// The arguments with the command that a bare list of files leaves out, last one first as the parser takes them.
 std::vector<std::string> completedArguments(std::vector<std::string> arguments) {
     std::vector<std::string> complete = commandNames();
-    complete.insert(complete.end(), {"-h", "--help", "--version"});
+    complete.insert(complete.end(), {"completion", "-h", "--help", "--version", "--man"});
     if (!arguments.empty() && std::find(complete.begin(), complete.end(), arguments.front()) == complete.end()) {
         if (const auto meant = misspeltCommand(arguments.front()))
             throw CLI::ArgumentMismatch(
@@ -148,6 +150,8 @@ std::variant<CommandLine, int> parseCommandLine(int argumentCount, const char* c
     const std::vector<std::string> words(arguments + 1, arguments + argumentCount);
     CLI::App app{"Loads files through a data-loader add-on and shows what it makes of them", "krohost"};
     addCommands(app, line);
+    addCompletionCommand(app);
+    addManPageOption(app);
     try {
         app.parse(completedArguments(words));
     } catch (const CLI::ParseError& error) {

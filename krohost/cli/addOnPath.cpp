@@ -4,31 +4,51 @@
 
 #include <fmt/format.h>
 
-#include <array>
 #include <cstdlib>
+#include <sstream>
 
 namespace krohost::cli {
 
 namespace {
 
-/// Seen from the folder of krohost.
-constexpr std::array places{"../lib/vtk-data-loader.so", "../lib/krohost/vtk-data-loader.so"};
+using std::filesystem::path;
+
+/// A file, or the add-on of a folder.
+path addOnAt(const path& place) {
+    std::error_code ignored;
+    return std::filesystem::is_directory(place, ignored) ? place / "vtk-data-loader.so" : place;
+}
+
+std::vector<path> splitList(const std::string& list) {
+    std::vector<path> places;
+    std::istringstream stream{list};
+    for (std::string place; std::getline(stream, place, ':');)
+        if (!place.empty())
+            places.push_back(addOnAt(place));
+    return places;
+}
+
+/// In the build tree, and installed.
+std::vector<path> placesBesideKrohost() {
+    const path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    return {(folder / "../lib/vtk-data-loader.so").lexically_normal(),
+            (folder / KROHOST_ADDON_FOLDER "/vtk-data-loader.so").lexically_normal()};
+}
 
 } // namespace
 
-std::filesystem::path addOnPath(const CommandLine& line) {
+path addOnPath(const CommandLine& line) {
     if (line.addOn)
-        return *line.addOn;
-    if (const char* fromEnvironment = std::getenv("KROHOST_ADDON_PATH"); fromEnvironment && *fromEnvironment != '\0')
-        return fromEnvironment;
-    const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    std::string text = "No add-on was found. krohost looked for";
-    for (const char* place : places) {
-        const std::filesystem::path path = (folder / place).lexically_normal();
+        return addOnAt(*line.addOn);
+    const char* variable = std::getenv("KROHOST_ADDON_PATH");
+    const bool hasVariable = variable != nullptr && *variable != '\0';
+    std::string text = hasVariable ? "No add-on was found in KROHOST_ADDON_PATH. krohost looked for"
+                                   : "No add-on was found. krohost looked for";
+    for (const path& file : hasVariable ? splitList(variable) : placesBesideKrohost()) {
         std::error_code ignored;
-        if (std::filesystem::exists(path, ignored))
-            return path;
-        text += fmt::format("\n  {}", path.string());
+        if (std::filesystem::exists(file, ignored))
+            return file;
+        text += fmt::format("\n  {}", file.string());
     }
     throw AddOnError(text + "\nName one with --addon FILE or in the environment variable KROHOST_ADDON_PATH.");
 }

@@ -6,8 +6,9 @@
 
 namespace krohost::cli {
 
-/// The add-on's shared library: the one that the user names, else $KROHOST_ADDON_PATH, else one that stands where the
-/// add-on is built or installed beside krohost. Throws AddOnError, which says where it looked, when there is none.
+/// The add-on's shared library: the one that --addon names, else the first that exists of those in $KROHOST_ADDON_PATH,
+/// else the one beside krohost, where it is built or where it is installed. A folder stands for the add-on in it.
+/// Throws AddOnError, which names every place looked at.
 std::filesystem::path addOnPath(const CommandLine& line);
 
 } // namespace krohost::cli

@@ -40,8 +40,8 @@ void addNewLoadOptions(CLI::App& command, CommandLine& line) {
 }
 
 void addLoadOptions(CLI::App& command, CommandLine& line) {
-    command.add_option("--append", line.appendedFiles, "Files to add to the dataset, as one strand");
-    command.add_option("--record", line.recordFile, "Write how FILE was loaded, for krohost replay");
+    command.add_option("--append", line.appendedFiles, "Files to add to the dataset, as one strand")->type_name("FILE");
+    command.add_option("--record", line.recordFile, "Write how FILE was loaded, for krohost replay")->type_name("FILE");
     command.add_flag("--demand", line.isDemanding, "Load every variable and node map");
     addJobsOption(command, line, std::max(1U, std::thread::hardware_concurrency()));
 }
@@ -61,8 +61,10 @@ void addHostOptions(CLI::App& command, CommandLine& line) {
 }
 
 void addAddOnOption(CLI::App& command, CommandLine& line) {
-    command.add_option("--addon", line.addOn,
-                       "The add-on's shared library (default: $KROHOST_ADDON_PATH, else the one that came along)");
+    command
+        .add_option("--addon", line.addOn,
+                    "The add-on's shared library (default: $KROHOST_ADDON_PATH, else the one that came along)")
+        ->type_name("FILE");
 }
 
 void addOutputOptions(CLI::App& command, CommandLine& line) {

@@ -52,7 +52,7 @@ TEST_F(Manners, MessagesSayWhatToDoNext) {
         {"\"$krohost\" bench wing.vtu --variable presure", 2,
          "There is no variable \"presure\"; there is \"pressure\", \"X\", \"Y\", \"Z\".\n"},
         {"cp \"$krohost\" . && KROHOST_ADDON_PATH= ./krohost wing.vtu", 4,
-         "/lib/krohost/vtk-data-loader.so\nName one with --addon FILE or in the environment variable "
+         "/krohost/addons/vtk-data-loader.so\nName one with --addon FILE or in the environment variable "
          "KROHOST_ADDON_PATH.\n"},
         {"\"$krohost\" wing.dat", 0,
          "krohost: warning: no loader is for files such as \"wing.dat\"; taking \"VTK Data Loader\""},

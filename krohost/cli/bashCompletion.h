@@ -1,0 +1,10 @@
+#pragma once
+
+#include "krohost/cli/CompletionModel.h"
+
+namespace krohost::cli {
+
+/// A script that completes the arguments of krohost in bash.
+std::string bashCompletion(const CompletionModel& model);
+
+} // namespace krohost::cli
