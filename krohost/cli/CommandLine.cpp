@@ -3,6 +3,7 @@
 #include "krohost/cli/Console.h"
 #include "krohost/cli/addons.h"
 #include "krohost/cli/bench.h"
+#include "krohost/cli/check.h"
 #include "krohost/cli/completion.h"
 #include "krohost/cli/info.h"
 #include "krohost/cli/jsonReport.h"
@@ -47,6 +48,11 @@ constexpr std::array commands{
                  addBenchOptions,
                  "  krohost bench -j 4 run.pvd                with four threads\n"
                  "  krohost bench --json --variable pressure wing.vtu\n"},
+    CommandEntry{Command::check, "check", "Load everything in each file and list what is wrong with it",
+                 addCheckOptions,
+                 "  krohost check wing.vtu                    whether everything loads\n"
+                 "  krohost check --deep --explain wing.vtu   and what is wrong where in the file\n"
+                 "  krohost check --json 'step*.vtu'\n"},
     CommandEntry{Command::addons, "addons", "Show the add-on and the loaders that it brings", addAddOnsOptions,
                  "  krohost addons                            which files can be loaded\n"
                  "  krohost addons --json\n"},

@@ -20,7 +20,7 @@ enum ExitCode {
     Exit_PipeClosed = 141 ///< nobody reads standard output any more
 };
 
-enum class Command { info, replay, trace, bench, addons };
+enum class Command { info, replay, trace, bench, check, addons };
 
 /// When a stream gets what is for people only: with `automatic`, when it is a terminal.
 enum class When { automatic, always, never };
@@ -43,6 +43,8 @@ struct CommandLine {
     std::vector<std::string> tracedPrefixes; ///< of the calls that a trace shows; empty: of all
     unsigned threadCount = 1;
     std::optional<std::string> variable; ///< the only one that a bench demands
+    bool isExplaining = false;           ///< a check says what a loader refuses
+    bool isDeep = false;                 ///< a check decodes every value
     int nodeBitCount = 0;                ///< 0: by the size of the zone
     std::optional<std::filesystem::path> addOn;
     bool isQuiet = false; ///< no progress and no warnings

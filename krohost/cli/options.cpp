@@ -12,9 +12,6 @@ namespace krohost::cli {
 
 namespace {
 
-constexpr const char* filesHelp =
-    "Files to load: data files, patterns in quotes ('step*.vtu'), time series (.pvd, .series)";
-
 void addWhenOption(CLI::App& command, const char* name, When& when, const char* help) {
     const std::map<std::string, When> words{
         {"auto", When::automatic}, {"always", When::always}, {"never", When::never}};
@@ -25,8 +22,15 @@ void addWhenOption(CLI::App& command, const char* name, When& when, const char* 
 
 } // namespace
 
+void addFilesOption(CLI::App& command, CommandLine& line) {
+    command
+        .add_option("FILE", line.files,
+                    "Files to load: data files, patterns in quotes ('step*.vtu'), time series (.pvd, .series)")
+        ->required();
+}
+
 void addNewLoadOptions(CLI::App& command, CommandLine& line) {
-    command.add_option("FILE", line.files, filesHelp)->required();
+    addFilesOption(command, line);
     command.add_option("--loader", line.loader, "Name of the loader (default: by extension)");
     command.add_option("--time-source", line.timeSource, "Where solution times come from, instead of a time series")
         ->transform(CLI::IsMember({"AUTO", "FROMFIELDDATA", "FROMFILENAME", "NONE"}, CLI::ignore_case));

@@ -9,6 +9,9 @@ class App;
 
 namespace krohost::cli {
 
+/// FILE alone.
+void addFilesOption(CLI::App& command, CommandLine& line);
+
 /// FILE, and where the solution times and strands of a new load come from; with any of these the files go through the
 /// loader's instructions.
 void addNewLoadOptions(CLI::App& command, CommandLine& line);

@@ -8,6 +8,7 @@
 #include "krohost/cli/addOnPath.h"
 #include "krohost/cli/addons.h"
 #include "krohost/cli/bench.h"
+#include "krohost/cli/check.h"
 #include "krohost/cli/info.h"
 #include "krohost/cli/jsonReport.h"
 #include "krohost/cli/loading.h"
@@ -123,6 +124,18 @@ int finish(Host& host, const CommandLine& line, const Console& console, const Be
     return console.print(bench.figures.empty() ? "" : benchTable(bench.figures), code);
 }
 
+int finish(Host& host, const CommandLine& line, const Console& console, const Check& check) {
+    host.shutDown();
+    printProblems(host, console, "");
+    const bool isSound = check.count(check::Severity::error) == 0 && host.violations().empty();
+    const int code = Host::isInterrupted() ? Exit_Interrupted : isSound ? Exit_Done : Exit_Failed;
+    if (!line.isJson)
+        return console.print(checkText(check), code);
+    const std::string error =
+        code == Exit_Failed && host.dialogs().empty() ? check.firstError() : errorText(host, code);
+    return console.print(jsonText(checkDocument(check), dialogTexts(host), host.violations(), error), code);
+}
+
 int finishAddOns(Host& host, const CommandLine& line, const Console& console, const std::filesystem::path& path) {
     const nlohmann::ordered_json document = addOnsDocument(host, path);
     host.shutDown();
@@ -148,6 +161,8 @@ int runCommand(Host& host, const CommandLine& line, const Console& console, Prog
         progress.clear();
         return finish(host, line, console, result);
     }
+    if (line.command == Command::check)
+        return finish(host, line, console, check(host, line, plan, progress));
     const Report report = loadAndDemand(host, line, plan, console, progress);
     if (line.command == Command::trace)
         return finishTrace(host, line, console, report);

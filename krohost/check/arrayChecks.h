@@ -1,0 +1,32 @@
+#pragma once
+
+#include "krohost/check/Finding.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace krohost::check {
+
+/// `DataArray "pressure"`
+std::string nameInText(const vtu::Array& array);
+
+/// How many values the piece asks of an array; nothing where only the data say so, as for connectivity, and where the
+/// numbers in the tags are none or overflow.
+std::optional<std::uint64_t> neededValueCount(const vtu::Array& array);
+
+/// Called again and again during long work; may throw to end it.
+using Poll = std::function<void()>;
+
+/// Compares header words, the place of the data and the number of values with what the file holds.
+void checkArrayHeaders(const vtu::Document& document, Findings& findings);
+
+/// Decodes every array but those of the cells, and counts what is no finite number.
+void checkArrayValues(const vtu::Document& document, Findings& findings, const Poll& poll);
+
+/// Compares the types of cells with those that a zone can have and the offsets with them. `isDeep` also decodes
+/// connectivity and compares the node numbers with the piece's points.
+void checkCells(const vtu::Document& document, Findings& findings, bool isDeep, const Poll& poll);
+
+} // namespace krohost::check

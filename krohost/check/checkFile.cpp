@@ -1,0 +1,50 @@
+#include "krohost/check/checkFile.h"
+
+#include "krohost/check/documentChecks.h"
+
+#include <iterator>
+#include <set>
+
+namespace krohost::check {
+
+namespace {
+
+std::vector<Finding> checkOne(const vtu::Document& document, const Depth& depth, const Poll& poll) {
+    Findings findings{document.path.string()};
+    if (depth.isExplaining)
+        checkDocument(document, findings);
+    if (depth.isExplaining)
+        checkArrayHeaders(document, findings);
+    checkCells(document, findings, depth.isDeep, poll);
+    if (depth.isDeep)
+        checkArrayValues(document, findings, poll);
+    return findings.take();
+}
+
+std::vector<Finding> checkMember(const vtu::Document& member, const Depth& depth, const Poll& poll) {
+    if (!member.isCollection())
+        return checkOne(member, depth, poll);
+    Findings findings{member.path.string()};
+    findings.error("nested-collection", member.root.position,
+                   "a collection names another collection (accepted: grids)");
+    return findings.take();
+}
+
+void append(std::vector<Finding>& list, std::vector<Finding> more) {
+    list.insert(list.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
+}
+
+} // namespace
+
+std::vector<Finding> checkFile(const std::filesystem::path& path, const Depth& depth, const Poll& poll) {
+    const vtu::Document document = vtu::readDocument(path);
+    std::vector<Finding> list = checkOne(document, depth, poll);
+    std::set<std::filesystem::path> seen;
+    std::error_code ignored;
+    for (const vtu::Member& member : document.members)
+        if (std::filesystem::is_regular_file(member.path, ignored) && seen.insert(member.path).second)
+            append(list, checkMember(vtu::readDocument(member.path), depth, poll));
+    return list;
+}
+
+} // namespace krohost::check

@@ -1,0 +1,183 @@
+#include "krohost/cli/check.h"
+
+#include "krohost/check/checkFile.h"
+#include "krohost/cli/Failure.h"
+#include "krohost/cli/options.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <iterator>
+#include <thread>
+
+namespace krohost::cli {
+
+namespace {
+
+using check::Finding;
+using check::Severity;
+
+const char* inWords(Severity severity) {
+    return severity == Severity::error ? "error" : "warning";
+}
+
+/// Loads files one after the other.
+class Checker {
+public:
+    Checker(Host& host, const CommandLine& line, ProgressBar& progress)
+        : host_{host}, line_{line}, progress_{progress} {}
+
+    Check run(const std::vector<SeriesFile>& files) {
+        result_.isLoaded = true;
+        for (const SeriesFile& file : files) {
+            if (!Host::isInterrupted())
+                load(file.path);
+            if (!Host::isInterrupted() && (line_.isExplaining || line_.isDeep))
+                read(file.path);
+        }
+        progress_.clear();
+        return std::move(result_);
+    }
+
+private:
+    void load(const std::string& path) {
+        path_ = path;
+        hasFailedDemand_ = false;
+        dialogCount_ = host_.dialogs().size();
+        const bool isLoaded = host_.loadFiles({path});
+        result_.isLoaded = result_.isLoaded && isLoaded;
+        if (!isLoaded)
+            return add("load", "the file was not loaded", reason({0, 0}));
+        result_.zoneCount += host_.dataset().zones.size();
+        const auto demands = host_.demandAll({line_.threadCount, progress_.onDemand()});
+        result_.arrayCount += demands.size();
+        for (const DemandResult& demand : demands)
+            look(demand);
+    }
+
+    void look(const DemandResult& demand) {
+        const std::string name = host_.dataset().name(demand.target);
+        hasFailedDemand_ = hasFailedDemand_ || !demand.isLoaded;
+        if (!demand.isLoaded)
+            return add("demand", name + " was not loaded", reason(demand.target));
+        ++result_.loadedArrayCount;
+        if (demand.target.variable != 0)
+            return;
+        const auto nodeCount = host_.dataset().zones[static_cast<std::size_t>(demand.target.zone) - 1].nodeCount;
+        for (const StorageSummary& section : demand.parts)
+            if (section.min < 0 || section.max >= static_cast<double>(nodeCount))
+                add("node-map", fmt::format("{} has node numbers from {:.0f} to {:.0f} (accepted: 0 to {})", name,
+                                            section.min, section.max, nodeCount - 1));
+    }
+
+    /// The dialogs for a target, or those of the load, since the file's load began.
+    std::string reason(Target target) const {
+        std::string texts;
+        for (std::size_t index = dialogCount_; index < host_.dialogs().size(); ++index)
+            if (const Dialog& dialog = host_.dialogs()[index];
+                dialog.zone == target.zone && dialog.variable == target.variable)
+                texts += (texts.empty() ? "" : "\n") + dialog.text;
+        return texts;
+    }
+
+    void add(const char* code, std::string message, std::string reason = {}) {
+        result_.findings.push_back({Severity::error, code, path_, {}, std::move(message), std::move(reason)});
+    }
+
+    void read(const std::string& path) {
+        const auto poll = [] {
+            if (Host::isInterrupted())
+                throw Failure("Interrupted.", Exit_Interrupted);
+        };
+        const bool isDeep = line_.isDeep || hasFailedDemand_; // what a demand fails on is among the values
+        auto findings = check::checkFile(path, {line_.isExplaining, isDeep}, poll);
+        result_.findings.insert(result_.findings.end(), std::make_move_iterator(findings.begin()),
+                                std::make_move_iterator(findings.end()));
+    }
+
+    Host& host_;
+    const CommandLine& line_;
+    ProgressBar& progress_;
+    Check result_;
+    std::string path_;
+    std::size_t dialogCount_ = 0; // before the current load
+    bool hasFailedDemand_ = false;
+};
+
+std::string counted(std::size_t count, const char* what) {
+    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
+} // namespace
+
+std::size_t Check::count(Severity severity) const {
+    return static_cast<std::size_t>(std::count_if(
+        findings.begin(), findings.end(), [severity](const Finding& finding) { return finding.severity == severity; }));
+}
+
+void addCheckOptions(CLI::App& command, CommandLine& line) {
+    addFilesOption(command, line);
+    command.add_flag("--explain", line.isExplaining, "Say what a loader refuses, and where in the file");
+    command.add_flag("--deep", line.isDeep, "Decode every value and say what a loader passes over");
+    addJobsOption(command, line, std::max(1U, std::thread::hardware_concurrency()));
+    addHostOptions(command, line);
+    command.add_flag("--json", line.isJson, "Print one JSON document");
+    addOutputOptions(command, line);
+}
+
+Check check(Host& host, const CommandLine& line, const Plan& plan, ProgressBar& progress) {
+    return Checker{host, line, progress}.run(plan.files);
+}
+
+std::string Check::firstError() const {
+    const auto found = std::find_if(findings.begin(), findings.end(),
+                                    [](const Finding& finding) { return finding.severity == Severity::error; });
+    return found == findings.end() ? "" : found->message;
+}
+
+std::string checkText(const Check& check) {
+    std::string text;
+    for (const Finding& finding : check.findings) {
+        const std::string place =
+            finding.position ? fmt::format(":{}:{}", finding.position->line, finding.position->column) : "";
+        text += fmt::format("{}{}: {}: {} [{}]\n", finding.file, place, inWords(finding.severity), finding.message,
+                            finding.code);
+    }
+    const bool isAll = check.loadedArrayCount == check.arrayCount;
+    const std::size_t warningCount = check.count(Severity::warning);
+    return text + fmt::format("{}{} in {} loaded, {}{}\n", isAll ? "" : std::to_string(check.loadedArrayCount) + " of ",
+                              counted(check.arrayCount, "array"), counted(check.zoneCount, "zone"),
+                              counted(check.count(Severity::error), "problem"),
+                              warningCount == 0 ? "" : ", " + counted(warningCount, "warning"));
+}
+
+nlohmann::ordered_json checkDocument(const Check& check) {
+    using nlohmann::ordered_json;
+    const auto textOrNull = [](const std::string& text) { return text.empty() ? ordered_json() : ordered_json(text); };
+    ordered_json findings = ordered_json::array();
+    for (const Finding& finding : check.findings) {
+        const auto number = [&](std::uint64_t vtu::Position::*member) {
+            return finding.position ? ordered_json(*finding.position.*member) : ordered_json();
+        };
+        findings.push_back({{"severity", inWords(finding.severity)},
+                            {"code", finding.code},
+                            {"file", textOrNull(finding.file)},
+                            {"line", number(&vtu::Position::line)},
+                            {"column", number(&vtu::Position::column)},
+                            {"byte", number(&vtu::Position::byte)},
+                            {"message", finding.message},
+                            {"reason", textOrNull(finding.reason)}});
+    }
+    return {{"loaded", check.isLoaded},
+            {"counts",
+             {{"zones", check.zoneCount},
+              {"arrays", check.arrayCount},
+              {"loadedArrays", check.loadedArrayCount},
+              {"errors", check.count(Severity::error)},
+              {"warnings", check.count(Severity::warning)}}},
+            {"findings", findings}};
+}
+
+} // namespace krohost::cli

@@ -1,0 +1,101 @@
+#include "krohost/vtu/ByteSource.h"
+
+#include <algorithm>
+
+namespace krohost::vtu {
+
+namespace {
+
+constexpr unsigned foreign = 64;
+
+unsigned base64Digit(char character) {
+    if (character >= 'A' && character <= 'Z')
+        return static_cast<unsigned>(character - 'A');
+    if (character >= 'a' && character <= 'z')
+        return static_cast<unsigned>(character - 'a') + 26;
+    if (character >= '0' && character <= '9')
+        return static_cast<unsigned>(character - '0') + 52;
+    if (character == '+')
+        return 62;
+    return character == '/' ? 63 : foreign;
+}
+
+} // namespace
+
+FileSource::FileSource(const std::filesystem::path& path, std::uint64_t begin, std::uint64_t end)
+    : stream_{path, std::ios::binary}, position_{begin}, end_{std::max(begin, end)} {
+    stream_.seekg(static_cast<std::streamoff>(begin));
+    isUnreadable_ = !stream_;
+}
+
+std::size_t FileSource::read(std::span<std::byte> bytes) {
+    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), byteLimit()));
+    stream_.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(wanted));
+    const auto count = static_cast<std::size_t>(stream_.gcount());
+    isUnreadable_ = isUnreadable_ || count < wanted;
+    position_ += count;
+    return count;
+}
+
+std::optional<Fault> FileSource::fault() const {
+    return isUnreadable_ ? std::optional{Fault{.kind = FaultKind::unreadable, .byte = position_}} : std::nullopt;
+}
+
+Base64Source::Base64Source(const std::filesystem::path& path, std::uint64_t begin, std::uint64_t end)
+    : text_{path, begin, end} {}
+
+std::size_t Base64Source::read(std::span<std::byte> bytes) {
+    std::size_t count = 0;
+    while (count < bytes.size() && (groupNext_ < groupEnd_ || decodeGroup()))
+        bytes[count++] = group_[groupNext_++];
+    return count;
+}
+
+std::uint64_t Base64Source::byteLimit() const {
+    return (groupEnd_ - groupNext_) + (text_.byteLimit() + (charactersEnd_ - next_)) / 4 * 3;
+}
+
+std::optional<Fault> Base64Source::fault() const {
+    return foreign_ ? foreign_ : text_.fault();
+}
+
+std::optional<char> Base64Source::nextCharacter() {
+    while (true) {
+        if (next_ == charactersEnd_) {
+            next_ = 0;
+            charactersEnd_ = text_.read(characters_);
+            if (charactersEnd_ == 0)
+                return std::nullopt;
+        }
+        const char character = static_cast<char>(characters_[next_]);
+        if (character == '<')
+            return std::nullopt;
+        ++next_;
+        if (std::string_view{" \t\n\v\f\r"}.find(character) == std::string_view::npos)
+            return character;
+    }
+}
+
+bool Base64Source::decodeGroup() {
+    unsigned bits = 0;
+    std::size_t digitCount = 0;
+    for (int place = 0; place < 4; ++place) {
+        const std::optional<char> character = foreign_ ? std::nullopt : nextCharacter();
+        if (!character)
+            return false;
+        const bool isPadding = *character == '=' && place >= 2;
+        const unsigned digit = isPadding ? 0 : base64Digit(*character);
+        if (digit == foreign || (!isPadding && digitCount < static_cast<std::size_t>(place))) {
+            foreign_ = Fault{.kind = FaultKind::foreignText, .byte = position() - 1, .text = {*character}};
+            return false;
+        }
+        digitCount += isPadding ? 0 : 1;
+        bits = bits << 6 | digit;
+    }
+    group_ = {std::byte(bits >> 16), std::byte(bits >> 8 & 0xFF), std::byte(bits & 0xFF)};
+    groupNext_ = 0;
+    groupEnd_ = digitCount - 1;
+    return true;
+}
+
+} // namespace krohost::vtu

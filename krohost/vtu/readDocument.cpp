@@ -1,0 +1,349 @@
+#include "krohost/vtu/Document.h"
+
+#include <expat.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <memory>
+#include <utility>
+
+namespace krohost::vtu {
+
+namespace {
+
+/// What the format's other readers take at most; a file beyond this is no work of a writer of such files.
+constexpr std::size_t tagByteLimit = 65536, innerCharacterLimit = 1000, depthLimit = 1000;
+/// Bytes that the XML library may hold back until a comment or the like ends.
+constexpr std::uint64_t heldBackLimit = 8 << 20;
+
+/// Stands between namespace and name in what the XML library calls an element.
+constexpr char namespaceEnd = '\n';
+
+/// Follows the events of the XML library and writes down what the records want.
+class Reader {
+public:
+    explicit Reader(const std::filesystem::path& path)
+        : parser_{XML_ParserCreateNS(nullptr, namespaceEnd), XML_ParserFree} {
+        document_.path = path;
+        if (!parser_)
+            throw std::bad_alloc();
+        XML_SetUserData(parser_.get(), this);
+        XML_SetElementHandler(
+            parser_.get(),
+            [](void* self, const char* name, const char** attributes) {
+                static_cast<Reader*>(self)->start(name, attributes);
+            },
+            [](void* self, const char* name) { static_cast<Reader*>(self)->end(name); });
+        XML_SetXmlDeclHandler(parser_.get(), [](void* self, const char* version, const char*, int) {
+            if (version && version != std::string_view{"1.0"})
+                static_cast<Reader*>(self)->stop("xml", fmt::format("XML {} is not read (accepted: 1.0)", version));
+        });
+        XML_SetCommentHandler(parser_.get(), [](void* self, const char*) { static_cast<Reader*>(self)->endText(); });
+        XML_SetProcessingInstructionHandler(
+            parser_.get(), [](void* self, const char*, const char*) { static_cast<Reader*>(self)->endText(); });
+        XML_SetStartCdataSectionHandler(parser_.get(), [](void* self) { static_cast<Reader*>(self)->endText(); });
+    }
+
+    Document read() {
+        std::error_code error;
+        const bool isFile = std::filesystem::is_regular_file(document_.path, error);
+        std::ifstream stream;
+        if (isFile)
+            stream.open(document_.path, std::ios::binary);
+        if (!stream.is_open()) {
+            document_.malformation = {"cannot-open", "the file cannot be opened", {}};
+            return std::move(document_);
+        }
+        document_.byteCount = std::filesystem::file_size(document_.path, error);
+        feed(stream);
+        placeAppendedArrays();
+        return std::move(document_);
+    }
+
+private:
+    void feed(std::ifstream& stream) {
+        std::array<char, 65536> block;
+        std::uint64_t fedCount = 0;
+        while (!isOver_) {
+            stream.read(block.data(), block.size());
+            const auto count = static_cast<int>(stream.gcount());
+            if (fedCount == 0 && isUtf16({block.data(), static_cast<std::size_t>(count)}))
+                return stop("utf-16", "the file is in UTF-16 (accepted: UTF-8)");
+            fedCount += static_cast<std::uint64_t>(count);
+            const bool isLast = static_cast<std::size_t>(count) < block.size();
+            if (XML_Parse(parser_.get(), block.data(), count, isLast) == XML_STATUS_ERROR)
+                return fail();
+            if (isLast)
+                return;
+            if (fedCount - position().byte > heldBackLimit)
+                return stop("markup-too-long", fmt::format("markup is longer than {} bytes", heldBackLimit));
+        }
+    }
+
+    static bool isUtf16(std::string_view bytes) {
+        return bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
+    }
+
+    void fail() {
+        if (!isOver_)
+            stop("xml", fmt::format("the document is not well-formed XML: {}",
+                                    XML_ErrorString(XML_GetErrorCode(parser_.get()))));
+    }
+
+    /// Nothing further is read; without a code, because everything has been.
+    void stop(const char* code = nullptr, std::string message = {}) {
+        if (isOver_)
+            return;
+        isOver_ = true;
+        endText();
+        if (code)
+            document_.malformation = {code, std::move(message), position()};
+        XML_StopParser(parser_.get(), XML_FALSE);
+    }
+
+    Position position() const {
+        XML_Parser parser = parser_.get();
+        return {static_cast<std::uint64_t>(std::max<XML_Index>(XML_GetCurrentByteIndex(parser), 0)),
+                XML_GetCurrentLineNumber(parser), XML_GetCurrentColumnNumber(parser) + 1};
+    }
+
+    static std::string_view localName(std::string_view name) { return name.substr(name.rfind(namespaceEnd) + 1); }
+
+    void start(std::string_view name, const char** attributes) {
+        endText();
+        if (isOver_)
+            return;
+        if (++depth_ > depthLimit)
+            return stop("nested-too-deep", fmt::format("elements are nested more than {} deep", depthLimit));
+        if (!checkTag())
+            return;
+        Element element{std::string(localName(name)), position(), {}};
+        for (; *attributes; attributes += 2)
+            element.attributes.push_back({attributes[0], attributes[1]});
+        dispatch(std::move(element));
+    }
+
+    bool checkTag() {
+        const int tagByteCount = XML_GetCurrentByteCount(parser_.get());
+        if (static_cast<std::size_t>(tagByteCount) > tagByteLimit) {
+            stop("tag-too-long", fmt::format("a tag is longer than {} bytes", tagByteLimit));
+            return false;
+        }
+        int offset = 0, byteCount = 0;
+        const char* bytes = XML_GetInputContext(parser_.get(), &offset, &byteCount);
+        const std::string_view tag{bytes ? bytes + offset : "", bytes ? static_cast<std::size_t>(tagByteCount) : 0};
+        for (const char character : {'>', '='})
+            if (static_cast<std::size_t>(std::count(tag.begin(), tag.end(), character)) > innerCharacterLimit + 1) {
+                stop("tag-characters",
+                     fmt::format("a tag holds more than {} \"{}\" characters", innerCharacterLimit, character));
+                return false;
+            }
+        return true;
+    }
+
+    void dispatch(Element element) {
+        struct SectionName {
+            std::string_view name;
+            Section section;
+        };
+        static constexpr std::array<SectionName, 5> sections{{{"Points", Section::points},
+                                                              {"Cells", Section::cells},
+                                                              {"PointData", Section::pointData},
+                                                              {"CellData", Section::cellData},
+                                                              {"FieldData", Section::fieldData}}};
+        const auto section = std::find_if(sections.begin(), sections.end(),
+                                          [&](const SectionName& entry) { return entry.name == element.name; });
+        if (section != sections.end() && (isInPiece_ || section->section == Section::fieldData))
+            section_ = section->section;
+        else if (element.name == "DataArray" && section_)
+            addArray(std::move(element));
+        else if (element.name == "Piece")
+            addPiece(std::move(element));
+        else if (element.name == "VTKFile")
+            readRoot(std::move(element));
+        else if (element.name == "DataSet" || element.name == "Block")
+            addToCollection(std::move(element));
+        else if (element.name == "AppendedData")
+            beginAppendedData(std::move(element));
+    }
+
+    void readRoot(Element element) {
+        const auto text = [&element](const char* name) {
+            const std::string* value = element.find(name);
+            return value ? *value : std::string();
+        };
+        document_.type = text("type");
+        document_.isBigEndian = equalsIgnoringCase(text("byte_order"), "BigEndian");
+        document_.headerWordByteCount = equalsIgnoringCase(text("header_type"), "UInt64") ? 8 : 4;
+        document_.compressor = Compressor::none;
+        if (element.find("compressor")) {
+            static constexpr std::array names{"vtkZLibDataCompressor", "vtkLZ4DataCompressor", "vtkLZMADataCompressor"};
+            document_.compressor = Compressor::unknown;
+            for (std::size_t index = 0; index < names.size(); ++index)
+                if (equalsIgnoringCase(text("compressor"), names[index]))
+                    document_.compressor = static_cast<Compressor>(index + 1);
+        }
+        document_.root = std::move(element);
+    }
+
+    void addPiece(Element element) {
+        if (document_.type == "PUnstructuredGrid")
+            return addMember(std::move(element), "Source");
+        if (document_.isCollection() || isInPiece_)
+            return; // in a multi-block file a piece only wraps data sets
+        isInPiece_ = true;
+        Piece& piece = document_.pieces.emplace_back();
+        piece.pointCount = element.number("NumberOfPoints", 0);
+        piece.cellCount = element.number("NumberOfCells", 0);
+        piece.element = std::move(element);
+    }
+
+    void addToCollection(Element element) {
+        if (document_.type != "vtkMultiBlockDataSet")
+            document_.strays.push_back(std::move(element));
+        else if (element.name == "Block")
+            block_ = element.nameAttribute();
+        else
+            addMember(std::move(element), "file");
+    }
+
+    void addMember(Element element, const char* attribute) {
+        const std::string* file = element.find(attribute);
+        Member member{{}, block_, file ? *file : "", {}};
+        member.path = document_.path.parent_path() / member.file;
+        member.element = std::move(element);
+        document_.members.push_back(std::move(member));
+    }
+
+    std::vector<Array>& arrays() {
+        if (*section_ == Section::fieldData)
+            return document_.fieldData;
+        Piece& piece = document_.pieces.back();
+        switch (*section_) {
+        case Section::points:
+            return piece.points;
+        case Section::cells:
+            return piece.cells;
+        case Section::pointData:
+            return piece.pointData;
+        default:
+            return piece.cellData;
+        }
+    }
+
+    void addArray(Element element) {
+        Array array;
+        array.section = *section_;
+        array.name = element.nameAttribute();
+        const std::string* type = element.find("type");
+        array.type = type ? elementType(*type) : ElementType::Float32;
+        array.format = format(element.find("format"));
+        array.componentCount = element.number("NumberOfComponents", 1);
+        if (element.find("NumberOfTuples"))
+            array.declaredTupleCount = element.number("NumberOfTuples", 0);
+        array.tupleCount = tupleCount(array);
+        array.begin = position().byte + static_cast<std::uint64_t>(XML_GetCurrentByteCount(parser_.get()));
+        array.end = array.begin;
+        array.element = std::move(element);
+        arrays().push_back(std::move(array));
+        isInText_ = true;
+    }
+
+    static std::optional<Format> format(const std::string* word) {
+        if (!word || *word == "ascii")
+            return Format::ascii;
+        if (*word == "binary")
+            return Format::base64;
+        return *word == "appended" ? std::optional{Format::appended} : std::nullopt;
+    }
+
+    std::uint64_t tupleCount(const Array& array) const {
+        if (array.section == Section::fieldData)
+            return array.declaredTupleCount.value_or(1);
+        const Piece& piece = document_.pieces.back();
+        const bool isOfPoints = array.section == Section::points || array.section == Section::pointData;
+        return (isOfPoints ? piece.pointCount : piece.cellCount).value_or(0);
+    }
+
+    /// An array's text ends at the first markup behind its tag.
+    void endText() {
+        if (std::exchange(isInText_, false))
+            arrays().back().end = std::max(arrays().back().begin, position().byte);
+    }
+
+    void beginAppendedData(Element element) {
+        if (isInPiece_ || section_)
+            return stop("appended-data-place", "AppendedData stands within a Piece or its arrays, or these do not end "
+                                               "(accepted: behind all pieces)");
+        const std::string* encoding = element.find("encoding");
+        document_.isAppendedRaw = encoding && equalsIgnoringCase(*encoding, "raw");
+        isEncodingKnown_ = document_.isAppendedRaw || (encoding && equalsIgnoringCase(*encoding, "base64"));
+        document_.appendedData = std::move(element);
+        // Set here alone: with a handler for text the library would not leave inline data where they are.
+        XML_SetCharacterDataHandler(parser_.get(), [](void* self, const char* text, int byteCount) {
+            static_cast<Reader*>(self)->findAppendedBegin({text, static_cast<std::size_t>(byteCount)});
+        });
+    }
+
+    void findAppendedBegin(std::string_view text) {
+        const std::size_t underscore = text.find('_');
+        if (isOver_ || underscore == text.npos)
+            return;
+        if (isEncodingKnown_)
+            document_.appendedBegin = position().byte + underscore + 1;
+        stop();
+    }
+
+    void end(std::string_view name) {
+        endText();
+        if (isOver_)
+            return;
+        --depth_;
+        name = localName(name);
+        if (name == "Piece")
+            isInPiece_ = false;
+        if (name == "Points" || name == "Cells" || name == "PointData" || name == "CellData" || name == "FieldData")
+            section_.reset();
+        if (name == "Block")
+            block_.clear();
+        if (name == "AppendedData")
+            stop("appended-prefix", "the appended data lack the \"_\" that stands before them");
+        else if (depth_ == 0)
+            stop(); // what comes behind is nobody's business
+    }
+
+    void placeAppendedArrays() {
+        const std::uint64_t begin = document_.appendedBegin.value_or(document_.byteCount);
+        const auto place = [&](Array& array) {
+            if (array.format != Format::appended)
+                return;
+            const std::uint64_t offset = array.element.number("offset", 0).value_or(0);
+            array.begin = offset > UINT64_MAX - begin ? UINT64_MAX : begin + offset;
+            array.end = std::max(array.begin, document_.byteCount);
+        };
+        for (Piece& piece : document_.pieces)
+            for (auto* arrays : {&piece.points, &piece.cells, &piece.pointData, &piece.cellData})
+                std::for_each(arrays->begin(), arrays->end(), place);
+        std::for_each(document_.fieldData.begin(), document_.fieldData.end(), place);
+    }
+
+    std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_;
+    Document document_;
+    std::optional<Section> section_;
+    std::string block_;
+    std::size_t depth_ = 0;
+    bool isInPiece_ = false;       // within a Piece
+    bool isInText_ = false;        // of the array added last
+    bool isEncodingKnown_ = false; // that of the appended data
+    bool isOver_ = false;
+};
+
+} // namespace
+
+Document readDocument(const std::filesystem::path& path) {
+    return Reader{path}.read();
+}
+
+} // namespace krohost::vtu

@@ -1,0 +1,242 @@
+#include "tests/krohost/runKrohost.h"
+#include "tests/support/VtuBuilder.h"
+#include "tests/support/meshes.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <limits>
+
+namespace {
+
+using namespace std::string_literals;
+using nlohmann::json;
+using test::ElementType;
+using test::vtu;
+using test::VtuBuilder;
+
+/// One piece of 23 points and 4 cells with nodal "pressure" and "velocity", and "material" in cells.
+VtuBuilder sound() {
+    return vtu().piece(test::mixed());
+}
+VtuBuilder with(const char* element, const char* attribute, std::optional<std::string> value) {
+    return sound().attribute(element, attribute, std::move(value));
+}
+VtuBuilder withMarkup(const char* from, const std::string& to) {
+    return sound().markup(from, to);
+}
+VtuBuilder zlib() {
+    return sound().appendedRaw().compressed(64);
+}
+
+struct Text {
+    Text(const char* bytes) : text(bytes) {}
+    Text(std::string bytes) : text(std::move(bytes)) {}
+    Text(const VtuBuilder& file) : text(file.text()) {}
+    std::string text;
+};
+
+/// What else the loader does with a file that has a finding.
+enum class Loader { refuses, failsOnDemand, passesOver };
+
+struct Row {
+    Text file;
+    std::string codes; ///< with a blank between two
+    std::string place; ///< where this stands in the file for the first time, the finding is
+    Loader loader = Loader::refuses;
+};
+
+/// LINE:COLUMN of the first occurrence.
+std::string lineAndColumn(const std::string& text, const std::string& place) {
+    const std::size_t at = text.find(place);
+    const std::string before = text.substr(0, at);
+    return fmt::format("{}:{}", 1 + std::ranges::count(before, '\n'), at - (before.rfind('\n') + 1) + 1);
+}
+
+json check(const test::TemporaryFolder& folder, const std::string& arguments) {
+    return json::parse(runKrohost(folder, "check --json " + arguments).output);
+}
+
+/// Whether a finding is one that a load or demand makes, without a place in a file.
+bool isOfLoad(const json& finding) {
+    return finding["line"].is_null();
+}
+
+std::string codes(const json& findings) {
+    std::string text;
+    for (const json& finding : findings)
+        text += finding["code"].get<std::string>() + ' ';
+    return text;
+}
+
+/// Checks all rows in one run, of which each file is a load of its own.
+void expectFindings(const std::vector<Row>& rows, const char* options) {
+    const test::TemporaryFolder folder;
+    for (std::size_t index = 0; index < rows.size(); ++index)
+        folder.write(fmt::format("row{}.vtu", index), rows[index].file.text);
+    const json document = check(folder, options + " 'row*.vtu'"s);
+    for (std::size_t index = 0; index < rows.size(); ++index) {
+        const Row& row = rows[index];
+        std::string findings, loading;
+        const std::string place = lineAndColumn(row.file.text, row.place);
+        for (const json& finding : document["findings"]) {
+            if (finding["file"] != fmt::format("row{}.vtu", index))
+                continue;
+            if (isOfLoad(finding))
+                loading = finding["code"];
+            else {
+                findings += (findings.empty() ? "" : " ") + finding["code"].get<std::string>();
+                EXPECT_EQ(fmt::format("{}:{}", finding["line"].get<int>(), finding["column"].get<int>()), place)
+                    << findings << ", row " << index;
+            }
+        }
+        EXPECT_EQ(findings, row.codes) << "row " << index;
+        EXPECT_EQ(loading, row.loader == Loader::refuses         ? "load"
+                           : row.loader == Loader::failsOnDemand ? "demand"
+                                                                 : "")
+            << row.codes << ", row " << index;
+    }
+}
+
+const char* const pressure = "<DataArray type=\"Float32\" Name=\"pressure\"";
+const char* const points = "<DataArray type=\"Float32\" Name=\"Points\"";
+const char* const connectivity = "<DataArray type=\"Int64\" Name=\"connectivity\"";
+const char* const offsets = "<DataArray type=\"Int64\" Name=\"offsets\"";
+const char* const types = "<DataArray type=\"UInt8\" Name=\"types\"";
+
+test::MeshPiece withArray(test::Array array) {
+    return test::mixed().withPointData(std::move(array));
+}
+
+} // namespace
+
+TEST(Check, ExplainsWhatALoaderRefusesAndWhere) {
+    const std::string soundText = sound().text();
+    expectFindings(
+        {{"", "xml", ""},
+         {"\xFF\xFE<\0"s, "utf-16", ""},
+         {"<other/>", "file-type", "<other"},
+         {vtu(), "no-data", "<VTKFile"},
+         {soundText.substr(0, soundText.find("<Cells") + 6), "xml", "<Cells"},
+         {withMarkup("</Cells>", "</Cell>"), "xml", "Cell>"},
+         {with("VTKFile", "type", std::nullopt), "file-type", "<VTKFile"},
+         {with("VTKFile", "type", "StructuredGrid"), "file-type", "<VTKFile"},
+         {with("VTKFile", "version", "1.x"), "version", "<VTKFile"},
+         {with("VTKFile", "version", "1..0"), "version", "<VTKFile"},
+         {with("VTKFile", "version", "99999999999.0"), "version", "<VTKFile"},
+         {with("VTKFile", "byte_order", "Middle"), "byte-order", "<VTKFile"},
+         {with("VTKFile", "compressor", "vtkLZ4DataCompressor"), "compressor", "<VTKFile"},
+         {with("VTKFile", "header_type", "UInt16"), "header-type", "<VTKFile"},
+         {with("pressure", "format", "hex"), "array-format", pressure},
+         {with("pressure", "type", "float32"), "array-type", "<DataArray Name=\"pressure\""},
+         {with("Piece", "NumberOfPoints", "abc"), "number", "<Piece"},
+         {with("pressure", "NumberOfComponents", "32768"), "number", pressure},
+         {sound().appendedRaw().attribute("AppendedData", "encoding", "zip"), "appended-encoding", "<AppendedData"},
+         {withMarkup("</UnstructuredGrid>", "<AppendedData encoding=\"raw\"></AppendedData></UnstructuredGrid>"),
+          "appended-prefix", "</AppendedData"},
+         {sound().appendedRaw().markup("</Cells>\n</Piece>\n</UnstructuredGrid>\n", ""), "appended-data-place",
+          "<AppendedData"},
+         {with("Piece", "a:b", "c"), "xml", "<Piece"},
+         {withMarkup("<UnstructuredGrid>", "<DataSet file=\"a.vtu\"/>"
+                                           "<UnstructuredGrid>"),
+          "stray-element", "<DataSet"},
+         {with("Piece", "a", std::string(0x10000, 'x')), "tag-too-long", "<Piece"},
+         {with("Piece", "a", std::string(1010, '=')), "tag-characters", "<Piece"},
+         {with("Points", "NumberOfComponents", "4"), "points", points},
+         {withMarkup("</Points>", "<DataArray NumberOfComponents=\"0\"/></Points>"), "points",
+          "<DataArray NumberOfComponents=\"0\""},
+         {withMarkup("\"types\"", "\"kinds\""), "cell-arrays", "<Piece"},
+         {with("types", "type", "Float32"), "cell-arrays", "<DataArray Name=\"types\""},
+         {vtu().piece(test::hexahedron()).piece(test::singleCell(10)), "pieces-differ", "<Piece NumberOfPoints=\"4\""},
+         {vtu().piece(withArray(test::variedValues("velocity_Z", ElementType::Int8, 23))), "duplicate-variable",
+          "<DataArray type=\"Int8\" Name=\"velocity_Z\""},
+         {sound().inlineText("Points", "1 2 3"), "value-count", points},
+         {sound().inlineText("types", "12 13 42 10"), "cell-type", types},
+         {sound().inlineText("types", "12 13 14 9"), "mixed-dimensions", types},
+         {sound().values("offsets", {8, 14, 20, 24}), "cell-nodes", offsets},
+         {sound().appendedRaw().headerWord("Points", 0, 1000000), "data-beyond-file", points},
+         {zlib().headerWord("Points", 0, 1000000), "table-beyond-file", points},
+         {sound().base64().headerWord("pressure", 0, 88), "value-count", pressure, Loader::failsOnDemand},
+         {sound().appendedRaw().attribute("Points", "offset", "99999"), "outside-file", points}},
+        "--explain");
+}
+
+TEST(Check, GoesDeepIntoWhatALoaderPassesOver) {
+    constexpr auto least = std::numeric_limits<std::int64_t>::min(), most = std::numeric_limits<std::int64_t>::max();
+    const double nan = std::numeric_limits<double>::quiet_NaN(), infinity = std::numeric_limits<double>::infinity();
+    std::vector<double> odd(23, 1.0);
+    odd[3] = nan, odd[7] = odd[8] = infinity;
+    std::string damaged = zlib().text();
+    damaged[damaged.find('_', damaged.find("<AppendedData")) + 1 + 6 * 4] ^= 0x55; // behind the table of two blocks
+    expectFindings(
+        {{damaged, "damaged-block", pressure, Loader::passesOver},
+         {zlib().headerWord("pressure", 2, 24), "wrong-block-size", pressure, Loader::failsOnDemand},
+         {sound().inlineText("pressure", "1 x"), "foreign-text", pressure, Loader::failsOnDemand},
+         {sound().inlineText("pressure", "1e-99 1e39"), "foreign-text", pressure, Loader::failsOnDemand},
+         {sound().base64().inlineText("pressure", "XAAA?AAA"), "foreign-text", pressure, Loader::failsOnDemand},
+         {sound().inlineText("pressure", "1 2 3"), "value-count", pressure, Loader::failsOnDemand},
+         {vtu().piece(withArray(reals("p", ElementType::Float64, odd))).appendedRaw(), "not-finite",
+          "<DataArray type=\"Float64\" Name=\"p\"", Loader::passesOver},
+         {with("pressure", "NumberOfTuples", "22"), "tuple-count", pressure, Loader::passesOver},
+         {sound().values("offsets", {8, 14, 19, 3}), "offsets", offsets},
+         {sound().values("offsets", {least, most, 19, 23}), "offsets cell-nodes", offsets},
+         {sound().values("connectivity", test::numbers(22)).base64(), "connectivity", connectivity,
+          Loader::failsOnDemand}},
+        "--deep");
+}
+
+TEST(Check, NodeNumbersAreComparedInTheHostAndInTheFile) {
+    const test::TemporaryFolder folder;
+    std::vector<std::int64_t> nodes = test::numbers(23);
+    nodes[5] = 23;
+    sound().values("connectivity", nodes).write(folder / "a.vtu");
+    EXPECT_EQ(codes(check(folder, "a.vtu")["findings"]), "node-map ");
+    EXPECT_EQ(codes(check(folder, "a.vtu --deep")["findings"]), "node-map node-number ");
+}
+
+TEST(Check, FindsNothingInSoundFiles) {
+    const test::TemporaryFolder folder;
+    int number = 0;
+    for (const test::Encoding& encoding : test::allEncodings())
+        sound().piece(test::mixed()).timeValue(0.5).encoding(encoding).write(folder / fmt::format("{}.vtu", number++));
+    for (const char* files : {"'*.vtu'", "'" SAMPLES "/*.vtu'"}) {
+        const json document = check(folder, std::string("--explain --deep ") + files);
+        EXPECT_EQ(document["findings"], json::array()) << document.dump(1);
+        EXPECT_GT(document["counts"]["zones"], 10);
+        EXPECT_EQ(document["counts"]["arrays"], document["counts"]["loadedArrays"]);
+    }
+}
+
+TEST(Check, LooksIntoTheMembersOfACollection) {
+    const test::TemporaryFolder folder;
+    with("VTKFile", "byte_order", "Middle").write(folder / "bad.vtu");
+    folder.write("inner.vtm", "<VTKFile type=\"vtkMultiBlockDataSet\"><DataSet file=\"bad.vtu\"/></VTKFile>");
+    folder.write("all.vtm", "<VTKFile type=\"vtkMultiBlockDataSet\">\n<DataSet file=\"bad.vtu\"/>\n"
+                            "<DataSet file=\"none.vtu\"/><DataSet file=\"inner.vtm\"/> <DataSet/>\n</VTKFile>");
+    const Outcome outcome = runKrohost(folder, "check --explain all.vtm");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output,
+              "all.vtm: error: the file was not loaded [load]\n"
+              "all.vtm:3:1: error: there is no file \"none.vtu\" [missing-member]\n"
+              "all.vtm:3:55: error: DataSet names no file (accepted: the attribute file) [member-without-file]\n"
+              "bad.vtu:2:1: error: the byte_order \"Middle\" of VTKFile is not read (accepted: \"LittleEndian\", "
+              "\"BigEndian\", or no such attribute) [byte-order]\n"
+              "inner.vtm:1:1: error: a collection names another collection (accepted: grids) [nested-collection]\n"
+              "0 arrays in 0 zones loaded, 5 problems\n");
+}
+
+TEST(Check, SumsUpAndSaysWhyInItsExitCode) {
+    const test::TemporaryFolder folder;
+    sound().write(folder / "sound.vtu");
+    sound().inlineText("pressure", "x").write(folder / "bad.vtu");
+    const Outcome good = runKrohost(folder, "check sound.vtu");
+    EXPECT_EQ(good.exitCode, 0);
+    EXPECT_EQ(good.output, "9 arrays in 1 zone loaded, 0 problems\n");
+    const Outcome bad = runKrohost(folder, "check bad.vtu sound.vtu -j 2");
+    EXPECT_EQ(bad.exitCode, 1);
+    EXPECT_EQ(bad.output, "bad.vtu: error: variable 4 \"pressure\" of zone 1 \"bad\" was not loaded [demand]\n"
+                          "17 of 18 arrays in 2 zones loaded, 1 problem\n");
+    EXPECT_NE(bad.errors.find("VTK Data Loader: "), std::string::npos);
+    EXPECT_EQ(runKrohost(folder, "check missing.vtu").exitCode, 3);
+}
