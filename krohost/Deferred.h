@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -55,6 +56,16 @@ public:
     const std::vector<Storage>& parts() const { return parts_; }
 
     virtual std::size_t itemByteCount() const = 0;
+
+    /// The data's place in the budget of memory, which alone reads and writes it.
+    struct Room {
+        bool isTaken = false;
+        bool isKept = false;
+        int useCount = 0;
+        std::uint64_t byteCount = 0;
+        std::list<Deferred*>::iterator place = {};
+    };
+    Room room;
 
 protected:
     /// Items of every part; negative when the number does not fit.

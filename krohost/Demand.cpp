@@ -1,7 +1,9 @@
 #include "krohost/Demand.h"
 
+#include "krohost/Hold.h"
 #include "krohost/HostState.h"
 #include "krohost/Interrupt.h"
+#include "krohost/itemType.h"
 
 #include <zlib.h>
 
@@ -20,29 +22,6 @@ namespace krohost {
 static_assert(std::endian::native == std::endian::little, "checksums are those of little-endian bytes");
 
 namespace {
-
-template <class Item>
-struct ItemTag {};
-
-/// Calls `use` with the tag of the storage's item type.
-template <class Use>
-auto withItemType(const Deferred& deferred, const Use& use) {
-    const auto* fieldData = dynamic_cast<const KroFieldData*>(&deferred);
-    if (!fieldData)
-        return deferred.itemByteCount() == 8 ? use(ItemTag<std::int64_t>{}) : use(ItemTag<std::int32_t>{});
-    switch (fieldData->type) {
-    case FieldDataType_Float:
-        return use(ItemTag<float>{});
-    case FieldDataType_Double:
-        return use(ItemTag<double>{});
-    case FieldDataType_Int32:
-        return use(ItemTag<std::int32_t>{});
-    case FieldDataType_Int16:
-        return use(ItemTag<std::int16_t>{});
-    default:
-        return use(ItemTag<std::uint8_t>{});
-    }
-}
 
 /// Checksum and extremes are taken block by block, so that each byte comes from memory once.
 template <class Item>
@@ -72,15 +51,10 @@ StorageSummary summarizeStorage(const Storage& storage) {
 
 DemandResult serve(HostState& host, Target target, bool isKeeping) {
     DemandResult result{target, false, {}};
-    Deferred& deferred = *host.dataset->find(target);
-    const bool wasLoaded = deferred.isLoaded();
-    result.isLoaded = host.load(deferred);
-    if (isKeeping)
-        return result;
-    if (result.isLoaded)
-        result.parts = summarize(deferred);
-    if (!wasLoaded)
-        deferred.unload(host.journal);
+    const Hold hold{host, *host.dataset, target, isKeeping};
+    result.isLoaded = hold.data() != nullptr;
+    if (result.isLoaded && !isKeeping)
+        result.parts = summarize(*hold.data());
     return result;
 }
 

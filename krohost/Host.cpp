@@ -103,6 +103,14 @@ const Dataset& Host::dataset() const {
     return state_->dataset ? *state_->dataset : none;
 }
 
+const Dataset& Host::keepDataset() {
+    Dataset& kept = state_->earlierDatasets.emplace_back();
+    if (state_->dataset)
+        std::swap(kept, *state_->dataset);
+    state_->dataset.reset();
+    return kept;
+}
+
 Deferred& Host::require(Target target) {
     Deferred* deferred = dataset().find(target);
     if (!deferred)
@@ -111,21 +119,23 @@ Deferred& Host::require(Target target) {
 }
 
 bool Host::load(Target target) {
-    return state_->load(require(target));
+    require(target);
+    return Hold{*state_, dataset(), target, true}.data() != nullptr;
 }
 
 bool Host::unload(Target target) {
-    return require(target).unload(state_->journal);
+    return state_->budget.unload(require(target), state_->journal);
+}
+
+Hold Host::hold(const Dataset& owner, Target target) {
+    return {*state_, owner, target};
 }
 
 template <class Copy>
 auto Host::demandCopy(Target target, const Copy& copy) {
-    Deferred& deferred = require(target);
-    const bool wasLoaded = deferred.isLoaded();
-    auto result = state_->load(deferred) ? std::optional{copy(deferred)} : std::nullopt;
-    if (!wasLoaded)
-        deferred.unload(state_->journal);
-    return result;
+    require(target);
+    const Hold hold{*state_, dataset(), target};
+    return hold.data() ? std::optional{copy(*hold.data())} : std::nullopt;
 }
 
 std::optional<std::vector<double>> Host::demandValues(std::int32_t zone, std::int32_t variable) {

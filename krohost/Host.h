@@ -3,6 +3,7 @@
 #include "krohost/AddOn.h"
 #include "krohost/Dataset.h"
 #include "krohost/Demand.h"
+#include "krohost/Hold.h"
 #include "krohost/HostOptions.h"
 #include "krohost/Journal.h"
 #include "krohost/Loader.h"
@@ -70,10 +71,16 @@ public:
     /// The current dataset; an empty one while there is none.
     const Dataset& dataset() const;
 
-    /// Loads and keeps; true when the data are there. The target must exist, here and below (std::out_of_range).
+    /// Keeps the current dataset beside those to come, as long as the host lives; there is no current one afterwards.
+    const Dataset& keepDataset();
+
+    /// Loads and keeps, as long as the budget of memory allows; true when the data are there. The target must exist,
+    /// here and below (std::out_of_range).
     bool load(Target target);
     /// Drops what is loaded; true when the client agreed.
     bool unload(Target target);
+    /// Data of the current or a kept dataset, in which the target must exist.
+    Hold hold(const Dataset& owner, Target target);
     /// Loads, copies and, unless they were loaded before, unloads. Nothing when the load fails.
     std::optional<std::vector<double>> demandValues(std::int32_t zone, std::int32_t variable);
     std::optional<std::vector<std::vector<std::int64_t>>> demandNodeMap(std::int32_t zone);

@@ -43,7 +43,8 @@ bool Loader::matches(const std::string& fileName) const {
                        [&](const std::string& pattern) { return lowerCase(pattern) == "*" + extension; });
 }
 
-HostState::HostState(HostOptions hostOptions) : options{std::move(hostOptions)}, journal{options.journal} {
+HostState::HostState(HostOptions hostOptions)
+    : options{std::move(hostOptions)}, journal{options.journal}, budget{options.memoryByteBudget} {
     HostState* none = nullptr;
     if (!currentHost.compare_exchange_strong(none, this))
         throw std::logic_error("a process has one host at a time");
@@ -154,41 +155,60 @@ void HostState::claimRecord(const Deferred* holder, void* clientData) {
 void HostState::dropDataset() {
     if (!dataset)
         return;
-    for (const Target& target : dataset->targets())
-        dataset->find(target)->cleanup(journal);
-    clientRecords_.clear();
+    cleanUp(*dataset);
     dataset.reset();
 }
 
-std::optional<std::string> HostState::refusalOfStorage(const Deferred& deferred) const {
+void HostState::cleanUp(const Dataset& ended) {
+    for (const Target& target : ended.targets()) {
+        Deferred& deferred = *ended.find(target);
+        clientRecords_.erase(deferred.clientData());
+        budget.cleanup(deferred, journal);
+    }
+}
+
+std::optional<std::string> HostState::refusalOfStorage(const Dataset& owner, const Deferred& deferred,
+                                                       std::optional<std::uint64_t> byteCount) const {
     const Target target = deferred.target();
-    const std::int64_t nodeCount = dataset->zones[static_cast<std::size_t>(target.zone) - 1].nodeCount;
+    const std::int64_t nodeCount = owner.zones[static_cast<std::size_t>(target.zone) - 1].nodeCount;
     const bool isNarrow = target.variable == 0 && deferred.itemByteCount() == 4;
     if (isNarrow && nodeCount - 1 > std::numeric_limits<std::int32_t>::max())
-        return fmt::format("The node numbers of {} do not fit 32 bits", dataset->name(target));
-    const std::optional<std::uint64_t> byteCount = deferred.byteCount();
+        return fmt::format("The node numbers of {} do not fit 32 bits", owner.name(target));
     if (!byteCount)
-        return fmt::format("Not enough memory for {}: more than {} bytes are needed", dataset->name(target),
+        return fmt::format("Not enough memory for {}: more than {} bytes are needed", owner.name(target),
                            std::numeric_limits<std::int64_t>::max());
-    if (*byteCount > options.storageByteLimit)
-        return fmt::format("Not enough memory for {}: {} bytes are needed, {} may be used", dataset->name(target),
-                           *byteCount, options.storageByteLimit);
+    if (const auto limit = std::min(options.storageByteLimit, options.memoryByteBudget); *byteCount > limit)
+        return fmt::format("Not enough memory for {}: {} bytes are needed, {} may be used", owner.name(target),
+                           *byteCount, limit);
     return std::nullopt;
 }
 
-bool HostState::load(Deferred& deferred) {
-    if (deferred.isLoaded())
-        return true;
-    std::optional<std::string> refusal = refusalOfStorage(deferred);
+bool HostState::load(const Dataset& owner, Deferred& deferred, bool isKeeping) {
+    const std::optional<std::uint64_t> byteCount = deferred.byteCount();
+    std::optional<std::string> refusal = refusalOfStorage(owner, deferred, byteCount);
+    if (!refusal)
+        refusal = fill(owner, deferred, *byteCount, isKeeping);
+    if (refusal && !refusal->empty())
+        journal.dialog({*refusal, deferred.target().zone, deferred.target().variable});
+    return !refusal;
+}
+
+/// Nothing when the data are loaded and in use, else what there is left to say, which is nothing of a client's failure.
+std::optional<std::string> HostState::fill(const Dataset& owner, Deferred& deferred, std::uint64_t byteCount,
+                                           bool isKeeping) {
+    const MemoryBudget::Answer answer = budget.begin(deferred, byteCount, isKeeping, journal);
+    if (answer == MemoryBudget::Answer::refused)
+        return fmt::format("Not enough memory for {}: {} bytes are needed beside what is in use, {} may be used",
+                           owner.name(deferred.target()), byteCount, options.memoryByteBudget);
+    std::string reason;
     try {
-        if (!refusal)
-            return deferred.load(journal);
+        if (answer == MemoryBudget::Answer::loaded || deferred.load(journal))
+            return std::nullopt;
     } catch (const std::bad_alloc&) {
-        refusal = fmt::format("Not enough memory for {}: {} bytes are needed", dataset->name(deferred.target()),
-                              deferred.byteCount().value_or(0));
+        reason = fmt::format("Not enough memory for {}: {} bytes are needed", owner.name(deferred.target()), byteCount);
     }
-    journal.dialog({*refusal, deferred.target().zone, deferred.target().variable});
-    return false;
+    budget.end(deferred, journal);
+    return reason;
 }
 
 void HostState::shutDown() {
@@ -199,6 +219,9 @@ void HostState::shutDown() {
             callback(Kro_StateChangeShutdown);
             return std::nullopt;
         });
+    for (const Dataset& earlier : earlierDatasets)
+        cleanUp(earlier);
+    earlierDatasets.clear();
     dropDataset();
     if (const std::int64_t count = liveListCount; count != 0)
         journal.violation(fmt::format("{} string or argument lists were not freed", count));

@@ -8,6 +8,7 @@
 #include "krohost/HostOptions.h"
 #include "krohost/Journal.h"
 #include "krohost/Loader.h"
+#include "krohost/MemoryBudget.h"
 
 #include <atomic>
 #include <cstddef>
@@ -73,8 +74,9 @@ public:
     /// Runs the cleanups of the current dataset and forgets it.
     void dropDataset();
 
-    /// Loads data unless they are loaded; what goes wrong is a dialog or a violation. [any thread, one per target]
-    bool load(Deferred& deferred);
+    /// Loads data of a dataset unless they are loaded, and begins a use of them if it can; the caller ends it. What
+    /// goes wrong is a dialog or a violation. [any thread, one per target]
+    bool load(const Dataset& owner, Deferred& deferred, bool isKeeping);
 
     /// Tells the add-ons that the host ends, runs every cleanup and looks for what they left behind. Once only.
     void shutDown();
@@ -86,7 +88,9 @@ public:
     std::deque<KroAddOn> addOns;
     std::vector<Loader> loaders;
     std::vector<KroStateChangeCallback> stateChangeCallbacks;
+    MemoryBudget budget;
     std::optional<Dataset> dataset;
+    std::deque<Dataset> earlierDatasets;     // that are kept beside the current one
     std::string progressText;                // shown: a display's title, then the text set last
     std::string taskText;                    // the text that the current load has set last, or a failed one had
     std::size_t firstZoneOfLoad = 0;         // index of the first zone that the current load adds
@@ -95,7 +99,10 @@ public:
 
 private:
     void claimRecord(const Deferred* holder, void* clientData);
-    std::optional<std::string> refusalOfStorage(const Deferred& deferred) const;
+    std::optional<std::string> refusalOfStorage(const Dataset& owner, const Deferred& deferred,
+                                                std::optional<std::uint64_t> byteCount) const;
+    std::optional<std::string> fill(const Dataset& owner, Deferred& deferred, std::uint64_t byteCount, bool isKeeping);
+    void cleanUp(const Dataset& ended);
 
     std::thread::id mainThread_ = std::this_thread::get_id();
     mutable std::mutex lastErrorMutex_;

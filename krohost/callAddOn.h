@@ -15,7 +15,8 @@ namespace krohost {
 bool callAddOn(Journal& journal, const std::string& name, const std::string& arguments,
                const std::function<std::optional<KroBool>()>& call);
 
-/// Marks whose code the current thread runs for as long as the object lives: the add-on's or, below it again, the host's.
+/// Marks whose code the current thread runs for as long as the object lives: the add-on's or, below it again, the
+/// host's.
 class CodeScope {
 public:
     enum class Owner { host, addOn };

@@ -47,6 +47,18 @@ ROWS = [
     ("check", 1, "check --json --deep --explain short.vtu empty.vtu wing.vtu"),
     ("check", 2, "check --json"),
     ("check", 3, "check --json missing.vtu"),
+    ("dump", 0, "dump --json wing.vtu --variable pressure --variable X --range :3"),
+    ("dump", 0, "dump --json wing.vtu --node-map"),
+    ("dump", 1, "dump --json short.vtu --node-map"),
+    ("dump", 1, "dump --json empty.vtu --node-map"),
+    ("dump", 2, "dump --json wing.vtu"),
+    ("dump", 3, "dump --json missing.vtu --node-map"),
+    ("diff", 0, "diff --json wing.vtu wing.vtu"),
+    ("diff", 5, "diff --json wing.vtu other.vtu"),
+    ("diff", 1, "diff --json wing.vtu short.vtu"),
+    ("diff", 1, "diff --json wing.vtu empty.vtu"),
+    ("diff", 2, "diff --json wing.vtu"),
+    ("diff", 3, "diff --json wing.vtu missing.vtu"),
     ("addons", 0, "addons --json"),
     ("addons", 2, "addons --json wing.vtu"),
     ("addons", 4, "addons --json --addon missing.so"),
@@ -64,6 +76,7 @@ def write_files(folder, samples):
     wing = (samples / "wing.vtu").read_bytes()
     (folder / "wing.vtu").write_bytes(wing)
     (folder / "short.vtu").write_bytes(wing[:len(wing) * 9 // 10])
+    (folder / "other.vtu").write_bytes((samples / "wing-and-tail.vtu").read_bytes())
     (folder / "empty.vtu").write_text("<VTKFile/>")
     (folder / "run.pvd").write_text('<VTKFile type="Collection"><Collection><DataSet timestep="1" file="wing.vtu"/>'
                                     '<DataSet timestep="2" file="wing.vtu"/></Collection></VTKFile>')

@@ -5,6 +5,7 @@
 #include "krohost/cli/bench.h"
 #include "krohost/cli/check.h"
 #include "krohost/cli/completion.h"
+#include "krohost/cli/diff.h"
 #include "krohost/cli/info.h"
 #include "krohost/cli/jsonReport.h"
 #include "krohost/cli/manPage.h"
@@ -48,6 +49,13 @@ constexpr std::array commands{
                  addBenchOptions,
                  "  krohost bench -j 4 run.pvd                with four threads\n"
                  "  krohost bench --json --variable pressure wing.vtu\n"},
+    CommandEntry{Command::dump, "dump", "Write the values of variables, or a node map", addDumpOptions,
+                 "  krohost dump wing.vtu --variable pressure --range :5\n"
+                 "  krohost dump wing.vtu --variable X --variable Y --format csv -o xy.csv\n"
+                 "  krohost dump wing.vtu --node-map --format npy -o nodes.npy\n"},
+    CommandEntry{Command::diff, "diff", "Compare two datasets, A and B", addDiffOptions,
+                 "  krohost diff step1.vtu step2.vtu          ends with 5 when they differ\n"
+                 "  krohost diff --rtol 1e-6 step1.vtu step2.vtu\n"},
     CommandEntry{Command::check, "check", "Load everything in each file and list what is wrong with it",
                  addCheckOptions,
                  "  krohost check wing.vtu                    whether everything loads\n"

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "krohost/cli/DumpOptions.h"
+#include "krohost/cli/compareItems.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -20,7 +23,7 @@ enum ExitCode {
     Exit_PipeClosed = 141 ///< nobody reads standard output any more
 };
 
-enum class Command { info, replay, trace, bench, check, addons };
+enum class Command { info, replay, trace, bench, check, dump, diff, addons };
 
 /// When a stream gets what is for people only: with `automatic`, when it is a terminal.
 enum class When { automatic, always, never };
@@ -46,6 +49,9 @@ struct CommandLine {
     bool isExplaining = false;           ///< a check says what a loader refuses
     bool isDeep = false;                 ///< a check decodes every value
     int nodeBitCount = 0;                ///< 0: by the size of the zone
+    std::optional<std::uint64_t> memoryByteBudget;
+    DumpOptions dump;
+    Tolerance tolerance; ///< of diff
     std::optional<std::filesystem::path> addOn;
     bool isQuiet = false; ///< no progress and no warnings
     bool isVerbose = false;

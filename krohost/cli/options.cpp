@@ -61,6 +61,11 @@ void addJobsOption(CLI::App& command, CommandLine& line, unsigned defaultCount) 
 void addHostOptions(CLI::App& command, CommandLine& line) {
     command.add_option("--node-bits", line.nodeBitCount, "Width of stored node numbers (default: as needed)")
         ->check(CLI::IsMember({32, 64}));
+    command
+        .add_option("--max-memory", line.memoryByteBudget, "Memory for loaded data, as in 500M or 2G (default: any)")
+        ->transform(CLI::AsSizeValue{true}.description(""))
+        ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1} << 60).description("")) // a negative number is beyond
+        ->type_name("SIZE");
     addAddOnOption(command, line);
 }
 

@@ -24,7 +24,7 @@ void addJobsOption(CLI::App& command, CommandLine& line, unsigned defaultCount);
 
 void addAddOnOption(CLI::App& command, CommandLine& line);
 
-/// --addon and --node-bits.
+/// --addon, --node-bits and --max-memory.
 void addHostOptions(CLI::App& command, CommandLine& line);
 
 /// --quiet, --verbose, --progress and --color.

@@ -9,6 +9,8 @@
 #include "krohost/cli/addons.h"
 #include "krohost/cli/bench.h"
 #include "krohost/cli/check.h"
+#include "krohost/cli/diff.h"
+#include "krohost/cli/dump.h"
 #include "krohost/cli/info.h"
 #include "krohost/cli/jsonReport.h"
 #include "krohost/cli/loading.h"
@@ -34,6 +36,8 @@ std::vector<std::string> dialogTexts(const Host& host) {
 
 /// Ends a run that did not come to a result.
 int fail(const CommandLine& line, const Console& console, const std::string& message, int exitCode) {
+    if (exitCode == Exit_PipeClosed)
+        return exitCode;
     console.error(message);
     return console.print(failureText(line, message), exitCode);
 }
@@ -43,6 +47,7 @@ HostOptions hostOptions(const CommandLine& line, ProgressBar& progress) {
     if (line.command == Command::trace)
         options.journal = line.isTracingLists ? JournalDetail::all : JournalDetail::calls;
     options.nodeBitCount = line.nodeBitCount;
+    options.memoryByteBudget = line.memoryByteBudget.value_or(options.memoryByteBudget);
     options.onProgress = [&](double fraction, const std::string& text) { progress.show(fraction, text); };
     return options;
 }
@@ -136,6 +141,33 @@ int finish(Host& host, const CommandLine& line, const Console& console, const Ch
     return console.print(jsonText(checkDocument(check), dialogTexts(host), host.violations(), error), code);
 }
 
+/// Writes what was chosen; the end of a document stands behind what the host says last.
+int finishDump(Host& host, const CommandLine& line, const Console& console, const Plan& plan, Report& report) {
+    const auto output = report.isLoaded ? dump(host, line, plan, report) : nullptr;
+    host.shutDown();
+    printProblems(host, console, report.stoppedAt);
+    const int code = exitCode(host, report);
+    if (output)
+        finishDump(*output, line, dialogTexts(host), host.violations(), errorText(host, code));
+    else if (line.isJson)
+        return console.print(jsonText({{"loaded", false}}, dialogTexts(host), host.violations(), errorText(host, code)),
+                             code);
+    return code;
+}
+
+int finish(Host& host, const CommandLine& line, const Console& console, Diff diff) {
+    host.shutDown();
+    printProblems(host, console, diff.report.stoppedAt);
+    const int ownCode = exitCode(host, diff.report);
+    const int code = ownCode == Exit_Done && !diff.isSame ? int{Exit_Different} : ownCode;
+    if (!line.isJson)
+        return console.print(printable(diff.text), code);
+    if (!diff.report.isLoaded)
+        diff.document = {{"loaded", false}};
+    return console.print(
+        jsonText(std::move(diff.document), dialogTexts(host), host.violations(), errorText(host, ownCode)), code);
+}
+
 int finishAddOns(Host& host, const CommandLine& line, const Console& console, const std::filesystem::path& path) {
     const nlohmann::ordered_json document = addOnsDocument(host, path);
     host.shutDown();
@@ -163,9 +195,13 @@ int runCommand(Host& host, const CommandLine& line, const Console& console, Prog
     }
     if (line.command == Command::check)
         return finish(host, line, console, check(host, line, plan, progress));
-    const Report report = loadAndDemand(host, line, plan, console, progress);
+    if (line.command == Command::diff)
+        return finish(host, line, console, diff(host, line, progress));
+    Report report = loadAndDemand(host, line, plan, console, progress);
     if (line.command == Command::trace)
         return finishTrace(host, line, console, report);
+    if (line.command == Command::dump)
+        return finishDump(host, line, console, plan, report);
     return finish(host, line, console, report);
 }
 

@@ -68,12 +68,14 @@ TEST_F(Manners, MessagesSayWhatToDoNext) {
 }
 
 TEST_F(Manners, APipeThatNobodyReadsEndsQuietly) {
-    for (const char* trap : {"", "trap '' PIPE;"}) {
-        const Outcome outcome =
-            runShell(folder, fmt::format("mkfifo p; exec 3<>p 4>p 3>&-; rm p; {} \"$krohost\" wing.vtu >&4", trap));
-        EXPECT_EQ(outcome.exitCode, 141) << trap;
-        EXPECT_EQ(outcome.errors, "") << trap;
-    }
+    for (const char* trap : {"", "trap '' PIPE;"})
+        for (const char* command : {"info", "dump --variable X"}) {
+            const Outcome outcome = runShell(
+                folder,
+                fmt::format("mkfifo p; exec 3<>p 4>p 3>&-; rm p; {} \"$krohost\" {} wing.vtu >&4", trap, command));
+            EXPECT_EQ(outcome.exitCode, 141) << trap << command;
+            EXPECT_EQ(outcome.errors, "") << trap << command;
+        }
 }
 
 TEST_F(Manners, StandardErrorIsAsTalkativeAsTheUserWants) {

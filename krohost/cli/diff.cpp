@@ -1,0 +1,290 @@
+#include "krohost/cli/diff.h"
+
+#include "krohost/cli/loading.h"
+#include "krohost/cli/options.h"
+#include "krohost/timesFromFileNames.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+
+namespace krohost::cli {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+struct Side {
+    std::vector<SeriesFile> files;
+    const Dataset* dataset = nullptr;
+
+    /// The file when there is one only.
+    const std::string* onlyFile() const { return files.size() == 1 ? &files.front().path : nullptr; }
+};
+
+/// A variable with its name, which is with its location what it is known by; its number depends on those before it.
+struct NamedVariable {
+    std::string name;
+    const ZoneVariable* variable;
+
+    std::string key() const {
+        return fmt::format("{} variable {}", inWords(variable->location), krohost::quoted(name));
+    }
+    const char* type() const { return inWords(variable->type); }
+};
+
+std::vector<NamedVariable> namedVariables(const Dataset& dataset, const Zone& zone) {
+    std::vector<NamedVariable> result;
+    for (const ZoneVariable& variable : zone.variables)
+        if (variable.data)
+            result.push_back(
+                {dataset.variables[static_cast<std::size_t>(variable.data->target().variable) - 1], &variable});
+    return result;
+}
+
+using VariablesByKey = std::map<std::string, const NamedVariable*>;
+
+VariablesByKey byKey(const std::vector<NamedVariable>& variables) {
+    VariablesByKey result;
+    for (const NamedVariable& variable : variables)
+        result.emplace(variable.key(), &variable);
+    return result;
+}
+
+std::string jsonText(const ordered_json& value) {
+    return value.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+}
+
+std::string extremeText(const char* kind, const Extreme& extreme) {
+    return fmt::format("largest {} difference {} at {} ({}, {})", kind, extreme.difference, extreme.index, extreme.left,
+                       extreme.right);
+}
+
+/// Infinities and NaN are null in the document.
+ordered_json extremeObject(const Extreme& extreme) {
+    return {{"difference", extreme.difference}, {"index", extreme.index}, {"a", extreme.left}, {"b", extreme.right}};
+}
+
+/// Walks two datasets side by side and writes down what differs.
+class Comparer {
+public:
+    Comparer(Host& host, const Tolerance& tolerance, const Side& left, const Side& right)
+        : host_{host}, tolerance_{tolerance}, left_{left}, right_{right} {}
+
+    Diff run(ProgressBar& progress) {
+        const std::vector<Zone>&left = left_.dataset->zones, &right = right_.dataset->zones;
+        compareProperty("zones", left.size(), right.size());
+        const std::size_t count = std::min(left.size(), right.size());
+        for (std::size_t index = 0; index < count && !Host::isInterrupted(); ++index) {
+            progress.show(static_cast<double>(index) / static_cast<double>(count), "Comparing");
+            compareZones(left[index], right[index]);
+        }
+        progress.clear();
+        diff_.document = {{"loaded", true},          {"same", diff_.isSame},  {"structure", structure_},
+                          {"variables", variables_}, {"nodeMaps", nodeMaps_}, {"notCompared", notCompared_}};
+        return std::move(diff_);
+    }
+
+private:
+    void compareZones(const Zone& left, const Zone& right) {
+        zoneNumber_ = left.number;
+        place_ = fmt::format("zone {} {}", left.number, krohost::quoted(left.name));
+        if (!areNamedByFiles(left, right))
+            compareProperty("name", left.name, right.name);
+        compareProperty("type", inWords(left.type), inWords(right.type));
+        compareProperty("nodes", left.nodeCount, right.nodeCount);
+        compareProperty("elements", left.elementCount, right.elementCount);
+        compareProperty("strand", left.strandGroup.value_or(left.strand), right.strandGroup.value_or(right.strand));
+        if (!areTimedByFiles(left, right) && !areClose(left.solutionTime, right.solutionTime, tolerance_))
+            compareProperty("solution time", left.solutionTime, right.solutionTime);
+        compareAuxiliaryData(left, right);
+        compareSections(left, right);
+        compareVariables(left, right);
+    }
+
+    /// Two files have two names; it says nothing more when what their zones have from these names differs too.
+    bool areNamedByFiles(const Zone& left, const Zone& right) const {
+        const auto isNamed = [](const Side& side, const Zone& zone) {
+            return side.onlyFile() && zone.name == std::filesystem::path{*side.onlyFile()}.stem();
+        };
+        return isNamed(left_, left) && isNamed(right_, right);
+    }
+
+    bool areTimedByFiles(const Zone& left, const Zone& right) const {
+        const auto isTimed = [](const Side& side, const Zone& zone) {
+            return side.onlyFile() && zone.solutionTime == timeFromFileName(*side.onlyFile()).value_or(0);
+        };
+        return isTimed(left_, left) && isTimed(right_, right);
+    }
+
+    void compareAuxiliaryData(const Zone& left, const Zone& right) {
+        const ordered_json a = left.auxiliaryData, b = right.auxiliaryData;
+        for (const auto& [name, value] : left.auxiliaryData)
+            compareProperty("aux data " + krohost::quoted(name), value, b.value(name, ordered_json{}));
+        for (const auto& [name, value] : right.auxiliaryData)
+            if (!a.contains(name))
+                compareProperty("aux data " + krohost::quoted(name), nullptr, value);
+    }
+
+    void compareSections(const Zone& left, const Zone& right) {
+        compareProperty("sections", left.sections.size(), right.sections.size());
+        std::vector<std::size_t> alike;
+        for (std::size_t index = 0; index < std::min(left.sections.size(), right.sections.size()); ++index) {
+            const Section &a = left.sections[index], &b = right.sections[index];
+            const auto name = [&](const char* property) { return fmt::format("section {}: {}", index + 1, property); };
+            const bool isAlike = compareProperty(name("shape"), inWords(a.shape), inWords(b.shape)) &
+                                 compareProperty(name("grid order"), a.gridOrder, b.gridOrder) &
+                                 compareProperty(name("elements"), a.elementCount, b.elementCount);
+            if (isAlike)
+                alike.push_back(index);
+        }
+        compareProperty("has a node map", left.nodeMap != nullptr, right.nodeMap != nullptr);
+        if (left.nodeMap && right.nodeMap && !alike.empty())
+            compareNodeMaps(left, right, alike);
+    }
+
+    void compareNodeMaps(const Zone& left, const Zone& right, const std::vector<std::size_t>& sections) {
+        const Hold a = hold(left_, left.nodeMap->target()), b = hold(right_, right.nodeMap->target());
+        if (!areLoaded(a, b, "node map"))
+            return;
+        for (const std::size_t section : sections) {
+            const Comparison result = compareItems(*a.data(), *b.data(), section, {});
+            if (result.differingCount == 0)
+                continue;
+            const std::int64_t length = left.sections[section].nodesPerElement();
+            const std::int64_t element = result.firstIndex / length, node = result.firstIndex % length + 1;
+            addLine(fmt::format("section {}: {} of {} node numbers differ, first at element {}, node {}", section + 1,
+                                result.differingCount, result.count, element, node));
+            nodeMaps_.push_back({{"zone", zoneNumber_},
+                                 {"section", section + 1},
+                                 {"count", result.count},
+                                 {"differing", result.differingCount},
+                                 {"firstElement", element},
+                                 {"firstNode", node}});
+        }
+    }
+
+    void compareVariables(const Zone& left, const Zone& right) {
+        const auto lefts = namedVariables(*left_.dataset, left), rights = namedVariables(*right_.dataset, right);
+        const VariablesByKey leftsByKey = byKey(lefts), rightsByKey = byKey(rights);
+        for (const NamedVariable& variable : lefts) {
+            const auto found = rightsByKey.find(variable.key());
+            const NamedVariable* other = found == rightsByKey.end() ? nullptr : found->second;
+            compareProperty(variable.key(), variable.type(), other ? ordered_json(other->type()) : ordered_json());
+            if (other && other->variable->data->valueCount == variable.variable->data->valueCount)
+                compareValues(variable, *other);
+        }
+        for (const NamedVariable& variable : rights)
+            if (!leftsByKey.contains(variable.key()))
+                compareProperty(variable.key(), nullptr, variable.type());
+    }
+
+    void compareValues(const NamedVariable& left, const NamedVariable& right) {
+        if (Host::isInterrupted())
+            return;
+        const Hold a = hold(left_, left.variable->data->target()), b = hold(right_, right.variable->data->target());
+        if (!areLoaded(a, b, left.key()))
+            return;
+        const Comparison result = compareItems(*a.data(), *b.data(), 0, tolerance_);
+        if (result.differingCount == 0)
+            return;
+        addLine(fmt::format("{}: {} of {} values differ, {}, {}", left.key(), result.differingCount, result.count,
+                            extremeText("absolute", result.absolute), extremeText("relative", result.relative)));
+        variables_.push_back({{"zone", zoneNumber_},
+                              {"name", left.name},
+                              {"location", inWords(left.variable->location)},
+                              {"count", result.count},
+                              {"differing", result.differingCount},
+                              {"absolute", extremeObject(result.absolute)},
+                              {"relative", extremeObject(result.relative)}});
+    }
+
+    Hold hold(const Side& side, Target target) {
+        Hold result = host_.hold(*side.dataset, target);
+        diff_.report.demands.push_back({target, result.data() != nullptr, {}});
+        return result;
+    }
+
+    bool areLoaded(const Hold& left, const Hold& right, const std::string& what) {
+        if (left.data() && right.data())
+            return true;
+        const char* side = left.data() ? "B" : right.data() ? "A" : "A and B";
+        notCompared_.push_back({{"zone", zoneNumber_}, {"what", what}, {"notLoadedFrom", side}});
+        diff_.text += fmt::format("{}: {}: not compared, not loaded from {}\n", place_, what, side);
+        return false;
+    }
+
+    /// Whether it is the same in both, where null stands for what one of them does not have.
+    bool compareProperty(const std::string& what, const ordered_json& left, const ordered_json& right) {
+        if (left == right)
+            return true;
+        if (left.is_null() || right.is_null())
+            addLine(fmt::format("{}: only in {}", what, right.is_null() ? "A" : "B"));
+        else
+            addLine(fmt::format("{}: {} in A, {} in B", what, jsonText(left), jsonText(right)));
+        structure_.push_back({{"zone", zoneNumber_}, {"what", what}, {"a", left}, {"b", right}});
+        return false;
+    }
+
+    void addLine(const std::string& difference) {
+        diff_.text += fmt::format("{}: {}\n", place_, difference);
+        diff_.isSame = false;
+    }
+
+    Host& host_;
+    const Tolerance& tolerance_;
+    const Side &left_, &right_;
+    Diff diff_;
+    std::string place_ = "dataset";
+    ordered_json zoneNumber_; // null for the whole dataset
+    ordered_json structure_ = ordered_json::array(), variables_ = structure_, nodeMaps_ = structure_,
+                 notCompared_ = structure_;
+};
+
+/// False when it is not loaded, which the report says.
+bool load(Host& host, const CommandLine& line, const std::string& file, Side& side, Report& report) {
+    CommandLine own = line;
+    own.files = {file};
+    const Plan plan = makePlan(own);
+    report.loaderName = loaderName(host, own, plan);
+    report.isLoaded = cli::load(host, report.loaderName, own, plan);
+    report.stoppedAt = host.stoppedAt().value_or("");
+    side = {plan.files, &host.keepDataset()};
+    return report.isLoaded;
+}
+
+} // namespace
+
+void addDiffOptions(CLI::App& command, CommandLine& line) {
+    addNewLoadOptions(command, line);
+    command.get_option("FILE")->expected(2);
+    command
+        .add_option("--rtol", line.tolerance.relative,
+                    "Values so close are equal, relative to the greater (default: 0)")
+        ->check(CLI::NonNegativeNumber.description(""))
+        ->type_name("R");
+    command.add_option("--atol", line.tolerance.absolute, "Values so close are equal (default: 0)")
+        ->check(CLI::NonNegativeNumber.description(""))
+        ->type_name("A");
+    addHostOptions(command, line);
+    command.add_flag("--json", line.isJson, "Print one JSON document");
+    addOutputOptions(command, line);
+}
+
+Diff diff(Host& host, const CommandLine& line, ProgressBar& progress) {
+    Report report;
+    Side left, right;
+    const bool areLoaded = load(host, line, line.files.at(0), left, report) &&
+                           load(host, line, line.files.at(1), right, report) && !Host::isInterrupted();
+    Diff result;
+    if (areLoaded)
+        result = Comparer{host, line.tolerance, left, right}.run(progress);
+    report.demands = std::move(result.report.demands);
+    result.report = std::move(report);
+    return result;
+}
+
+} // namespace krohost::cli

@@ -1,0 +1,106 @@
+#include "krohost/cli/selection.h"
+
+#include "krohost/Journal.h"
+#include "krohost/cli/Failure.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace krohost::cli {
+
+namespace {
+
+template <class... Arguments>
+[[noreturn]] void fail(fmt::format_string<Arguments...> format, Arguments&&... arguments) {
+    throw Failure(fmt::format(format, std::forward<Arguments>(arguments)...), Exit_Usage);
+}
+
+std::string nameOf(const Zone& zone) {
+    return fmt::format("zone {} {}", zone.number, krohost::quoted(zone.name));
+}
+
+/// A name goes before a number.
+const Zone& findZone(const Dataset& dataset, const std::string& wanted) {
+    const auto fits = [&](const Zone& zone) { return wanted.empty() || zone.name == wanted; };
+    const auto count = std::count_if(dataset.zones.begin(), dataset.zones.end(), fits);
+    if (count == 1)
+        return *std::find_if(dataset.zones.begin(), dataset.zones.end(), fits);
+    if (count > 1)
+        fail("There are {} zones{}; choose one by its number with --zone.", count,
+             wanted.empty() ? "" : " " + krohost::quoted(wanted));
+    for (const Zone& zone : dataset.zones)
+        if (std::to_string(zone.number) == wanted)
+            return zone;
+    fail("There is no zone {}; there are {}.", krohost::quoted(wanted), dataset.zones.size());
+}
+
+Part makePart(Target target, std::size_t partIndex, std::int64_t rowCount, std::int64_t rowLength,
+              const DumpOptions& options) {
+    const Range range = options.range.value_or(Range{});
+    const std::int64_t end = range.end.value_or(rowCount);
+    if (range.begin > rowCount || end > rowCount)
+        fail("The range {}:{} is too large: there are {} {}.", range.begin, range.end ? std::to_string(end) : "",
+             rowCount, target.variable == 0 ? "elements" : "values");
+    return {target, partIndex, rowCount, rowLength, range.begin, end};
+}
+
+Part findVariable(const Dataset& dataset, const Zone& zone, const std::string& name, const DumpOptions& options) {
+    std::vector<const ZoneVariable*> found;
+    for (const ZoneVariable& variable : zone.variables)
+        if (variable.data &&
+            dataset.variables[static_cast<std::size_t>(variable.data->target().variable) - 1] == name &&
+            (options.location.empty() || options.location == inWords(variable.location)))
+            found.push_back(&variable);
+    if (found.empty())
+        fail("There is no {}variable {} in {}.", options.location.empty() ? "" : options.location + " ",
+             krohost::quoted(name), nameOf(zone));
+    if (found.size() > 1)
+        fail("There are {} variables {} in {}; choose one with --location.", found.size(), krohost::quoted(name),
+             nameOf(zone));
+    return makePart(found.front()->data->target(), 0, found.front()->data->valueCount, 1, options);
+}
+
+std::vector<Part> findSections(const Zone& zone, const DumpOptions& options) {
+    if (!zone.nodeMap)
+        fail("There is no node map in {}.", nameOf(zone));
+    const auto count = static_cast<std::int32_t>(zone.sections.size());
+    if (options.section && (*options.section < 1 || *options.section > count))
+        fail("There is no section {} in {}; there are {}.", *options.section, nameOf(zone), count);
+    const bool needsOne = options.range || options.format == DumpFormat::csv || options.format == DumpFormat::npy;
+    if (!options.section && count > 1 && needsOne)
+        fail("There are {} sections in {}; choose one with --section.", count, nameOf(zone));
+    std::vector<Part> parts;
+    for (std::int32_t number = options.section.value_or(1); number <= options.section.value_or(count); ++number) {
+        const auto index = static_cast<std::size_t>(number) - 1;
+        const Section& section = zone.sections[index];
+        parts.push_back(makePart({zone.number, 0}, index, section.elementCount, section.nodesPerElement(), options));
+    }
+    return parts;
+}
+
+/// Columns of one table have one length.
+void requireTable(const std::vector<Part>& parts, DumpFormat format) {
+    const bool isBinary = format == DumpFormat::npy || format == DumpFormat::raw;
+    if (isBinary && parts.size() > 1)
+        fail("The formats npy and raw take one variable.");
+    for (const Part& part : parts)
+        if (part.rowCount != parts.front().rowCount)
+            fail("Variables with {} and {} values are not columns of one table.", parts.front().rowCount,
+                 part.rowCount);
+}
+
+} // namespace
+
+Selection select(const Dataset& dataset, const DumpOptions& options) {
+    const Zone& zone = findZone(dataset, options.zone);
+    if (options.variables.empty())
+        return {zone, true, findSections(zone, options)};
+    Selection selection{zone, false, {}};
+    for (const std::string& name : options.variables)
+        selection.parts.push_back(findVariable(dataset, zone, name, options));
+    requireTable(selection.parts, options.format);
+    return selection;
+}
+
+} // namespace krohost::cli
