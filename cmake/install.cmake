@@ -8,6 +8,8 @@ target_compile_definitions(krohost PRIVATE KROHOST_ADDON_FOLDER="${library_from_
 set_target_properties(krohost PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tool}")
 
 install(TARGETS krohost krohost_library RUNTIME LIBRARY DESTINATION ${library_folder})
+set_target_properties(krohost_hdf PROPERTIES INSTALL_RPATH "$ORIGIN")
+install(TARGETS krohost_hdf LIBRARY DESTINATION ${library_folder})
 install(TARGETS vtk-data-loader LIBRARY DESTINATION ${library_folder}/addons)
 install(FILES host/kro.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/krohost)
 install(FILES packaging/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -231,7 +231,8 @@ FEW = [words.split() for words in ("ascii plain LittleEndian UInt32 Int32", "bin
                                    "raw plain BigEndian UInt64 Int64", "base64 dense BigEndian UInt32 Int64")]
 
 
-def write(folder, name, source, encoding, pieces=1, writer_class=xml.vtkXMLUnstructuredGridWriter):
+def write(folder, name, source, encoding, pieces=1, writer_class=xml.vtkXMLUnstructuredGridWriter,
+          compressor="ZLIB"):
     mode, compression, byte_order, header, identifiers = encoding
     writer = writer_class()
     path = folder / f"{name}-{pieces}-{'-'.join(encoding)}.{writer.GetDefaultFileExtension()}"
@@ -239,7 +240,7 @@ def write(folder, name, source, encoding, pieces=1, writer_class=xml.vtkXMLUnstr
     writer.SetDataMode({"ascii": writer.Ascii, "binary": writer.Binary}.get(mode, writer.Appended))
     writer.SetEncodeAppendedData(mode == "base64")
     level, block_size = COMPRESSIONS[compression]
-    writer.SetCompressorType(writer.ZLIB if level else writer.NONE)
+    writer.SetCompressorType(getattr(writer, compressor if level else "NONE"))
     writer.SetCompressionLevel(level)
     writer.SetBlockSize(block_size)
     writer.SetByteOrder(getattr(writer, byte_order))

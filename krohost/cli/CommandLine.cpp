@@ -5,6 +5,7 @@
 #include "krohost/cli/bench.h"
 #include "krohost/cli/check.h"
 #include "krohost/cli/completion.h"
+#include "krohost/cli/convert.h"
 #include "krohost/cli/diff.h"
 #include "krohost/cli/info.h"
 #include "krohost/cli/jsonReport.h"
@@ -61,6 +62,11 @@ constexpr std::array commands{
                  "  krohost check wing.vtu                    whether everything loads\n"
                  "  krohost check --deep --explain wing.vtu   and what is wrong where in the file\n"
                  "  krohost check --json 'step*.vtu'\n"},
+    CommandEntry{Command::convert, "convert", "Write what was loaded as .vtu, .vtm, .pvd, .vtkhdf, .cgns or .csv",
+                 addConvertOptions,
+                 "  krohost convert wing.vtu -o wing.cgns\n"
+                 "  krohost convert 'step*.vtu' -o all.pvd    a file for each zone, and one that names them\n"
+                 "  krohost convert --repair lz4.vtu -o zlib.vtu\n"},
     CommandEntry{Command::addons, "addons", "Show the add-on and the loaders that it brings", addAddOnsOptions,
                  "  krohost addons                            which files can be loaded\n"
                  "  krohost addons --json\n"},

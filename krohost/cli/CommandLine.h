@@ -1,5 +1,6 @@
 #pragma once
 
+#include "krohost/cli/ConvertOptions.h"
 #include "krohost/cli/DumpOptions.h"
 #include "krohost/cli/compareItems.h"
 
@@ -23,7 +24,7 @@ enum ExitCode {
     Exit_PipeClosed = 141 ///< nobody reads standard output any more
 };
 
-enum class Command { info, replay, trace, bench, check, dump, diff, addons };
+enum class Command { info, replay, trace, bench, check, dump, diff, convert, addons };
 
 /// When a stream gets what is for people only: with `automatic`, when it is a terminal.
 enum class When { automatic, always, never };
@@ -51,6 +52,7 @@ struct CommandLine {
     int nodeBitCount = 0;                ///< 0: by the size of the zone
     std::optional<std::uint64_t> memoryByteBudget;
     DumpOptions dump;
+    ConvertOptions convert;
     Tolerance tolerance; ///< of diff
     std::optional<std::filesystem::path> addOn;
     bool isQuiet = false; ///< no progress and no warnings

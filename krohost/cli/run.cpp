@@ -9,6 +9,7 @@
 #include "krohost/cli/addons.h"
 #include "krohost/cli/bench.h"
 #include "krohost/cli/check.h"
+#include "krohost/cli/convert.h"
 #include "krohost/cli/diff.h"
 #include "krohost/cli/dump.h"
 #include "krohost/cli/info.h"
@@ -168,6 +169,21 @@ int finish(Host& host, const CommandLine& line, const Console& console, Diff dif
         jsonText(std::move(diff.document), dialogTexts(host), host.violations(), errorText(host, ownCode)), code);
 }
 
+int finish(Host& host, const CommandLine& line, const Console& console, const ConvertOutcome& outcome) {
+    host.shutDown();
+    printProblems(host, console, outcome.report.stoppedAt);
+    for (const std::string& note : outcome.conversion.notes)
+        console.warning(note);
+    if (!outcome.error.empty())
+        console.error(outcome.error);
+    const int ownCode = exitCode(host, outcome.report);
+    const int code = ownCode == Exit_Done && !outcome.isConverted() ? int{Exit_Failed} : ownCode;
+    if (!line.isJson)
+        return console.print(convertText(line, outcome), code);
+    const std::string error = outcome.error.empty() ? errorText(host, code) : outcome.error;
+    return console.print(jsonText(convertDocument(outcome), dialogTexts(host), host.violations(), error), code);
+}
+
 int finishAddOns(Host& host, const CommandLine& line, const Console& console, const std::filesystem::path& path) {
     const nlohmann::ordered_json document = addOnsDocument(host, path);
     host.shutDown();
@@ -181,6 +197,8 @@ int finishAddOns(Host& host, const CommandLine& line, const Console& console, co
 int runCommand(Host& host, const CommandLine& line, const Console& console, ProgressBar& progress) {
     const bool hasFiles = line.command != Command::addons;
     const Plan plan = hasFiles ? makePlan(line) : Plan{};
+    if (line.convert.isRepairing)
+        return finish(host, line, console, repair(line, plan));
     const std::filesystem::path path = addOnPath(line);
     console.note(fmt::format("the add-on is {}", path.string()));
     host.loadAddOn(path);
@@ -195,6 +213,11 @@ int runCommand(Host& host, const CommandLine& line, const Console& console, Prog
     }
     if (line.command == Command::check)
         return finish(host, line, console, check(host, line, plan, progress));
+    if (line.command == Command::convert) {
+        const ConvertOutcome outcome = convert(host, line, plan);
+        progress.clear();
+        return finish(host, line, console, outcome);
+    }
     if (line.command == Command::diff)
         return finish(host, line, console, diff(host, line, progress));
     Report report = loadAndDemand(host, line, plan, console, progress);

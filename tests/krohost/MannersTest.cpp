@@ -20,7 +20,7 @@ protected:
     Manners() {
         const auto wing =
             test::vtu().piece(test::hexahedron().withPointData(reals("pressure", test::ElementType::Float64, values)));
-        for (const char* name : {"wing.vtu", "step1.vtu", "step2.vtu", "wing.dat"})
+        for (const char* name : {"wing.vtu", "step1.vtu", "step2.vtu", "wing.dat", "lz4.vtu"})
             wing.write(folder / name);
         folder.write("run.pvd", collection(2));
         folder.write("many.pvd", collection(60));

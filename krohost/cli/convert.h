@@ -1,0 +1,38 @@
+#pragma once
+
+#include "krohost/Host.h"
+#include "krohost/cli/CommandLine.h"
+#include "krohost/cli/Report.h"
+#include "krohost/cli/loading.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace krohost::cli {
+
+void addConvertOptions(CLI::App& command, CommandLine& line);
+
+struct ConvertOutcome {
+    Report report;                ///< of the load
+    write::Conversion conversion; ///< without files when nothing was written
+    std::string error;            ///< why, as far as no dialog says it
+
+    bool isConverted() const { return !conversion.files.empty(); }
+};
+
+/// Loads what the plan says and writes it, or repairs a file without loading it. Throws Failure for what can be known
+/// before the load, and AddOnError.
+ConvertOutcome convert(Host& host, const CommandLine& line, const Plan& plan);
+ConvertOutcome repair(const CommandLine& line, const Plan& plan);
+
+/// What was written, as a line for people; empty when nothing was.
+std::string convertText(const CommandLine& line, const ConvertOutcome& outcome);
+/// The same as JSON; docs/schemas/convert.schema.json describes it.
+nlohmann::ordered_json convertDocument(const ConvertOutcome& outcome);
+
+} // namespace krohost::cli

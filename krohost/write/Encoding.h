@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace krohost::write {
+
+enum class Format : std::uint8_t { ascii, base64, raw, appendedBase64 };
+
+/// How the values of arrays stand in a VTK XML file. The default is the fastest to load of the small ones.
+struct Encoding {
+    Format format = Format::raw;
+    bool isCompressed = true; ///< with zlib; text never is
+    bool isBigEndian = false;
+    std::size_t headerWordByteCount = 8; ///< or 4
+
+    bool isAppended() const { return format == Format::raw || format == Format::appendedBase64; }
+    bool hasZlib() const { return isCompressed && format != Format::ascii; }
+};
+
+} // namespace krohost::write

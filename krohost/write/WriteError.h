@@ -1,0 +1,21 @@
+#pragma once
+
+#include <exception>
+#include <stdexcept>
+
+namespace krohost::write {
+
+/// What keeps a file from being written, as a sentence for the user.
+class WriteError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// The reason why a file cannot be written, for a sentence that names the file.
+class FileError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// The user has asked to stop.
+class Interrupted : public std::exception {};
+
+} // namespace krohost::write

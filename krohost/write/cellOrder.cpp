@@ -1,0 +1,107 @@
+#include "krohost/write/cellOrder.h"
+
+#include "krohost/write/WriteError.h"
+#include "krohost/write/documentValues.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace krohost::write {
+
+namespace {
+
+using vtu::Document;
+
+bool isEmpty(const Document& document) {
+    return std::all_of(document.pieces.begin(), document.pieces.end(), [](const vtu::Piece& piece) {
+        return piece.pointCount.value_or(0) == 0 && piece.cellCount.value_or(0) == 0;
+    });
+}
+
+/// The files that become zones, in their order.
+std::vector<std::filesystem::path> zoneFiles(const std::vector<std::filesystem::path>& inputs) {
+    std::vector<std::filesystem::path> files;
+    for (const std::filesystem::path& input : inputs) {
+        const Document document = vtu::readDocument(input);
+        std::vector<std::filesystem::path> candidates{input};
+        if (document.isCollection()) {
+            candidates.clear();
+            for (const vtu::Member& member : document.members)
+                candidates.push_back(member.path);
+        }
+        std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(files),
+                     [](const std::filesystem::path& file) { return !isEmpty(vtu::readDocument(file)); });
+    }
+    return files;
+}
+
+bool needsOrder(const Zone& zone) {
+    return zone.sections.size() > 1 &&
+           std::any_of(zone.variables.begin(), zone.variables.end(), [](const ZoneVariable& variable) {
+               return variable.data && variable.location == ValueLocation_CellCentered;
+           });
+}
+
+/// Runs of cells of one type and number of nodes, the sections in the order in which they first appear.
+std::vector<CellRun> readRuns(const std::filesystem::path& file) {
+    const Document document = vtu::readDocument(file);
+    std::map<std::pair<std::uint8_t, std::int64_t>, std::size_t> sections;
+    std::vector<CellRun> runs;
+    for (const vtu::Piece& piece : document.pieces) {
+        const PieceCells cells = readCells(document, piece);
+        for (std::size_t cell = 0; cell < cells.types.size(); ++cell) {
+            const auto kind = std::pair{cells.types[cell], cells.nodeCount(cell)};
+            const std::size_t section = sections.emplace(kind, sections.size()).first->second;
+            if (runs.empty() || runs.back().sectionIndex != section)
+                runs.push_back({section, 0});
+            ++runs.back().cellCount;
+        }
+    }
+    return runs;
+}
+
+bool fits(const std::vector<CellRun>& runs, const Zone& zone) {
+    std::vector<std::uint64_t> counts(zone.sections.size());
+    for (const CellRun& run : runs) {
+        if (run.sectionIndex >= counts.size())
+            return false;
+        counts[run.sectionIndex] += run.cellCount;
+    }
+    return std::equal(counts.begin(), counts.end(), zone.sections.begin(),
+                      [](std::uint64_t count, const Section& section) {
+                          return count == static_cast<std::uint64_t>(section.elementCount);
+                      });
+}
+
+} // namespace
+
+std::vector<std::vector<CellRun>> cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs,
+                                             std::vector<std::string>& notes) {
+    std::vector<std::vector<CellRun>> orders(dataset.zones.size());
+    if (std::none_of(dataset.zones.begin(), dataset.zones.end(), needsOrder))
+        return orders;
+    const std::vector<std::filesystem::path> files = zoneFiles(inputs);
+    for (std::size_t index = 0; index < orders.size(); ++index) {
+        const Zone& zone = dataset.zones[index];
+        if (!needsOrder(zone))
+            continue;
+        try {
+            if (files.size() == orders.size())
+                orders[index] = readRuns(files[index]);
+        } catch (const WriteError&) {
+            // The order stays unknown, which is said below.
+        }
+        if (orders[index].empty() || !fits(orders[index], zone)) {
+            orders[index].clear();
+            notes.push_back(fmt::format("Zone {} \"{}\": it is not known in which order its values at cells come; they "
+                                        "are written as if they came section by section.",
+                                        zone.number, zone.name));
+        }
+    }
+    return orders;
+}
+
+} // namespace krohost::write

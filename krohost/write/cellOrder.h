@@ -1,0 +1,18 @@
+#pragma once
+
+#include "krohost/Dataset.h"
+#include "krohost/write/zoneGrid.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace krohost::write {
+
+/// For each zone, in which order its cells stand in the file that it came from, which is the order of its values at
+/// cells; node lists come section by section instead. Empty for a zone without such values or of one section. Adds a
+/// note for each zone whose order cannot be found out.
+std::vector<std::vector<CellRun>> cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs,
+                                             std::vector<std::string>& notes);
+
+} // namespace krohost::write

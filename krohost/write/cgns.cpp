@@ -1,0 +1,263 @@
+#include "krohost/write/cgns.h"
+
+#include "krohost/write/Loaded.h"
+#include "krohost/write/WriteError.h"
+
+#include <cgnslib.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <numeric>
+#include <set>
+#include <utility>
+
+namespace krohost::write {
+
+namespace {
+
+constexpr std::size_t nameLength = 32;
+
+void require(int status) {
+    if (status != CG_OK)
+        throw FileError(cg_get_error());
+}
+
+cgsize_t size(std::int64_t count, const Zone& zone) {
+    if (count >= std::numeric_limits<cgsize_t>::max()) // node numbers are still to be raised by one
+        throw WriteError(fmt::format("Zone {} \"{}\" is too large for this CGNS library.", zone.number, zone.name));
+    return static_cast<cgsize_t>(count);
+}
+
+/// By shape, orders 1 to 4. The orders of nodes are those of the host.
+constexpr std::array<std::array<ElementType_t, 4>, 7> elementTypes{{
+    {BAR_2, BAR_3, BAR_4, BAR_5},
+    {TRI_3, TRI_6, TRI_10, TRI_15},
+    {QUAD_4, QUAD_9, QUAD_16, QUAD_25},
+    {TETRA_4, TETRA_10, TETRA_20, TETRA_35},
+    {HEXA_8, HEXA_27, HEXA_64, HEXA_125},
+    {PYRA_5, ElementTypeNull, ElementTypeNull, ElementTypeNull},
+    {PENTA_6, PENTA_18, PENTA_40, PENTA_75},
+}};
+
+int dimension(CellShape_e shape) {
+    switch (shape) {
+    case CellShape_None:
+        return 0;
+    case CellShape_Line:
+        return 1;
+    case CellShape_Triangle:
+    case CellShape_Quadrilateral:
+        return 2;
+    default:
+        return 3;
+    }
+}
+
+/// Names as the format has them: at most 32 bytes, no slash, each once.
+class Names {
+public:
+    explicit Names(std::vector<std::string>& notes) : notes_{notes} {}
+
+    std::string claim(const std::string& wanted) {
+        std::string stem = wanted.empty() ? "unnamed" : wanted;
+        std::replace(stem.begin(), stem.end(), '/', '_');
+        std::string name = stem.substr(0, nameLength);
+        for (int number = 2; !taken_.insert(name).second; ++number) {
+            const std::string suffix = fmt::format("_{}", number);
+            name = stem.substr(0, nameLength - suffix.size()) + suffix;
+        }
+        if (name != wanted)
+            notes_.push_back(fmt::format("\"{}\" is called \"{}\" in the CGNS file.", wanted, name));
+        return name;
+    }
+
+private:
+    std::vector<std::string>& notes_;
+    std::set<std::string> taken_;
+};
+
+template <class To, class From>
+std::vector<To> converted(const Loaded& loaded) {
+    const auto items = loaded.items<From>();
+    return {items.begin(), items.end()};
+}
+
+template <class To>
+std::vector<To> convertedFrom(FieldDataType_e type, const Loaded& loaded) {
+    switch (type) {
+    case FieldDataType_Float:
+        return converted<To, float>(loaded);
+    case FieldDataType_Double:
+        return converted<To, double>(loaded);
+    case FieldDataType_Int32:
+        return converted<To, std::int32_t>(loaded);
+    case FieldDataType_Int16:
+        return converted<To, std::int16_t>(loaded);
+    default:
+        return converted<To, std::uint8_t>(loaded);
+    }
+}
+
+/// Values in the order of the elements, which the file has section by section.
+template <class Value>
+void sortBySection(std::vector<Value>& values, const Zone& zone, const std::vector<CellRun>& runs) {
+    if (runs.empty())
+        return;
+    std::vector<std::size_t> next(1);
+    for (const Section& section : zone.sections)
+        next.push_back(next.back() + static_cast<std::size_t>(section.elementCount));
+    const std::vector<Value> inFileOrder = values;
+    auto value = inFileOrder.begin();
+    for (const CellRun& run : runs)
+        for (std::uint64_t cell = 0; cell < run.cellCount; ++cell)
+            values[next[run.sectionIndex]++] = *value++;
+}
+
+class CgnsWriter {
+public:
+    CgnsWriter(Host& host, const std::filesystem::path& path, std::vector<std::string>& notes)
+        : host_{host}, dataset_{host.dataset()}, notes_{notes}, zoneNames_{notes} {
+        require(cg_set_file_type(CG_FILE_HDF5));
+        require(cg_open(path.c_str(), CG_MODE_WRITE, &file_));
+    }
+    ~CgnsWriter() {
+        if (file_ != 0)
+            cg_close(file_);
+    }
+    CgnsWriter(const CgnsWriter&) = delete;
+    CgnsWriter& operator=(const CgnsWriter&) = delete;
+
+    void write(const std::vector<std::vector<CellRun>>& runs) {
+        int cellDimension = 1;
+        for (const Zone& zone : dataset_.zones)
+            for (const Section& section : zone.sections)
+                cellDimension = std::max(cellDimension, dimension(section.shape));
+        require(cg_base_write(file_, "Base", cellDimension, 3, &base_));
+        require(cg_simulation_type_write(file_, base_, TimeAccurate));
+        writeTime();
+        for (std::size_t index = 0; index < dataset_.zones.size(); ++index)
+            writeZone(dataset_.zones[index], runs[index]);
+        require(cg_close(std::exchange(file_, 0)));
+    }
+
+private:
+    void writeTime() const {
+        const double time = dataset_.zones.front().solutionTime;
+        const cgsize_t count = 1;
+        require(cg_biter_write(file_, base_, "TimeIterValues", 1));
+        require(cg_goto(file_, base_, "BaseIterativeData_t", 1, "end"));
+        require(cg_array_write("TimeValues", RealDouble, 1, &count, &time));
+    }
+
+    void writeZone(const Zone& zone, const std::vector<CellRun>& runs) {
+        const std::array<cgsize_t, 3> sizes{size(zone.nodeCount, zone), size(zone.elementCount, zone), 0};
+        require(cg_zone_write(file_, base_, zoneNames_.claim(zone.name).c_str(), sizes.data(), Unstructured, &zone_));
+        writeCoordinates(zone);
+        writeElements(zone);
+        writeSolution(zone, ValueLocation_Nodal, "FlowSolution", Vertex, {});
+        writeSolution(zone, ValueLocation_CellCentered, "CellSolution", CellCenter, runs);
+    }
+
+    void writeCoordinates(const Zone& zone) const {
+        constexpr std::array names{"CoordinateX", "CoordinateY", "CoordinateZ"};
+        const std::vector<std::int32_t> numbers = coordinateVariables(dataset_, zone);
+        for (std::size_t axis = 0; axis < names.size(); ++axis) {
+            int coordinate = 0;
+            const auto writeAs = [&]<class Value>(DataType_t type, const std::vector<Value>& values) {
+                require(cg_coord_write(file_, base_, zone_, type, names[axis], values.data(), &coordinate));
+            };
+            if (numbers[axis] == 0) {
+                writeAs(RealSingle, std::vector<float>(static_cast<std::size_t>(zone.nodeCount)));
+                continue;
+            }
+            const Loaded loaded{host_, {zone.number, numbers[axis]}};
+            const FieldDataType_e type = zone.suppliedVariable(numbers[axis])->type;
+            if (type == FieldDataType_Float)
+                writeAs(RealSingle, converted<float, float>(loaded));
+            else
+                writeAs(RealDouble, convertedFrom<double>(type, loaded));
+        }
+    }
+
+    void writeElements(const Zone& zone) const {
+        if (!zone.nodeMap) { // an ordered zone: an element on each node
+            std::vector<cgsize_t> nodes(static_cast<std::size_t>(zone.nodeCount));
+            std::iota(nodes.begin(), nodes.end(), cgsize_t{1});
+            return writeSection("Nodes", NODE, 1, zone.nodeCount, nodes);
+        }
+        const Loaded nodeMap{host_, {zone.number}};
+        std::int64_t begin = 1;
+        for (std::size_t index = 0; index < zone.sections.size(); ++index) {
+            const Section& section = zone.sections[index];
+            const SectionNodes numbers{nodeMap, index};
+            std::vector<cgsize_t> nodes;
+            for (std::size_t place = 0; place < numbers.size(); ++place)
+                nodes.push_back(size(numbers[place], zone) + 1);
+            const ElementType_t type =
+                elementTypes.at(section.shape).at(static_cast<std::size_t>(section.gridOrder) - 1);
+            if (type == ElementTypeNull)
+                throw WriteError(fmt::format("Zone {} \"{}\" has {}s of order {}, which are not written to CGNS files.",
+                                             zone.number, zone.name, inWords(section.shape), section.gridOrder));
+            const std::int64_t end = begin + section.elementCount - 1;
+            writeSection(fmt::format("{}_{}", inWords(section.shape), index + 1), type, begin, end, nodes);
+            begin = end + 1;
+        }
+    }
+
+    void writeSection(const std::string& name, ElementType_t type, std::int64_t begin, std::int64_t end,
+                      const std::vector<cgsize_t>& nodes) const {
+        int section = 0;
+        require(cg_section_write(file_, base_, zone_, name.c_str(), type, static_cast<cgsize_t>(begin),
+                                 static_cast<cgsize_t>(end), 0, nodes.data(), &section));
+    }
+
+    void writeSolution(const Zone& zone, ValueLocation_e location, const char* name, GridLocation_t gridLocation,
+                       const std::vector<CellRun>& runs) {
+        Names names{notes_};
+        int solution = 0;
+        for (const ArrayVariables& array : arrayVariables(dataset_, zone, location))
+            for (std::size_t component = 0; component < array.numbers.size(); ++component) {
+                if (solution == 0)
+                    require(cg_sol_write(file_, base_, zone_, name, gridLocation, &solution));
+                // By the format's convention the components of a vector "v" are "vX", "vY" and "vZ".
+                const std::string suffix = array.numbers.size() > 1 ? std::string(1, "XYZ"[component]) : "";
+                writeField(zone, array.numbers[component], solution, names.claim(array.name + suffix), runs);
+            }
+    }
+
+    void writeField(const Zone& zone, std::int32_t number, int solution, const std::string& name,
+                    const std::vector<CellRun>& runs) const {
+        const Loaded loaded{host_, {zone.number, number}};
+        const FieldDataType_e type = zone.suppliedVariable(number)->type;
+        const auto writeAs = [&]<class Value>(DataType_t dataType, std::vector<Value> values) {
+            int field = 0;
+            sortBySection(values, zone, runs);
+            require(cg_field_write(file_, base_, zone_, solution, dataType, name.c_str(), values.data(), &field));
+        };
+        if (type == FieldDataType_Float)
+            writeAs(RealSingle, converted<float, float>(loaded));
+        else if (type == FieldDataType_Double)
+            writeAs(RealDouble, converted<double, double>(loaded));
+        else
+            writeAs(Integer, convertedFrom<std::int32_t>(type, loaded));
+    }
+
+    Host& host_;
+    const Dataset& dataset_;
+    std::vector<std::string>& notes_;
+    Names zoneNames_;
+    int file_ = 0;
+    int base_ = 0;
+    int zone_ = 0;
+};
+
+} // namespace
+
+void writeCgns(Host& host, const std::filesystem::path& path, const std::vector<std::vector<CellRun>>& runs,
+               std::vector<std::string>& notes) {
+    CgnsWriter{host, path, notes}.write(runs);
+}
+
+} // namespace krohost::write

@@ -1,0 +1,147 @@
+#include "krohost/write/conversion.h"
+
+#include "krohost/vtu/Document.h"
+#include "krohost/write/WriteError.h"
+#include "krohost/write/cellOrder.h"
+#include "krohost/write/csv.h"
+#include "krohost/write/hdfWriters.h"
+#include "krohost/write/vtuFile.h"
+#include "krohost/write/zoneGrid.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <utility>
+
+namespace krohost::write {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Orders = std::vector<std::vector<CellRun>>;
+
+struct FormatName {
+    std::string_view name;
+    FileFormat format;
+};
+/// The first name of a format is its own.
+constexpr std::array<FormatName, 7> formatNames{{{"vtu", FileFormat::vtu},
+                                                 {"vtm", FileFormat::vtm},
+                                                 {"pvd", FileFormat::pvd},
+                                                 {"vtkhdf", FileFormat::vtkhdf},
+                                                 {"cgns", FileFormat::cgns},
+                                                 {"csv", FileFormat::csv},
+                                                 {"hdf", FileFormat::vtkhdf}}};
+
+bool haveOneTime(const Dataset& dataset) {
+    return std::all_of(dataset.zones.begin(), dataset.zones.end(),
+                       [&](const Zone& zone) { return zone.solutionTime == dataset.zones.front().solutionTime; });
+}
+
+void requireWritable(const Dataset& dataset, FileFormat format) {
+    if (dataset.zones.empty())
+        throw WriteError("There are no zones to write.");
+    if (format == FileFormat::vtu && dataset.zones.size() > 1)
+        throw WriteError(fmt::format("A .vtu file holds one zone, there are {}; write a .vtm or, over time, a .pvd.",
+                                     dataset.zones.size()));
+    const bool hasSeries = format == FileFormat::pvd || format == FileFormat::csv;
+    if (!hasSeries && !haveOneTime(dataset))
+        throw WriteError(
+            fmt::format("The zones have several solution times, for which a .{} file has no place; write a "
+                        ".pvd.",
+                        formatName(format)));
+}
+
+void noteMissingCoordinates(const Dataset& dataset, std::vector<std::string>& notes) {
+    for (const Zone& zone : dataset.zones) {
+        const std::vector<std::int32_t> numbers = coordinateVariables(dataset, zone);
+        if (std::find(numbers.begin(), numbers.end(), 0) != numbers.end())
+            notes.push_back(
+                fmt::format("Zone {} \"{}\" has fewer than three coordinates; those missing are written as 0.",
+                            zone.number, zone.name));
+    }
+}
+
+/// A file per zone in a folder of the collection's name; gives what the collection says of them.
+std::vector<CollectionMember> writeMembers(Host& host, const Request& request, const Orders& orders, Outputs& outputs) {
+    const std::string stem = request.path.stem().string();
+    std::map<double, std::size_t> partCounts;
+    std::vector<CollectionMember> members;
+    for (const Zone& zone : host.dataset().zones) {
+        const std::size_t index = members.size();
+        const std::string file = fmt::format("{}/{}_{}.vtu", stem, stem, index);
+        outputs.add(request.path.parent_path() / file, [&](const fs::path& temporary) {
+            writeVtu(temporary, request.encoding, zoneGrid(host, zone, orders[index]));
+        });
+        const auto block = zone.auxiliaryData.find("Block.name");
+        members.push_back({file, zone.name, block == zone.auxiliaryData.end() ? "" : block->second, zone.solutionTime,
+                           partCounts[zone.solutionTime]++});
+    }
+    return members;
+}
+
+std::vector<Grid> grids(Host& host, const Orders& orders) {
+    std::vector<Grid> result;
+    for (const Zone& zone : host.dataset().zones)
+        result.push_back(zoneGrid(host, zone, orders[result.size()]));
+    return result;
+}
+
+void write(Host& host, const Request& request, const Orders& orders, Outputs& outputs,
+           std::vector<std::string>& notes) {
+    if (request.format == FileFormat::csv)
+        return writeCsv(host, request.path, outputs);
+    outputs.add(request.path, [&](const fs::path& temporary) {
+        switch (request.format) {
+        case FileFormat::vtu:
+            return writeVtu(temporary, request.encoding, zoneGrid(host, host.dataset().zones.front(), orders.front()));
+        case FileFormat::vtm:
+            return writeVtm(temporary, writeMembers(host, request, orders, outputs));
+        case FileFormat::pvd:
+            return writePvd(temporary, writeMembers(host, request, orders, outputs));
+        case FileFormat::vtkhdf:
+            return hdfWriters().vtkhdf(temporary, request.encoding.isCompressed, grids(host, orders));
+        case FileFormat::cgns:
+            return hdfWriters().cgns(host, temporary, orders, notes);
+        case FileFormat::csv:
+            break;
+        }
+    });
+}
+
+} // namespace
+
+std::optional<FileFormat> fileFormat(std::string_view nameOrExtension) {
+    const std::string_view name = nameOrExtension.substr(nameOrExtension.starts_with('.') ? 1 : 0);
+    const auto found = std::find_if(formatNames.begin(), formatNames.end(),
+                                    [&](const FormatName& entry) { return vtu::equalsIgnoringCase(entry.name, name); });
+    return found == formatNames.end() ? std::nullopt : std::optional{found->format};
+}
+
+std::string_view formatName(FileFormat format) {
+    return std::find_if(formatNames.begin(), formatNames.end(),
+                        [&](const FormatName& entry) { return entry.format == format; })
+        ->name;
+}
+
+Conversion convertZones(Host& host, const std::vector<fs::path>& inputs, const Request& request) {
+    const Dataset& dataset = host.dataset();
+    requireWritable(dataset, request.format);
+    Conversion conversion;
+    conversion.zoneCount = dataset.zones.size();
+    Orders orders(dataset.zones.size());
+    if (request.format != FileFormat::csv) {
+        orders = cellOrders(dataset, inputs, conversion.notes);
+        noteMissingCoordinates(dataset, conversion.notes);
+    }
+    Outputs outputs{request.isReplacing};
+    write(host, request, orders, outputs, conversion.notes);
+    if (Host::isInterrupted())
+        throw Interrupted();
+    conversion.files = outputs.publish();
+    return conversion;
+}
+
+} // namespace krohost::write

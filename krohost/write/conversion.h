@@ -1,0 +1,43 @@
+#pragma once
+
+#include "krohost/Host.h"
+#include "krohost/write/Encoding.h"
+#include "krohost/write/Outputs.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace krohost::write {
+
+enum class FileFormat { vtu, vtm, pvd, vtkhdf, cgns, csv };
+
+/// The format of this name or, with its dot, of this extension, in any letter case.
+std::optional<FileFormat> fileFormat(std::string_view nameOrExtension);
+std::string_view formatName(FileFormat format);
+
+struct Request {
+    std::filesystem::path path;
+    FileFormat format = FileFormat::vtu;
+    Encoding encoding; ///< of VTK XML files; of VTKHDF whether it is compressed
+    bool isReplacing = false;
+};
+
+struct Conversion {
+    std::vector<Outputs::Published> files; ///< the one that was asked for comes first
+    std::size_t zoneCount = 0;
+    std::vector<std::string> notes; ///< what is otherwise than one might expect, as sentences
+};
+
+/// Writes what the host has loaded, from the files named. Throws WriteError and Interrupted, and nothing is left
+/// behind.
+Conversion convertZones(Host& host, const std::vector<std::filesystem::path>& inputs, const Request& request);
+
+/// Writes a VTK XML unstructured grid, read without the add-on, as one that it loads: its arrays decompressed and
+/// compressed anew as asked for, its pieces as one, only cells of the highest dimension and of types that are loaded
+/// (and vertices, which go with any). Values are not changed. Throws WriteError and Interrupted.
+Conversion repairFile(const std::filesystem::path& input, const Request& request);
+
+} // namespace krohost::write

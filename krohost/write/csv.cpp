@@ -1,0 +1,123 @@
+#include "krohost/write/csv.h"
+
+#include "krohost/write/Loaded.h"
+#include "krohost/write/OutputFile.h"
+#include "krohost/write/WriteError.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+namespace krohost::write {
+
+namespace {
+
+std::string quoted(const std::string& name) {
+    if (name.find_first_of(",\"\r\n") == name.npos)
+        return name;
+    std::string result = "\"";
+    for (const char character : name)
+        result += character == '"' ? std::string{"\"\""} : std::string{character};
+    return result + '"';
+}
+
+const KroFieldData* suppliedData(const Zone& zone, std::int32_t number, ValueLocation_e location) {
+    const ZoneVariable* variable = zone.suppliedVariable(number);
+    return variable && variable->location == location ? variable->data.get() : nullptr;
+}
+
+std::vector<std::int32_t> columnsAt(const Dataset& dataset, ValueLocation_e location) {
+    std::vector<std::int32_t> columns;
+    for (std::int32_t number = 1; static_cast<std::size_t>(number) <= dataset.variables.size(); ++number)
+        if (std::any_of(dataset.zones.begin(), dataset.zones.end(),
+                        [&](const Zone& zone) { return suppliedData(zone, number, location) != nullptr; }))
+            columns.push_back(number);
+    return columns;
+}
+
+/// Loaded values of one variable, as text.
+class Column {
+public:
+    Column(Host& host, const KroFieldData& data) : type_{data.type}, loaded_{host, data.target()} {}
+
+    void appendText(fmt::memory_buffer& text, std::size_t row) const {
+        switch (type_) {
+        case FieldDataType_Float:
+            return appendAs<float>(text, row);
+        case FieldDataType_Double:
+            return appendAs<double>(text, row);
+        case FieldDataType_Int32:
+            return appendAs<std::int32_t>(text, row);
+        case FieldDataType_Int16:
+            return appendAs<std::int16_t>(text, row);
+        default:
+            return appendAs<std::uint8_t>(text, row);
+        }
+    }
+
+private:
+    template <class Item>
+    void appendAs(fmt::memory_buffer& text, std::size_t row) const {
+        fmt::format_to(std::back_inserter(text), ",{}", +loaded_.items<Item>()[row]);
+    }
+
+    FieldDataType_e type_;
+    Loaded loaded_;
+};
+
+void writeRows(Host& host, const Zone& zone, ValueLocation_e location, const std::vector<std::int32_t>& numbers,
+               OutputFile& file) {
+    std::vector<std::unique_ptr<const Column>> columns;
+    for (const std::int32_t number : numbers) {
+        const KroFieldData* data = suppliedData(zone, number, location);
+        columns.push_back(data ? std::make_unique<const Column>(host, *data) : nullptr);
+    }
+    if (std::none_of(columns.begin(), columns.end(), [](const auto& column) { return column != nullptr; }))
+        return;
+    const auto rowCount = static_cast<std::size_t>(zone.valueCount(location));
+    for (std::size_t row = 0; row < rowCount; ++row) {
+        fmt::memory_buffer text;
+        fmt::format_to(std::back_inserter(text), "{},{}", zone.number, row + 1);
+        for (const auto& column : columns)
+            if (column)
+                column->appendText(text, row);
+            else
+                text.push_back(',');
+        text.push_back('\n');
+        file.write({text.data(), text.size()});
+        if (row % 4096 == 0 && Host::isInterrupted())
+            throw Interrupted();
+    }
+}
+
+void writeTable(Host& host, ValueLocation_e location, const char* rowTitle, const std::vector<std::int32_t>& columns,
+                const std::filesystem::path& path) {
+    OutputFile file{path};
+    std::string header = fmt::format("zone,{}", rowTitle);
+    for (const std::int32_t number : columns)
+        header += ',' + quoted(host.dataset().variables[static_cast<std::size_t>(number) - 1]);
+    file.write(header + '\n');
+    for (const Zone& zone : host.dataset().zones)
+        writeRows(host, zone, location, columns, file);
+    file.close();
+}
+
+} // namespace
+
+void writeCsv(Host& host, const std::filesystem::path& path, Outputs& outputs) {
+    const auto add = [&](ValueLocation_e location, const char* rowTitle, const std::vector<std::int32_t>& columns,
+                         const std::filesystem::path& table) {
+        outputs.add(table, [&](const std::filesystem::path& temporary) {
+            writeTable(host, location, rowTitle, columns, temporary);
+        });
+    };
+    add(ValueLocation_Nodal, "node", columnsAt(host.dataset(), ValueLocation_Nodal), path);
+    const std::vector<std::int32_t> atCells = columnsAt(host.dataset(), ValueLocation_CellCentered);
+    if (!atCells.empty())
+        add(ValueLocation_CellCentered, "cell", atCells,
+            path.parent_path() / (path.stem().string() + "-cells" + path.extension().string()));
+}
+
+} // namespace krohost::write

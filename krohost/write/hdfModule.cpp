@@ -1,0 +1,15 @@
+#include "krohost/write/cgns.h"
+#include "krohost/write/hdfWriters.h"
+#include "krohost/write/vtkhdf.h"
+
+#include <hdf5.h>
+
+namespace {
+
+// At the end of the process the library would close once more what it could not write to a full disk, and crash.
+[[maybe_unused]] const herr_t leavesFilesAlone = H5dont_atexit();
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) const krohost::write::HdfWriters krohostHdfWriters{
+    krohost::write::writeVtkhdf, krohost::write::writeCgns};

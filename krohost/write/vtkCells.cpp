@@ -1,0 +1,142 @@
+#include "krohost/write/vtkCells.h"
+
+#include "krohost/write/Loaded.h"
+#include "krohost/write/WriteError.h"
+#include "krohost/write/nodeOrders.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <numeric>
+#include <span>
+
+namespace krohost::write {
+
+namespace {
+
+constexpr std::uint8_t vertexType = 1;
+
+struct CellType {
+    CellShape_e shape;
+    std::int32_t leastOrder;
+    std::int32_t greatestOrder;
+    std::uint8_t type;
+    bool makesPlainZone; ///< a zone of such cells alone is not mixed
+};
+
+/// Of several types for one shape and order, the usual one comes first.
+constexpr std::array<CellType, 21> cellTypes{{
+    {CellShape_None, 1, 1, vertexType, true},   {CellShape_Line, 1, 1, 3, true},
+    {CellShape_Line, 2, 2, 21, false},          {CellShape_Line, 1, 4, 68, false},
+    {CellShape_Triangle, 1, 1, 5, true},        {CellShape_Triangle, 2, 2, 22, false},
+    {CellShape_Triangle, 1, 4, 69, false},      {CellShape_Quadrilateral, 1, 1, 9, true},
+    {CellShape_Quadrilateral, 2, 2, 28, false}, {CellShape_Quadrilateral, 1, 4, 70, false},
+    {CellShape_Quadrilateral, 1, 1, 8, true},   {CellShape_Tetrahedron, 1, 1, 10, true},
+    {CellShape_Tetrahedron, 2, 2, 24, false},   {CellShape_Tetrahedron, 1, 4, 71, false},
+    {CellShape_Hexahedron, 1, 1, 12, true},     {CellShape_Hexahedron, 1, 4, 72, false},
+    {CellShape_Hexahedron, 1, 1, 11, true},     {CellShape_Prism, 1, 1, 13, false},
+    {CellShape_Prism, 2, 2, 32, false},         {CellShape_Prism, 1, 4, 73, false},
+    {CellShape_Pyramid, 1, 1, 14, false},
+}};
+
+struct NodeOrder {
+    std::uint8_t type;
+    std::span<const std::uint8_t> places;
+};
+
+constexpr std::array<NodeOrder, 13> nodeOrders{{
+    {8, pixelNodes},
+    {11, voxelNodes},
+    {32, prism18},
+    {70, quadrilateral16},
+    {70, quadrilateral25},
+    {71, tetrahedron20},
+    {71, tetrahedron35},
+    {72, hexahedron27},
+    {72, hexahedron64},
+    {72, hexahedron125},
+    {73, prism18},
+    {73, prism40},
+    {73, prism75},
+}};
+
+/// The host's places of the nodes of a cell, in the order of the file.
+std::vector<std::uint8_t> nodesInFile(std::uint8_t type, std::uint32_t nodeCount) {
+    std::vector<std::uint8_t> nodes(nodeCount);
+    std::iota(nodes.begin(), nodes.end(), std::uint8_t{0});
+    const auto found = std::find_if(nodeOrders.begin(), nodeOrders.end(), [&](const NodeOrder& row) {
+        return row.type == type && row.places.size() == nodeCount;
+    });
+    if (found != nodeOrders.end())
+        for (std::size_t inHost = 0; inHost < nodeCount; ++inHost)
+            nodes[found->places[inHost]] = static_cast<std::uint8_t>(inHost);
+    return nodes;
+}
+
+bool hasOneNodePerCell(const SectionNodes& nodes, std::size_t nodesPerCell) {
+    for (std::size_t index = 0; index < nodes.size(); ++index)
+        if (nodes[index] != nodes[index - index % nodesPerCell])
+            return false;
+    return true;
+}
+
+/// The section of degenerate cells that stand for vertices: the host has no section of points, and a loader gives them
+/// the shape of the first other section. The number of sections when there is none.
+std::size_t vertexSection(Host& host, const Zone& zone) {
+    const std::vector<Section>& sections = zone.sections;
+    const auto mayBeVertices = [&](std::size_t index) {
+        const std::size_t other = index == 0 ? 1 : 0;
+        return sections[index].gridOrder == 1 && sections[index].shape == sections[other].shape;
+    };
+    std::vector<std::size_t> candidates;
+    for (std::size_t index = 0; sections.size() > 1 && index < sections.size(); ++index)
+        if (mayBeVertices(index))
+            candidates.push_back(index);
+    if (candidates.empty())
+        return sections.size();
+    const Loaded nodeMap{host, {zone.number}};
+    const auto found = std::find_if(candidates.begin(), candidates.end(), [&](std::size_t index) {
+        return hasOneNodePerCell({nodeMap, index}, static_cast<std::size_t>(sections[index].nodesPerElement()));
+    });
+    return found == candidates.end() ? sections.size() : *found;
+}
+
+/// The first type for a section that none before it has; the last one when all are taken.
+std::uint8_t cellType(const Zone& zone, const Section& section, const std::vector<SectionCells>& before) {
+    const bool isMixedOfOne = zone.type == ZoneType_Mixed && zone.sections.size() == 1;
+    std::uint8_t type = 0;
+    for (const CellType& row : cellTypes) {
+        if (row.shape != section.shape || section.gridOrder < row.leastOrder || section.gridOrder > row.greatestOrder)
+            continue;
+        const bool isTaken = std::any_of(before.begin(), before.end(), [&](const SectionCells& cells) {
+            return cells.type == row.type && cells.hostNodeCount == section.nodesPerElement();
+        });
+        type = row.type;
+        if (!isTaken && !(isMixedOfOne && row.makesPlainZone))
+            break;
+    }
+    if (type == 0)
+        throw WriteError(fmt::format("Zone {} \"{}\" has {}s of order {}, for which the format has no cells.",
+                                     zone.number, zone.name, inWords(section.shape), section.gridOrder));
+    return type;
+}
+
+} // namespace
+
+std::vector<SectionCells> sectionCells(Host& host, const Zone& zone) {
+    if (zone.type == ZoneType_Ordered)
+        return {{vertexType, static_cast<std::uint64_t>(zone.nodeCount), 1, {0}}};
+    const std::size_t vertices = vertexSection(host, zone);
+    std::vector<SectionCells> result;
+    for (const Section& section : zone.sections) {
+        const auto nodeCount = static_cast<std::uint32_t>(section.nodesPerElement());
+        const bool isVertices = result.size() == vertices;
+        const std::uint8_t type = isVertices ? vertexType : cellType(zone, section, result);
+        result.push_back({type, static_cast<std::uint64_t>(section.elementCount), nodeCount,
+                          nodesInFile(type, isVertices ? 1 : nodeCount)});
+    }
+    return result;
+}
+
+} // namespace krohost::write

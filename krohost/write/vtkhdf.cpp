@@ -1,0 +1,219 @@
+#include "krohost/write/vtkhdf.h"
+
+#include "krohost/write/WriteError.h"
+#include "krohost/write/blocks.h"
+
+#include <fmt/format.h>
+#include <hdf5.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <numeric>
+#include <string>
+#include <utility>
+
+namespace krohost::write {
+
+namespace {
+
+constexpr hsize_t blockTupleCount = 1 << 14;
+
+/// An open object of the library, closed at the end. Throws FileError for one that could not be made.
+class Handle {
+public:
+    Handle(hid_t id, herr_t (*close)(hid_t), const std::string& what) : id_{id}, close_{close} {
+        if (id < 0)
+            throw FileError(fmt::format("HDF5 cannot make {}", what));
+    }
+    ~Handle() { close_(id_); }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+    operator hid_t() const { return id_; }
+
+private:
+    hid_t id_;
+    herr_t (*close_)(hid_t);
+};
+
+void require(herr_t status, const std::string& what) {
+    if (status < 0)
+        throw FileError(fmt::format("HDF5 cannot write {}", what));
+}
+
+hid_t hdfType(ElementType type) {
+    switch (type) {
+    case ElementType::Int8:
+        return H5T_STD_I8LE;
+    case ElementType::UInt8:
+        return H5T_STD_U8LE;
+    case ElementType::Int16:
+        return H5T_STD_I16LE;
+    case ElementType::UInt16:
+        return H5T_STD_U16LE;
+    case ElementType::Int32:
+        return H5T_STD_I32LE;
+    case ElementType::UInt32:
+        return H5T_STD_U32LE;
+    case ElementType::Int64:
+        return H5T_STD_I64LE;
+    case ElementType::UInt64:
+        return H5T_STD_U64LE;
+    case ElementType::Float32:
+        return H5T_IEEE_F32LE;
+    case ElementType::Float64:
+        break;
+    }
+    return H5T_IEEE_F64LE;
+}
+
+Handle group(hid_t parent, const char* name) {
+    return {H5Gcreate2(parent, name, H5P_DEFAULT, H5P_DEFAULT, H5P_DEFAULT), H5Gclose, name};
+}
+
+void attribute(hid_t group, const char* name, hid_t type, hid_t space, const void* value) {
+    const Handle attribute{H5Acreate2(group, name, type, space, H5P_DEFAULT, H5P_DEFAULT), H5Aclose, name};
+    require(H5Awrite(attribute, type, value), name);
+}
+
+/// Field names are links in a group, where a slash would name an inner group.
+std::string linkName(std::string name) {
+    std::replace(name.begin(), name.end(), '/', '_');
+    return name.empty() || name == "." ? "_" : name;
+}
+
+/// Arrays of all pieces one behind the other.
+class Dataset {
+public:
+    Dataset(hid_t parent, const Array& first, std::uint64_t tupleCount, bool isCompressed)
+        : name_{linkName(first.name)}, rank_{first.componentCount > 1 ? 2 : 1}, type_{hdfType(first.type)},
+          sizes_{tupleCount, first.componentCount}, space_{H5Screate_simple(rank_, sizes_.data(), nullptr), H5Sclose,
+                                                           name_},
+          properties_{H5Pcreate(H5P_DATASET_CREATE), H5Pclose, name_}, dataset_{create(parent,
+                                                                                       isCompressed && tupleCount > 0),
+                                                                                H5Dclose, name_} {}
+
+    void append(const Array& array) {
+        produceInBlocks(array, blockTupleCount, [&](std::span<std::byte> block) {
+            const hsize_t tupleByteCount = array.componentCount * vtu::byteCount(array.type);
+            const std::array<hsize_t, 2> begin{writtenCount_, 0}, count{block.size() / tupleByteCount, sizes_[1]};
+            const Handle memory{H5Screate_simple(rank_, count.data(), nullptr), H5Sclose, name_};
+            require(H5Sselect_hyperslab(space_, H5S_SELECT_SET, begin.data(), nullptr, count.data(), nullptr), name_);
+            require(H5Dwrite(dataset_, type_, memory, space_, H5P_DEFAULT, block.data()), name_);
+            writtenCount_ += count[0];
+        });
+    }
+
+private:
+    hid_t create(hid_t parent, bool isCompressed) {
+        const std::array<hsize_t, 2> chunk{std::min(sizes_[0], blockTupleCount), sizes_[1]};
+        if (isCompressed) {
+            require(H5Pset_chunk(properties_, rank_, chunk.data()), name_);
+            require(H5Pset_deflate(properties_, 4), name_);
+        }
+        return H5Dcreate2(parent, name_.c_str(), type_, space_, H5P_DEFAULT, properties_, H5P_DEFAULT);
+    }
+
+    std::string name_;
+    int rank_;
+    hid_t type_;
+    std::array<hsize_t, 2> sizes_;
+    Handle space_;
+    Handle properties_;
+    Handle dataset_;
+    hsize_t writtenCount_ = 0;
+};
+
+void writeArrays(hid_t parent, bool isCompressed, const std::vector<Array>& pieces) {
+    const std::uint64_t tupleCount =
+        std::accumulate(pieces.begin(), pieces.end(), std::uint64_t{0},
+                        [](std::uint64_t sum, const Array& array) { return sum + array.tupleCount; });
+    Dataset dataset{parent, pieces.front(), tupleCount, isCompressed};
+    for (const Array& array : pieces)
+        dataset.append(array);
+}
+
+/// The array under another name and, for offsets, with the zero that this format has in front.
+Array renamed(Array array, const char* name, bool hasLeadingZero = false) {
+    array.name = name;
+    if (hasLeadingZero) {
+        ++array.tupleCount;
+        array.produce = [produce = array.produce](const Sink& sink) {
+            constexpr std::int64_t zero = 0;
+            sink(std::as_bytes(std::span{&zero, 1}));
+            produce(sink);
+        };
+    }
+    return array;
+}
+
+void writeMesh(hid_t root, bool isCompressed, const std::vector<Grid>& grids) {
+    std::vector<Array> pointCounts, cellCounts, nodeCounts, points, connectivity, offsets, types;
+    for (const Grid& grid : grids) {
+        pointCounts.push_back(singleValue("NumberOfPoints", ElementType::Int64, grid.pointCount));
+        cellCounts.push_back(singleValue("NumberOfCells", ElementType::Int64, grid.cellCount));
+        nodeCounts.push_back(singleValue("NumberOfConnectivityIds", ElementType::Int64, grid.connectivity.tupleCount));
+        points.push_back(renamed(grid.points, "Points"));
+        connectivity.push_back(renamed(grid.connectivity, "Connectivity"));
+        offsets.push_back(renamed(grid.offsets, "Offsets", true));
+        types.push_back(renamed(grid.types, "Types"));
+    }
+    for (const auto* pieces : {&pointCounts, &cellCounts, &nodeCounts})
+        writeArrays(root, false, *pieces);
+    for (const auto* pieces : {&points, &connectivity, &offsets, &types})
+        writeArrays(root, isCompressed, *pieces);
+}
+
+void writeFields(hid_t root, const char* name, bool isCompressed, const std::vector<Grid>& grids,
+                 std::vector<Array> Grid::*fields) {
+    const Handle fieldGroup = group(root, name);
+    const std::vector<Array>& first = grids.front().*fields;
+    for (std::size_t index = 0; index < first.size(); ++index) {
+        std::vector<Array> pieces;
+        for (const Grid& grid : grids)
+            pieces.push_back((grid.*fields)[index]);
+        writeArrays(fieldGroup, isCompressed, pieces);
+    }
+}
+
+void requireSameArrays(const std::vector<Grid>& grids) {
+    const auto isSame = [](const Array& left, const Array& right) {
+        return left.name == right.name && left.type == right.type && left.componentCount == right.componentCount;
+    };
+    const auto areSame = [&](const std::vector<Array>& left, const std::vector<Array>& right) {
+        return std::equal(left.begin(), left.end(), right.begin(), right.end(), isSame);
+    };
+    const Grid& first = grids.front();
+    for (const Grid& grid : grids)
+        if (!isSame(grid.points, first.points) || !areSame(grid.pointData, first.pointData) ||
+            !areSame(grid.cellData, first.cellData))
+            throw WriteError(fmt::format("The zones \"{}\" and \"{}\" differ in their variables, so that they are no "
+                                         "pieces of one grid; write a .vtm instead.",
+                                         first.name, grid.name));
+}
+
+} // namespace
+
+void writeVtkhdf(const std::filesystem::path& path, bool isCompressed, const std::vector<Grid>& grids) {
+    requireSameArrays(grids);
+    H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr); // what fails is said by an exception
+    const Handle file{H5Fcreate(path.c_str(), H5F_ACC_EXCL, H5P_DEFAULT, H5P_DEFAULT), H5Fclose, path.string()};
+    {
+        const Handle root = group(file, "VTKHDF");
+        constexpr hsize_t partCount = 2;
+        constexpr std::array<std::int64_t, 2> version{1, 0};
+        attribute(root, "Version", H5T_NATIVE_INT64,
+                  Handle{H5Screate_simple(1, &partCount, nullptr), H5Sclose, "Version"}, version.data());
+        constexpr std::string_view type = "UnstructuredGrid";
+        const Handle text{H5Tcopy(H5T_C_S1), H5Tclose, "Type"};
+        require(H5Tset_size(text, type.size()), "Type");
+        attribute(root, "Type", text, Handle{H5Screate(H5S_SCALAR), H5Sclose, "Type"}, type.data());
+        writeMesh(root, isCompressed, grids);
+        writeFields(root, "PointData", isCompressed, grids, &Grid::pointData);
+        writeFields(root, "CellData", isCompressed, grids, &Grid::cellData);
+        writeFields(root, "FieldData", false, {grids.front()}, &Grid::fieldData);
+    }
+    require(H5Fflush(file, H5F_SCOPE_GLOBAL), path.string());
+}
+
+} // namespace krohost::write

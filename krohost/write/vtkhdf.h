@@ -1,0 +1,15 @@
+#pragma once
+
+#include "krohost/write/Grid.h"
+
+#include <filesystem>
+#include <vector>
+
+namespace krohost::write {
+
+/// Writes grids as the pieces of one unstructured grid of the VTKHDF format, version 1.0, whose datasets are deflated
+/// or contiguous. All grids must have the same arrays. Holds a block of one array in memory. Throws WriteError,
+/// FileError and Interrupted.
+void writeVtkhdf(const std::filesystem::path& path, bool isCompressed, const std::vector<Grid>& grids);
+
+} // namespace krohost::write

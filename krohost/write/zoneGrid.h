@@ -1,0 +1,42 @@
+#pragma once
+
+#include "krohost/Host.h"
+#include "krohost/write/Grid.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace krohost::write {
+
+/// Cells of one section that follow each other in a file.
+struct CellRun {
+    std::size_t sectionIndex;
+    std::uint64_t cellCount;
+};
+
+/// The variables of a zone that stand for one array: one scalar, or X, Y and Z of a vector in this order.
+struct ArrayVariables {
+    std::string name;
+    std::vector<std::int32_t> numbers;
+};
+
+/// The zone's variables at a location other than its coordinates, those of a vector ("v_X", "v_Y", "v_Z" of one type
+/// next to each other) together. Variables without data are left out.
+std::vector<ArrayVariables> arrayVariables(const Dataset& dataset, const Zone& zone, ValueLocation_e location);
+
+/// The nodal variables "X", "Y" and "Z" of the zone as far as it has them; 0 for one that it lacks. Throws WriteError
+/// when there is none.
+std::vector<std::int32_t> coordinateVariables(const Dataset& dataset, const Zone& zone);
+
+/// How the file format calls the type of a variable.
+ElementType elementType(FieldDataType_e type);
+
+/// The zone as a grid whose arrays are loaded when they are produced, one at a time. Cells come in these runs, or
+/// section by section. Coordinates that the zone lacks are 0. Auxiliary texts that are numbers become field data, and
+/// so does the solution time. Producing throws WriteError when an array cannot be loaded, and Interrupted. The host
+/// must outlive the grid.
+Grid zoneGrid(Host& host, const Zone& zone, std::vector<CellRun> runs = {});
+
+} // namespace krohost::write

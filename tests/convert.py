@@ -1,0 +1,196 @@
+#!/usr/bin/python3
+"""Compares what independent readers find in files that krohost convert wrote with what they find in the originals.
+
+    convert.py [--samples DIR] KROHOST
+
+The originals are written by the VTK toolkit, with cells of every type and order, in several pieces, and in compressions
+that have to be repaired; those in --samples are converted as well. The toolkit reads back .vtu, .vtkhdf and .cgns, whose
+datasets h5py reads as well, and Python's own module .csv. Closes with "convert: N passed, N failed"; exits with 1 on a
+failure and with 77 where the toolkit is not installed.
+"""
+
+import argparse
+import csv
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+import interop  # which ends the run where the toolkit is not installed
+import h5py
+import numpy
+from vtkmodules import vtkCommonDataModel as model
+from vtkmodules import vtkIOXML as xml
+from vtkmodules.util.numpy_support import vtk_to_numpy
+from vtkmodules.vtkIOCGNSReader import vtkCGNSReader
+from vtkmodules.vtkIOHDF import vtkHDFReader
+
+# A type that only the toolkit's CGNS reader makes; its nodes have the order of a Lagrange cell.
+interop.NODE_ORDERS[29, 27] = interop.NODE_ORDERS[72, 27]
+
+
+def read_cgns(path):
+    reader = vtkCGNSReader()
+    reader.SetFileName(str(path))
+    reader.UpdateInformation()
+    reader.EnableAllBases()
+    reader.Update()
+    return reader.GetOutput().GetBlock(0).GetBlock(0)
+
+
+def node_lists(sections):
+    return [list(nodes) for cells in sections.values() for nodes in cells]
+
+
+def contents(grids):
+    """The sections without what tells types of one shape apart, the sizes of cells in their order, and the values."""
+    zone = interop.expected_zone(grids)
+    sizes = [len(nodes) for grid in grids for _, nodes in interop.cells_of(grid)]
+    return (sizes, sorted(str(section) for section in zone["sections"]), zone["nodes"],
+            sorted((variable["location"], variable["count"], variable["crc32"]) for variable in zone["variables"]))
+
+
+def check_cgns(path, pieces):
+    """Looks at the bare datasets: elements by section in the host's order of nodes, values in that of elements."""
+    sections = interop.sections_of(pieces)
+    kinds = [(cell_type, len(nodes)) for piece in pieces for cell_type, nodes in interop.cells_of(piece)]
+    by_section = sorted(range(len(kinds)), key=lambda cell: list(sections).index(kinds[cell]))
+    with h5py.File(path) as file:
+        zone = next(group for group in file["Base"].values() if group.attrs.get("label") == b"Zone_t")
+        elements = [group["ElementConnectivity/ data"][()] for group in zone.values()
+                    if group.attrs.get("label") == b"Elements_t"]
+        # Points without other cells are an ordered zone, which has an element on each node.
+        lists = [numpy.ravel(cells) + 1 if kind != (1, 1) else numpy.arange(1, len(kinds) + 1)
+                 for kind, cells in sections.items()]
+        assert sorted(map(list, elements)) == sorted(map(list, lists)), "cgns: elements"
+        fields = {name: zone[f"{solution}/{name}/ data"][()] for solution in ("FlowSolution", "CellSolution")
+                  if solution in zone for name in zone[solution] if name not in (" data", "GridLocation")}
+    for data in (model.vtkUnstructuredGrid.GetPointData, model.vtkUnstructuredGrid.GetCellData):
+        for index in range(data(pieces[0]).GetNumberOfArrays()):
+            array = data(pieces[0]).GetArray(index)
+            rows = numpy.concatenate([vtk_to_numpy(data(piece).GetArray(array.GetName())) for piece in pieces])
+            if data is model.vtkUnstructuredGrid.GetCellData:
+                rows = rows[by_section]
+            for axis, column in zip("XYZ" if rows.ndim > 1 else [""], rows.reshape(len(rows), -1).T):
+                assert numpy.array_equal(fields[array.GetName() + axis], column), f"cgns: {array.GetName()}"
+
+
+def greatest_order(pieces):
+    return max(section["gridOrder"] for section in interop.expected_zone(pieces)["sections"] or [{"gridOrder": 1}])
+
+
+def csv_contents(path):
+    """Columns as checksums of numbers, coordinates first; cells stand in a table of their own."""
+    columns = []
+    for table, location in ((path, "nodal"), (path.with_stem(path.stem + "-cells"), "cell")):
+        if table.exists():
+            rows = list(csv.reader(table.open(newline="")))
+            columns += [(location, len(rows) - 1, [float(row[column]) for row in rows[1:]])
+                        for column in range(2, len(rows[0]))]
+    return columns
+
+
+def originals(folder):
+    encoding = interop.FEW[2]
+    for cell_type, (_, orders) in interop.KINDS.items():
+        for order in orders:
+            yield interop.write(folder, f"cell{cell_type}-{order}", interop.kind_grid(cell_type, order), encoding)
+    # Types alternate here, so that values at cells come in another order than node lists.
+    mixed = interop.mixed_grid(400, [("Float", 3), ("Double", 1), ("Short", 1)])
+    yield interop.write(folder, "mixed", mixed, encoding)
+    yield interop.write(folder, "pieces", mixed, encoding, 3)
+
+
+def convert(krohost, source, target, *options):
+    result = subprocess.run([krohost, "convert", *options, source, "-o", target], capture_output=True, text=True,
+                            timeout=60)
+    assert result.returncode == 0, f"exit code {result.returncode}: {result.stderr}"
+    return target
+
+
+def pieces_of(path):
+    markup = path.read_bytes().partition(b"<AppendedData")[0].decode()
+    count = markup.count("<Piece ")
+    return [interop.read(xml.vtkXMLUnstructuredGridReader(), path, index, count) for index in range(count)]
+
+
+def check(krohost, folder, path):
+    pieces = pieces_of(path)
+    expected = contents(pieces)
+    for suffix, reader in ((".vtu", xml.vtkXMLUnstructuredGridReader()), (".vtkhdf", vtkHDFReader())):
+        target = convert(krohost, path, folder / f"{path.stem}-converted{suffix}")
+        found = contents([interop.read(reader, target)])
+        assert found == expected, f"{suffix}: {found} instead of {expected}"
+    target = convert(krohost, path, folder / f"{path.stem}.cgns")
+    check_cgns(target, pieces)
+    if greatest_order(pieces) <= 2:  # the toolkit's tables of higher orders are incomplete
+        found, cells = interop.sections_of([read_cgns(target)]), interop.sections_of(pieces)
+        assert sorted(node_lists(found)) == sorted(node_lists(cells)), "cgns: cells"
+    zone = interop.expected_zone(pieces)
+    columns = csv_contents(convert(krohost, path, folder / f"{path.stem}.csv"))
+    assert [(location, count) for location, count, _ in columns] == [
+        (variable["location"], variable["count"]) for variable in zone["variables"]]
+    for variable, (_, _, values) in zip(zone["variables"], columns):
+        typed = numpy.array(values, dtype={"float32": "<f4", "float64": "<f8", "int32": "<i4", "int16": "<i2",
+                                           "byte": "u1"}[variable["type"]])
+        assert interop.crc(typed) == variable["crc32"], f"csv: {variable['name']}"
+
+
+def check_repair(krohost, folder, compressor):
+    """A file that is not loaded, for its compression."""
+    grid = interop.mixed_grid(3000, [("Float", 3), ("Double", 1), ("LongLong", 1)])
+    wanted = interop.kind_grid(12, 1)
+    for mesh, name in ((grid, "large"), (wanted, "hexahedra")):
+        for encoding in (interop.FEW[1], interop.FEW[3]):  # those that compress
+            path = interop.write(folder, f"{compressor}-{name}", mesh, encoding, 2 if mesh is grid else 1,
+                                 compressor=compressor)
+            assert subprocess.run([krohost, path], capture_output=True).returncode == 1, "is loaded as it is"
+            target = convert(krohost, path, folder / f"{path.stem}-repaired.vtu", "--repair")
+            found = contents([interop.read(xml.vtkXMLUnstructuredGridReader(), target)])
+            assert found == contents(pieces_of(path)), f"{path.name}: other contents"
+            assert subprocess.run([krohost, target, "--demand"], capture_output=True).returncode == 0, "is not loaded"
+
+
+def check_zones(krohost, folder, path):
+    """Zones become pieces in one format and zones in another."""
+    collection = folder / "zones.vtm"
+    collection.write_text('<VTKFile type="vtkMultiBlockDataSet"><vtkMultiBlockDataSet>'
+                          + "".join(f'<DataSet name="{name}" file="{path}"/>' for name in ("one", "one", "two/2"))
+                          + "</vtkMultiBlockDataSet></VTKFile>")
+    hdf = interop.read(vtkHDFReader(), convert(krohost, collection, folder / "zones.vtkhdf"))
+    assert contents([hdf]) == contents(pieces_of(path) * 3), "vtkhdf: zones"
+    with h5py.File(convert(krohost, collection, folder / "zones.cgns")) as file:
+        zones = [name for name, group in file["Base"].items() if group.attrs.get("label") == b"Zone_t"]
+    assert zones == ["one", "one_2", "two_2"], zones
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("krohost", help="the krohost to run")
+    parser.add_argument("--samples", type=pathlib.Path, help="folder of more files to convert")
+    options = parser.parse_args()
+    outcomes = []
+
+    def attempt(name, function, *arguments):
+        try:
+            function(options.krohost, folder, *arguments)
+            outcomes.append(True)
+        except AssertionError as problem:
+            outcomes.append(False)
+            print(f"{name}: {str(problem)[:2000]}")
+
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        files = list(originals(folder))
+        samples = sorted(options.samples.glob("*.vtu")) if options.samples else []
+        for path in [*files, *samples]:
+            attempt(path.name, check, path)
+        for compressor in ("LZ4", "LZMA"):
+            attempt(compressor, check_repair, compressor)
+        attempt("zones", check_zones, files[-2])
+    print(f"convert: {outcomes.count(True)} passed, {outcomes.count(False)} failed")
+    return 0 if outcomes and all(outcomes) else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,214 @@
+#include "tests/krohost/runKrohost.h"
+#include "tests/support/VtuBuilder.h"
+#include "tests/support/meshes.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+
+namespace {
+
+using nlohmann::json;
+using namespace test;
+
+/// A folder with files to convert. What there is of one is compared by the checksums that krohost shows.
+class Convert : public testing::Test {
+protected:
+    Outcome run(const std::string& arguments) const { return runKrohost(folder, arguments); }
+
+    /// The zones, with names for numbers of variables and without what need not be kept.
+    json zones(const std::string& file) const {
+        json document = json::parse(run("info --json --demand " + file).output);
+        json all = document["zones"];
+        for (json& zone : all) {
+            for (const char* unneeded : {"aux", "strandGroup"})
+                zone.erase(unneeded);
+            for (json& variable : zone["variables"])
+                variable["number"] = document["variables"][variable["number"].get<std::size_t>() - 1]["name"];
+        }
+        return all;
+    }
+
+    void expectSameAfter(const std::string& file, const std::string& target, const std::string& options = "") const {
+        const Outcome outcome = run("convert " + file + " --force -o " + target + ' ' + options);
+        EXPECT_EQ(outcome.exitCode, 0) << file << ' ' << options << '\n' << outcome.errors;
+        EXPECT_EQ(zones(file), zones(target)) << file << ' ' << options;
+    }
+
+    std::vector<std::string> files() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator{folder.path()})
+            if (entry.path().filename() != "errors")
+                names.push_back(std::filesystem::relative(entry.path(), folder.path()).string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    TemporaryFolder folder;
+};
+
+MeshPiece line(std::size_t nodeCount) {
+    return singleCell(nodeCount == 2 ? 3 : 21, static_cast<int>(nodeCount) - 1);
+}
+
+} // namespace
+
+TEST_F(Convert, EveryEncodingKeepsEveryValue) {
+    std::filesystem::copy(SAMPLES "/wing.vtu", folder / "wing.vtu");
+    for (const std::string encoding : {"ascii", "base64", "raw", "appended-base64"})
+        for (const std::string compression : {"zlib", "none"})
+            for (const std::string rest : {"--header UInt32", "--byte-order big"})
+                expectSameAfter("wing.vtu", "copy.vtu",
+                                "--encoding " + encoding + " --compress " + compression + ' ' + rest);
+    expectSameAfter("wing.vtu", "copy.vtu", "--node-bits 64");
+}
+
+TEST_F(Convert, SamplesStayWhatTheyAre) {
+    for (const auto& entry : std::filesystem::directory_iterator{SAMPLES})
+        if (entry.path().extension() == ".vtu") {
+            const std::string name = entry.path().filename().string();
+            std::filesystem::copy(entry.path(), folder / name);
+            expectSameAfter(name, "copy.vtu");
+        }
+}
+
+TEST_F(Convert, EveryKindOfCellStaysInItsSection) {
+    for (const CellKind& kind : acceptedCells)
+        for (int order = kind.lowestOrder; order <= kind.highestOrder; ++order) {
+            const MeshPiece cell = singleCell(kind.type, order);
+            vtu().version({2, 0}).piece(cell).write(folder / "alone.vtu");
+            expectSameAfter("alone.vtu", "copy.vtu");
+            const MeshPiece among = sideBySide({cell, singleCell(1), cell});
+            vtu().piece(among).piece(among).write(folder / "vertices.vtu");
+            expectSameAfter("vertices.vtu", "copy.vtu");
+        }
+    std::vector<MeshPiece> solids;
+    for (const int type : {12, 11, 72, 10, 71, 13, 73, 14, 12, 72, 11})
+        solids.push_back(singleCell(type));
+    vtu().piece(sideBySide(solids)).write(folder / "solids.vtu");
+    expectSameAfter("solids.vtu", "copy.vtu");
+}
+
+TEST_F(Convert, VariablesKeepTheirOrderAndVectorsAreJoined) {
+    const auto values = [](const char* name, int components = 1) {
+        return variedValues(name, ElementType::Int16, components == 1 ? 1 : 8, components);
+    };
+    MeshPiece cube = hexahedron().withPointData(values("v", 3)).withPointData(values("w", 2));
+    vtu().piece(cube.withCellData(values("v_X")).withCellData(values("v"))).timeValue(2.5).write(folder / "cube.vtu");
+    expectSameAfter("cube.vtu", "copy.vtu", "--encoding ascii");
+    const std::string text = readFile(folder / "copy.vtu");
+    EXPECT_NE(text.find(R"(Name="v" NumberOfComponents="3")"), text.npos) << text;
+    EXPECT_NE(text.find(R"(Name="w_X" NumberOfComponents="1")"), text.npos) << text;
+}
+
+TEST_F(Convert, SeveralZonesBecomeACollectionWithMembersBesideIt) {
+    vtu().piece(mixed()).write(folder / "a.vtu");
+    vtu().piece(hexahedron()).write(folder / "b.vtu");
+    folder.write("c.vtm", R"(<VTKFile type="vtkMultiBlockDataSet"><vtkMultiBlockDataSet><Block name="outer &amp; inner">
+        <DataSet name="first" file="a.vtu"/><DataSet name="&lt;2&gt;" file="b.vtu"/></Block>
+        <DataSet name="third" file="a.vtu"/></vtkMultiBlockDataSet></VTKFile>)");
+    expectSameAfter("c.vtm", "d.vtm");
+    EXPECT_EQ(files(), (std::vector<std::string>{"a.vtu", "b.vtu", "c.vtm", "d", "d.vtm", "d/d_0.vtu", "d/d_1.vtu",
+                                                 "d/d_2.vtu"}));
+    EXPECT_EQ(json::parse(run("--json d.vtm").output)["zones"][1]["aux"]["Block.name"], "outer & inner");
+    expectSameAfter("b.vtu a.vtu --times 0.1,3", "e.pvd");
+}
+
+TEST_F(Convert, AFailureLeavesNothingAndSaysWhy) {
+    const VtuBuilder cube = vtu().piece(hexahedron().withCellData(reals("p", ElementType::Float64, {0.5})));
+    cube.write(folder / "a.vtu");
+    VtuBuilder{cube}.inlineText("p", "x").write(folder / "bad.vtu");
+    folder.write("broken.vtu", "<VTKFile>");
+    const std::vector<std::string> before = files();
+    const std::vector<std::tuple<const char*, int, const char*>> rows{
+        {"a.vtu", 2, "--output is required"},
+        {"a.vtu -o a.vtu", 2, "The file \"a.vtu\" cannot be written: it exists; --force replaces it\n"},
+        {"a.vtu -o . --to vtu --force", 2, "The file \".\" cannot be written: it exists and is not a regular file\n"},
+        {"a.vtu -o a.xyz", 2, "The format of \"a.xyz\" does not follow from its extension; name it with --to.\n"},
+        {"a.vtu -o b.vtu --encoding utf8", 2, "--encoding"},
+        {"a.vtu -o b.vtu --to h5", 2, "--to"},
+        {"a.vtu -o no/b.vtu", 1, "The file \"no/b.vtu\" cannot be written: No such file or directory\n"},
+        {"a.vtu a.vtu -o b.vtu", 1, "A .vtu file holds one zone, there are 2; write a .vtm or, over time, a .pvd.\n"},
+        {"a.vtu a.vtu --times 1,2 -o b.vtm", 1, "The zones have several solution times, for which a .vtm file has no"},
+        {"bad.vtu -o b.vtu", 1, "Nothing was written, because variable 4 \"p\" of zone 1 \"bad\" cannot be loaded.\n"},
+        {"bad.vtu -o b.vtkhdf", 1, "VTK Data Loader: "},
+        {"bad.vtu -o b.cgns", 1, "VTK Data Loader: "},
+        {"bad.vtu -o b.csv", 1, "VTK Data Loader: "},
+        {"broken.vtu -o b.vtu", 1, "krohost: the load stopped at \"broken.vtu: Parsing XML file...\"\n"},
+        {"a.vtu a.vtu -o b.vtu --repair", 2, "--repair takes one file.\n"},
+        {"broken.vtu -o b.vtu --repair", 1, "The file \"broken.vtu\" cannot be repaired: "},
+        {"missing.vtu -o b.vtu", 3, "The file \"missing.vtu\" cannot be opened: "}};
+    for (const auto& [arguments, exitCode, message] : rows)
+        for (const std::string format : {"", " --json"}) {
+            const Outcome outcome = run("convert " + (arguments + format));
+            EXPECT_EQ(outcome.exitCode, exitCode) << arguments << '\n' << outcome.errors;
+            EXPECT_NE(outcome.errors.find(message), std::string::npos) << arguments << '\n' << outcome.errors;
+            EXPECT_EQ(files(), before) << arguments;
+            const bool hasDocument = !format.empty() && exitCode == 1;
+            EXPECT_TRUE(!hasDocument || json::parse(outcome.output)["converted"] == false) << arguments;
+        }
+}
+
+TEST_F(Convert, AFullDiskLeavesNothing) {
+    std::filesystem::copy(SAMPLES "/wing.vtu", folder / "wing.vtu");
+    const std::vector<std::string> before = files();
+    for (const std::string target : {"b.vtu", "b.vtm", "b.vtkhdf", "b.cgns", "b.csv"}) {
+        const Outcome outcome =
+            runShell(folder, "trap '' XFSZ; ulimit -f 16; \"$krohost\" convert wing.vtu --compress none -o " + target);
+        EXPECT_EQ(outcome.exitCode, 1) << target;
+        EXPECT_EQ(outcome.errors.rfind("The file \"b", 0), 0) << outcome.errors;
+        EXPECT_EQ(files(), before) << target;
+    }
+}
+
+TEST_F(Convert, TheReportSaysWhatWasWritten) {
+    vtu().piece(mixed()).write(folder / "a.vtu");
+    const json document = json::parse(run("convert a.vtu -o b.csv --json").output);
+    EXPECT_EQ(document["converted"], true);
+    EXPECT_EQ(document["zones"], 1);
+    const std::size_t nodal = readFile(folder / "b.csv").size(), cell = readFile(folder / "b-cells.csv").size();
+    EXPECT_EQ(document["files"],
+              (json{{{"path", "b.csv"}, {"bytes", nodal}}, {{"path", "b-cells.csv"}, {"bytes", cell}}}));
+    EXPECT_EQ(document["bytes"], nodal + cell);
+    EXPECT_EQ(run("convert a.vtu -o c.csv").output,
+              "c.csv: 1 zone in 2 files, " + std::to_string(nodal + cell) + " bytes\n");
+}
+
+TEST_F(Convert, RepairKeepsTheCellsOfTheHighestDimension) {
+    const MeshPiece mesh = sideBySide({singleCell(12), singleCell(5), singleCell(1), line(2), singleCell(10)});
+    const MeshPiece wanted = sideBySide({singleCell(12), singleCell(1), singleCell(10)});
+    vtu().piece(mesh.withCellData(integers("id", ElementType::Int64, {1, 2, 3, 4, 5}))).write(folder / "a.vtu");
+    EXPECT_EQ(run("a.vtu").exitCode, 1);
+    const Outcome outcome = run("convert --repair a.vtu -o b.vtu --encoding ascii");
+    EXPECT_EQ(outcome.errors, "krohost: warning: Cells left out: 1 of type 3, whose dimension is 1 where others have 3.\n"
+                              "krohost: warning: Cells left out: 1 of type 5, whose dimension is 2 where others have 3.\n");
+    EXPECT_EQ(outcome.exitCode, 0);
+    vtu().piece(wanted.withCellData(integers("id", ElementType::Int64, {1, 3, 5}))).write(folder / "c.vtu");
+    const auto variable = [](const json& zone, const char* name) {
+        const auto& all = zone["variables"];
+        return *std::find_if(all.begin(), all.end(), [&](const json& entry) { return entry["number"] == name; });
+    };
+    const json repaired = zones("b.vtu")[0], expected = zones("c.vtu")[0];
+    EXPECT_EQ(variable(repaired, "id"), variable(expected, "id"));
+    ASSERT_EQ(repaired["sections"].size(), 3);
+    EXPECT_EQ(repaired["sections"][2]["shape"], "tetrahedron");
+}
+
+TEST_F(Convert, RepairBelievesNoSizeOfAFile) {
+    const VtuBuilder cube = vtu().piece(hexahedron());
+    const std::vector<VtuBuilder> files{
+        VtuBuilder{cube}.attribute("Piece", "NumberOfPoints", "1152921504606846976"),
+        VtuBuilder{cube}.attribute("Piece", "NumberOfCells", "1152921504606846976"),
+        VtuBuilder{cube}.attribute("Points", "NumberOfComponents", "1152921504606846976"),
+        VtuBuilder{cube}.values("offsets", {std::int64_t{1} << 62}), VtuBuilder{cube}.values("offsets", {-8})};
+    for (const VtuBuilder& file : files) {
+        file.write(folder / "a.vtu");
+        const Outcome outcome = run("convert --repair a.vtu -o b.vtu");
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_EQ(outcome.errors.rfind("The file \"a.vtu\" ", 0), 0) << outcome.errors;
+        EXPECT_FALSE(std::filesystem::exists(folder / "b.vtu"));
+    }
+}
