@@ -8,7 +8,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
+#include <functional>
 #include <map>
 
 namespace krohost::cli {
@@ -135,9 +137,10 @@ private:
         for (std::size_t index = 0; index < std::min(left.sections.size(), right.sections.size()); ++index) {
             const Section &a = left.sections[index], &b = right.sections[index];
             const auto name = [&](const char* property) { return fmt::format("section {}: {}", index + 1, property); };
-            const bool isAlike = compareProperty(name("shape"), inWords(a.shape), inWords(b.shape)) &
-                                 compareProperty(name("grid order"), a.gridOrder, b.gridOrder) &
-                                 compareProperty(name("elements"), a.elementCount, b.elementCount);
+            const std::array<bool, 3> areAlike{compareProperty(name("shape"), inWords(a.shape), inWords(b.shape)),
+                                               compareProperty(name("grid order"), a.gridOrder, b.gridOrder),
+                                               compareProperty(name("elements"), a.elementCount, b.elementCount)};
+            const bool isAlike = std::all_of(areAlike.begin(), areAlike.end(), std::identity{});
             if (isAlike)
                 alike.push_back(index);
         }
