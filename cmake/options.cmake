@@ -17,3 +17,12 @@ if(KRO_SANITIZE)
     -fno-omit-frame-pointer)
   target_link_options(kro_options INTERFACE -fsanitize=${KRO_SANITIZE})
 endif()
+
+# kro_check_unsigned_overflow(target): where clang looks for undefined behaviour, unsigned numbers must not wrap either in
+# the code of the target, which computes with sizes from files.
+function(kro_check_unsigned_overflow target)
+  if(KRO_SANITIZE MATCHES undefined AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    target_compile_options(${target} PRIVATE -fsanitize=unsigned-integer-overflow
+      -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/unsignedOverflow.txt)
+  endif()
+endfunction()

@@ -63,7 +63,12 @@ std::size_t File::readAt(std::uint64_t position, std::uint8_t* dst, std::size_t 
         [&] { return ::pread(descriptor_, dst, std::min(byteCount, pieceByteCount), static_cast<off_t>(position)); });
     if (count == -1)
         throw FileAccessException(unableToRead(path_.string(), systemReason(errno)));
-    return static_cast<std::size_t>(count);
+    // A file that is cut meanwhile may give zeros in place of what is gone; its size tells by then.
+    struct stat status {};
+    if (::fstat(descriptor_, &status) == -1)
+        throw FileAccessException(unableToRead(path_.string(), systemReason(errno)));
+    const auto rest = std::max<std::int64_t>(status.st_size - static_cast<std::int64_t>(position), 0);
+    return static_cast<std::size_t>(std::min<std::int64_t>(count, rest));
 }
 
 } // namespace veltra::dataio

@@ -65,6 +65,8 @@ void HostState::admit(std::size_t entryIndex) {
     const Caller caller = entries[entryIndex].caller;
     const bool isForMainThread = caller == Caller::mainThread || caller == Caller::mainThreadLocked;
     const bool isInCallback = CallbackScope::current() != nullptr;
+    if (hasEnded_)
+        throw ContractViolation("called after the host has ended");
     if (isForMainThread && std::this_thread::get_id() != mainThread_)
         throw ContractViolation("called on a thread that is not the main thread");
     if (isForMainThread && isInCallback)
@@ -223,6 +225,7 @@ void HostState::shutDown() {
         cleanUp(earlier);
     earlierDatasets.clear();
     dropDataset();
+    hasEnded_ = true;
     if (const std::int64_t count = liveListCount; count != 0)
         journal.violation(fmt::format("{} string or argument lists were not freed", count));
 }

@@ -109,6 +109,7 @@ private:
     std::string lastError_;
     std::unordered_set<void*> clientRecords_;
     bool isShutDown_ = false;
+    std::atomic<bool> hasEnded_{false}; // and nobody may call any more
 };
 
 } // namespace krohost

@@ -21,8 +21,9 @@ List* makeList(HostState& host) {
 
 template <std::size_t entry, class List>
 void freeList(List** place) {
-    guardedVoid<entry>([&] { return place ? resultText(std::as_const(*place)) : "null"; },
-                       [&](HostState& host) { host.liveListCount -= *place ? 1 : 0; });
+    guardedVoid<entry>(
+        [&] { return place ? resultText(std::as_const(*place)) : "null"; },
+        [&](HostState& host) { host.liveListCount -= *requireNotNull(place, "the place of the list") ? 1 : 0; });
     if (place)
         delete std::exchange(*place, nullptr);
 }

@@ -24,7 +24,9 @@ void readTypes(StreamReader& reader, const DataArray& array, VtkCell::Type* dst,
 
 /// The difference of two numbers from a file may wrap; whoever uses it finds out.
 std::int64_t difference(std::int64_t offset, std::int64_t previous) {
-    return static_cast<std::int64_t>(static_cast<std::uint64_t>(offset) - static_cast<std::uint64_t>(previous));
+    std::int64_t wrapped = 0;
+    static_cast<void>(__builtin_sub_overflow(offset, previous, &wrapped));
+    return wrapped;
 }
 
 constexpr std::size_t stride = 32;

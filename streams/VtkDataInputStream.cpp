@@ -11,9 +11,9 @@ namespace veltra::vtkfile {
 namespace {
 
 std::uint64_t sectionLength(dataio::InputStreamInterface& stream, const DataArray& array) {
-    if (array.format == DataArrayFormat::Ascii)
-        return array.length;
-    const std::uint64_t byteCount = readDataHeader(stream, needsSwap(array.bigEndian), array.headerSize)->value();
+    const std::uint64_t byteCount = array.format == DataArrayFormat::Ascii
+                                        ? array.length
+                                        : readDataHeader(stream, needsSwap(array.bigEndian), array.headerSize)->value();
     const auto available = static_cast<std::uint64_t>(stream.available());
     if (byteCount > available)
         throw IOException(dataBeyondFile(array, byteCount, available));

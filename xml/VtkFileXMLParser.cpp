@@ -241,9 +241,10 @@ void VtkFileXMLParser::parseAppendedData() {
     const std::uint64_t start = xml_.position();
     forEachArray([&](DataArray& array) {
         array.appendedRaw = raw;
-        // A sum that wraps would point back into the file; the largest position is refused when the array is read.
-        if (array.format == DataArrayFormat::Appended)
-            array.offset = std::max(array.offset + start, array.offset);
+        // A sum that wraps would point back into the file; the offset alone is refused when the array is read.
+        std::uint64_t position = 0;
+        if (array.format == DataArrayFormat::Appended && !__builtin_add_overflow(array.offset, start, &position))
+            array.offset = position;
     });
     appendedDataFound_ = true; // what follows is not XML
 }

@@ -23,7 +23,8 @@ constexpr std::size_t markupByteLimit = 0x10000;
 
 /// The `>` characters within a tag. At each of them the XML reader begins anew to look for the tag's end.
 constexpr std::size_t innerEndLimit = 1000;
-constexpr std::size_t equalsLimit = 1000; // the reader compares every attribute of a tag with every other
+constexpr std::size_t equalsLimit = 1000;    // the reader compares every attribute of a tag with every other
+constexpr std::size_t referenceLimit = 1000; // each may be an entity of 4096 characters
 
 /// Elements within elements; the XML reader keeps a record of each.
 constexpr std::size_t depthLimit = 1000;
@@ -104,6 +105,7 @@ struct XMLParser::Impl {
     std::size_t openMarkupBytes = 0; // fed since the last whole token; not 0 within a tag or comment
     std::size_t innerEndCount = 0;   // of the `>` among them
     std::size_t equalsCount = 0;     // of the `=`
+    std::size_t referenceCount = 0;  // of the `&`
 
     /// Passes over the bytes before the first that `findEnd` finds in a block. False at the end of the file.
     template <class FindEnd>
@@ -125,10 +127,13 @@ struct XMLParser::Impl {
             openMarkupBytes += count;
             if (openMarkupBytes > markupByteLimit)
                 throw IOException(markupTooLong(markupByteLimit));
-            equalsCount +=
-                static_cast<std::size_t>(std::count(bytes.begin(), bytes.begin() + std::ptrdiff_t(count), '='));
-            if (equalsCount > equalsLimit)
-                throw IOException(tooManyEquals(equalsLimit));
+            const auto countOf = [&](char character) {
+                return static_cast<std::size_t>(std::ranges::count(bytes.first(count), character));
+            };
+            if ((equalsCount += countOf('=')) > equalsLimit)
+                throw IOException(tooManyInTag(equalsLimit, '='));
+            if ((referenceCount += countOf('&')) > referenceLimit)
+                throw IOException(tooManyInTag(referenceLimit, '&'));
             pending.append(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(count));
             stream->skip(count);
             if (end < bytes.size())
@@ -181,7 +186,7 @@ struct XMLParser::Impl {
         if (openMarkupBytes == 0)
             passOverToTag();
         else if (++innerEndCount > innerEndLimit)
-            throw IOException(tooManyInnerEnds(innerEndLimit));
+            throw IOException(tooManyInTag(innerEndLimit, '>'));
         collectTag();
         position = stream->position();
         lookAhead = false;
@@ -202,7 +207,7 @@ struct XMLParser::Impl {
         // Without a declaration the reader announces the document at the first `>`, which may be within the root's tag.
         const bool announced = token == QXmlStreamReader::StartDocument && !declarationFed;
         if (token != QXmlStreamReader::Invalid && !announced)
-            openMarkupBytes = innerEndCount = equalsCount = 0;
+            openMarkupBytes = innerEndCount = equalsCount = referenceCount = 0;
     }
 };
 

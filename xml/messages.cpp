@@ -21,12 +21,9 @@ std::string markupTooLong(std::size_t byteLimit) {
     return (format("The XML data is ill formed. A tag is longer than %1% bytes") % byteLimit).str();
 }
 
-std::string tooManyInnerEnds(std::size_t limit) {
-    return (format("The XML data is ill formed. A tag holds more than %1% \">\" characters") % limit).str();
-}
-
-std::string tooManyEquals(std::size_t limit) {
-    return (format("The XML data is ill formed. A tag holds more than %1% \"=\" characters") % limit).str();
+std::string tooManyInTag(std::size_t limit, char character) {
+    return (format("The XML data is ill formed. A tag holds more than %1% \"%2%\" characters") % limit % character)
+        .str();
 }
 
 std::string nestedTooDeep(std::size_t depthLimit) {

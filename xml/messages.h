@@ -9,8 +9,7 @@ namespace veltra::vtkfile {
 
 std::string missingAttribute(const std::string& namespaceUri, std::string_view name);
 std::string markupTooLong(std::size_t byteLimit);
-std::string tooManyInnerEnds(std::size_t limit);
-std::string tooManyEquals(std::size_t limit);
+std::string tooManyInTag(std::size_t limit, char character);
 std::string nestedTooDeep(std::size_t depthLimit);
 std::string unsupportedDatasetType(const std::string& value);
 std::string badVersion(const std::string& value);

@@ -30,6 +30,7 @@ struct Box {
     KroDataNodeLoad loadNodes = [](KroNodeMap*) { return KroBool{1}; };
     KroDataValueLoad loadP = [](KroFieldData*) { return KroBool{1}; };
     KroDataValueUnload unloadP = [](KroFieldData*) { return KroBool{1}; };
+    KroDataValueCleanup cleanupP = [](KroFieldData*) {};
     std::function<void()> doInLoad = [] {};
     std::function<void()> doAfterLoad = [] {};
 
@@ -38,13 +39,13 @@ private:
 
     KroBool makeZone() const {
         const KroDataValueLoad loadQ = [](KroFieldData*) { return KroBool{1}; };
-        const KroDataValueCleanup cleanup = [](KroFieldData*) {};
         return call(KroUtilDataSetCreateX, {{"LoaderName", "Box"}, {"DataSetTitle", "Box"}}) &&
                KroUtilDataSetAddVar("p") && KroUtilDataSetAddVar("q") && call(KroUtilDataSetAddZoneX, zone) &&
                KroUtilDataNodeCustomLOD(
                    1, loadNodes, [](KroNodeMap*) { return KroBool{1}; }, [](KroNodeMap*) {}, nullptr) &&
-               KroUtilDataValueCustomLOD(1, 1, loadP, unloadP, cleanup, nullptr) &&
-               KroUtilDataValueCustomLOD(1, 2, loadQ, loadQ, cleanup, nullptr);
+               KroUtilDataValueCustomLOD(1, 1, loadP, unloadP, cleanupP, nullptr) &&
+               KroUtilDataValueCustomLOD(
+                   1, 2, loadQ, loadQ, [](KroFieldData*) {}, nullptr);
     }
 
     KroBool loadBox() const {

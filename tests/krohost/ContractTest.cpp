@@ -39,6 +39,21 @@ void createWithoutLoad() {
     KroUtilLockOff();
 }
 
+/// Does something with a list of its own.
+template <class Misdeed>
+void withList(const Misdeed& misdeed) {
+    KroArgList* list = KroUtilArgListAlloc();
+    KroUtilArgListAppendInt(list, "a", 1);
+    misdeed(list);
+    KroUtilArgListDealloc(&list);
+}
+
+/// Whether the section is refused, in either width.
+bool hasNoSection(KroNodeMap* map, std::int32_t section) {
+    return !KroUtilDataNodeSectionGetRawPtrByRef(map, section) &&
+           !KroUtilDataNodeSectionGetRawPtrByRef64(map, section) && KroUtilDataNodeSectionGetCount(map, section) == 0;
+}
+
 /// Loads, demands and shuts down after `misdeed(box)`, which is to be reported once.
 template <class Misdeed>
 void expectViolation(const std::string& violation, const Misdeed& misdeed) {
@@ -66,7 +81,8 @@ TEST(Contract, ZonesAreCheckedWhenTheyAreAdded) {
         {"CellShapePerSection", Codes{4}, R"(the argument "CellShapePerSection" has 1 items, not 2)"},
         {"ValueLocation", Codes{255, 1}, "variable 1 has a type but no value location"}};
     for (const auto& [name, value, reason] : rows)
-        expectViolation(std::string{"KroUtilDataSetAddZoneX: "} + reason, [&](Box& box) { box.zone[name] = value; });
+        expectViolation(std::string{"KroUtilDataSetAddZoneX: "} + reason,
+                        [name = name, value = value](Box& box) { box.zone[name] = value; });
     expectViolation("KroUtilDataValueCustomLOD: zone 1 does not supply variable 1", [](Box& box) {
         box.zone["VarDataType"] = Codes{0, 2};
     });
@@ -80,6 +96,23 @@ TEST(Contract, CallsOutOfPlaceAreViolations) {
         {"KroUtilDataSetAddVar: the name is null", [] { KroUtilDataSetAddVar(nullptr); }},
         {"KroUtilDataValueCustomLOD: callbacks for zone 1, variable 1 are registered already", [] { registerP(1); }},
         {"KroUtilDataValueCustomLOD: there is no zone 9", [] { registerP(9); }},
+        {"KroUtilDataValueCustomLOD: there is no zone 0", [] { registerP(0); }},
+        {"KroUtilDataValueCustomLOD: a callback is null",
+         [] { KroUtilDataValueCustomLOD(1, 1, nullptr, nullptr, nullptr, nullptr); }},
+        {"KroUtilZoneSetAuxData: there is no zone -1", [] { KroUtilZoneSetAuxData(-1, "a", "b"); }},
+        {"KroUtilZoneSetAuxData: the value is null", [] { KroUtilZoneSetAuxData(1, "a", nullptr); }},
+        {"KroUtilDialogErrMsg: the message is null", [] { KroUtilDialogErrMsg(nullptr); }},
+        {"KroUtilAddOnRegister: the API level is 1, not 110", [] { KroUtilAddOnRegister(1, "", "", ""); }},
+        {"KroUtilImportSetLoaderInstr: there is no loader \"Cone\"",
+         [] { KroUtilImportSetLoaderInstr("Cone", nullptr); }},
+        {"KroUtilStringListDealloc: the place of the list is null", [] { KroUtilStringListDealloc(nullptr); }},
+        {"KroUtilStringListAppendString: the list is null", [] { KroUtilStringListAppendString(nullptr, "a"); }},
+        {"KroUtilArgListAppendInt: the name is null",
+         [] { withList([](auto* list) { KroUtilArgListAppendInt(list, nullptr, 1); }); }},
+        {"KroUtilArgListAppendInt: the argument \"a\" stands twice",
+         [] { withList([](auto* list) { KroUtilArgListAppendInt(list, "a", 1); }); }},
+        {"KroUtilArgListAppendArray: the array has no items or a negative number of them",
+         [] { withList([](auto* list) { KroUtilArgListAppendArray(list, "b", KroArrayItem_Int32, -1, list); }); }},
         {"KroUtilLockOn: the host is locked already", KroUtilLockOn},
         {"KroUtilLockOff: the host's lock was taken by another call", KroUtilLockOff},
         {"KroUtilLockFinish: the add-on is not registered", [] { KroUtilLockFinish(nullptr); }},
@@ -111,6 +144,7 @@ TEST(Contract, LoadsKeepToTheirStorageAndHandle) {
     const std::vector<std::pair<const char*, KroDataValueLoad>> rows{
         {"DataValueLoad wrote past the end of the storage of zone 1, variable 1", writePastP},
         {"an exception left DataValueLoad: fell over", [](auto*) -> KroBool { throw std::runtime_error("fell over"); }},
+        {"an exception of unknown type left DataValueLoad", [](auto*) -> KroBool { throw 1; }},
         {"DataValueLoad returned 2, not 0 or 1", [](auto*) { return KroBool{2}; }},
         {"KroUtilLockOn: called inside a load-on-demand callback", [](auto*) { return KroUtilLockOn(), KroBool{1}; }},
         {"KroUtilDataValueGetCount: the handle is not the one of this callback",
@@ -125,6 +159,63 @@ TEST(Contract, LoadsKeepToTheirStorageAndHandle) {
     expectViolation("KroUtilDataValueGetRawPtrByRef: called outside the load", [](Box& box) {
         box.unloadP = [](auto* p) { return KroUtilDataValueGetRawPtrByRef(p) ? KroBool{0} : KroBool{1}; };
     });
+}
+
+TEST(Contract, AHandleEndsWithItsDataset) {
+    expectViolation("KroUtilDataValueGetCount: the handle is not the one of this callback", [](Box& box) {
+        static KroFieldData* kept = nullptr;
+        box.loadP = [](auto* p) { return kept = p, KroBool{1}; };
+        EXPECT_TRUE(box.load() && box.host.load({1, 1}));
+        box.loadP = [](auto*) { return KroUtilDataValueGetCount(kept) ? KroBool{0} : KroBool{1}; };
+    });
+}
+
+TEST(Contract, NumbersOutOfRangeGiveNothing) {
+    Box box;
+    box.doInLoad = [] {
+        for (const std::int32_t number : {0, -1, 3, INT32_MIN, INT32_MAX}) {
+            EXPECT_EQ(KroUtilVarGetName(number), nullptr);
+            EXPECT_EQ(KroUtilVarGetValueLocation(number), ValueLocation_None);
+            KroStringList* list = KroUtilStringListAlloc();
+            EXPECT_EQ(KroUtilStringListGetRawStringPtr(list, number), nullptr);
+            KroUtilStringListDealloc(&list);
+        }
+    };
+    box.loadNodes = [](auto* map) {
+        return KroBool{hasNoSection(map, 0) && hasNoSection(map, -1) && hasNoSection(map, 3) &&
+                       hasNoSection(map, INT32_MAX)};
+    };
+    EXPECT_TRUE(box.load() && box.host.load({1, 0}));
+    registerLoader([](auto*, void*, void*) { return KroBool{0}; }, nullptr); // under a name that is taken
+    EXPECT_EQ(box.host.loaders().size(), 1);
+    EXPECT_EQ(box.host.violations(), Violations{});
+}
+
+TEST(Contract, ExceptionsStayOnTheirSideAtTheEndToo) {
+    expectViolation("an exception left DataValueCleanup: fell over",
+                    [](Box& box) { box.cleanupP = [](auto*) { throw std::runtime_error("fell over"); }; });
+    expectViolation("an exception left StateChangeCallback: fell over", [](Box& box) {
+        const KroStateChangeCallback fall = [](std::int32_t) { throw std::runtime_error("fell over"); };
+        box.doInLoad = [fall] {
+            call(KroUtilStateChangeAddCallbackX, {{"CallbackFunction", reinterpret_cast<KroFunction>(fall)},
+                                                  {"StateChangeMode", Kro_StateChangeModeAllChanges},
+                                                  {"StateChangeCallbackAPI", Kro_StateChangeCallbackApi}});
+        };
+    });
+}
+
+TEST(Contract, NothingIsCalledAfterTheEnd) {
+    {
+        Box box;
+        EXPECT_TRUE(box.load());
+        box.host.shutDown();
+        KroUtilLockOn();
+        EXPECT_EQ(KroUtilStringListAlloc(), nullptr);
+        EXPECT_EQ(box.host.violations(), (Violations{"KroUtilLockOn: called after the host has ended",
+                                                     "KroUtilStringListAlloc: called after the host has ended"}));
+    }
+    EXPECT_EQ(KroUtilStringListAlloc(), nullptr);
+    EXPECT_EQ(KroUtilDataSetAddVar("p"), 0);
 }
 
 TEST(Contract, AnExceptionOutOfALoadLeavesTheHostUsable) {

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <limits>
 
 using krohost::DemandResult;
@@ -47,18 +46,4 @@ TEST(Demand, AnInterruptStopsWhatIsBegunAndWhatIsNot) {
     EXPECT_EQ(demandAll(box), (std::vector{true, false, false}));
     box.host.clearInterrupt();
     EXPECT_EQ(demandAll(box), (std::vector{true, true, true}));
-}
-
-TEST(Demand, ResultsAreTheSameFromAnyNumberOfThreads) {
-    const auto run = [](unsigned threadCount) {
-        krohost::Host host{{.journal = krohost::JournalDetail::all}};
-        host.loadAddOn(ADD_ON);
-        EXPECT_TRUE(host.loadFiles({SAMPLES "/cells-3d.vtu", SAMPLES "/wing-and-tail.vtu", SAMPLES "/wing.vtu"}));
-        std::size_t progressCount = 0;
-        const auto results = host.demandAll({threadCount, [&](std::size_t, std::size_t) { ++progressCount; }});
-        EXPECT_EQ(progressCount, results.size());
-        EXPECT_TRUE(std::ranges::all_of(results, &DemandResult::isLoaded));
-        return host.journal().lines();
-    };
-    EXPECT_EQ(run(1), run(8));
 }

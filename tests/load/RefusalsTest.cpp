@@ -162,6 +162,7 @@ TEST(Refusals, OfDocumentsHaveTheseTexts) {
           "Parallel file's Piece expected an attributed named \"Source\" but none was found"},
          {with("Piece", "a", std::string(0x10000, 'x')), illFormed + "A tag is longer than 65536 bytes"},
          {with("Piece", "a", std::string(1001, '=')), illFormed + "A tag holds more than 1000 \"=\" characters"},
+         {with("Piece", "a", std::string(1001, '&')), illFormed + "A tag holds more than 1000 \"&\" characters"},
          {with("Piece", "a", std::string(1001, '>')), illFormed + "A tag holds more than 1000 \">\" characters"},
          {withMarkup("</Points>", repeated("<a>", 1001)), illFormed + "Elements are nested more than 1000 deep"}});
 }

@@ -84,7 +84,7 @@ Points hostPoints(const CellKind& kind, int order) {
     if (kind.shape == Shape::Tetrahedron && order == 4)
         points.push_back({0.25, 0.25, 0.25});
     if (kind.type == 13) // alone has its upper triangle first, in the host as in the file
-        std::ranges::rotate(points, points.begin() + 3);
+        std::rotate(points.begin(), points.begin() + 3, points.end());
     return points;
 }
 
