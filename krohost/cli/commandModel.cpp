@@ -33,14 +33,14 @@ ValueKind valueKind(const CLI::Option& option, const OptionModel& model) {
         return ValueKind::none;
     if (!model.choices.empty())
         return ValueKind::choice;
-    const std::string& name = model.placeholder;
+    const std::string& name = model.valueName;
     if (name.find("FILE") == name.npos && name.find("PATH") == name.npos)
         return ValueKind::text;
     return model.takesSeveral ? ValueKind::dataFile : ValueKind::file;
 }
 
 /// The type without what its checks add to it: "INT" of "INT:INT in [1 - 9]".
-std::string placeholder(const std::string& type) {
+std::string valueName(const std::string& type) {
     const bool hasCheck = type.find_first_of("{[") != type.npos;
     const std::string name = hasCheck ? type.substr(0, type.find(':')) : type;
     return name.empty() ? "VALUE" : name;
@@ -53,7 +53,7 @@ OptionModel optionModel(const CLI::Option& option) {
     for (const std::string& name : option.get_lnames())
         model.names.push_back("--" + name);
     const std::string type = option.get_type_name();
-    model.placeholder = option.get_positional() ? option.get_name(true, false) : placeholder(type);
+    model.valueName = option.get_positional() ? option.get_name(true, false) : valueName(type);
     model.choices = choices(type);
     model.takesSeveral = option.get_items_expected_max() > 1;
     model.isRequired = option.get_required();

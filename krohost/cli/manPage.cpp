@@ -93,9 +93,9 @@ std::string optionText(const OptionModel& option) {
     for (const std::string& name : option.names)
         text += (name == option.names.front() ? "\\fB" : ", \\fB") + escaped(name) + "\\fR";
     if (option.kind != ValueKind::none)
-        text += (option.names.empty() ? "\\fI" : " \\fI") + escaped(option.placeholder) + "\\fR";
+        text += (option.names.empty() ? "\\fI" : " \\fI") + escaped(option.valueName) + "\\fR";
     text += '\n' + escaped(option.description) + '\n';
-    if (option.kind != ValueKind::choice || option.placeholder.find('|') != std::string::npos)
+    if (option.kind != ValueKind::choice || option.valueName.find('|') != std::string::npos)
         return text; // the choices, if any, stand in place of the value
     text += "(one of";
     for (const std::string& choice : option.choices)
@@ -106,7 +106,7 @@ std::string optionText(const OptionModel& option) {
 std::string commandText(const CommandModel& command, const std::map<std::string, std::string>& sharedSections) {
     std::string text = ".SS krohost " + escaped(command.name);
     for (const OptionModel& positional : command.positionals)
-        text += ' ' + escaped(positional.placeholder) + (positional.takesSeveral ? "..." : "");
+        text += ' ' + escaped(positional.valueName) + (positional.takesSeveral ? "..." : "");
     text += '\n' + escaped(command.description) + ".\n";
     for (const auto* options : {&command.positionals, &command.options})
         for (const OptionModel& option : *options)

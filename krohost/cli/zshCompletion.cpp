@@ -33,34 +33,34 @@ std::string action(const OptionModel& option, const CompletionModel& model) {
     return "_files";
 }
 
-/// The end of a specification: what stands for the value, and what completes it.
+/// The end of an entry: what stands for the value, and what completes it.
 std::string value(const OptionModel& option, const CompletionModel& model) {
-    std::string placeholder = option.placeholder;
-    std::replace(placeholder.begin(), placeholder.end(), ':', ' ');
-    return option.kind == ValueKind::none ? "" : fmt::format(":{}:{}", placeholder, action(option, model));
+    std::string valueName = option.valueName;
+    std::replace(valueName.begin(), valueName.end(), ':', ' ');
+    return option.kind == ValueKind::none ? "" : fmt::format(":{}:{}", valueName, action(option, model));
 }
 
-/// One specification for each name, which excludes the others unless the option may be repeated.
-std::vector<std::string> optionSpecifications(const OptionModel& option, const CompletionModel& model) {
-    std::vector<std::string> specifications;
+/// One entry for each name, which excludes the others unless the option may be repeated.
+std::vector<std::string> optionEntries(const OptionModel& option, const CompletionModel& model) {
+    std::vector<std::string> entries;
     for (const std::string& name : option.names) {
         const char* separator = option.kind == ValueKind::none ? "" : name.starts_with("--") ? "=" : "+";
         const std::string before = option.takesSeveral ? "*" : fmt::format("({})", fmt::join(option.names, " "));
-        specifications.push_back(quoted(fmt::format("{}{}{}[{}]{}", before, name, separator,
-                                                    withoutBrackets(option.description), value(option, model))));
+        entries.push_back(quoted(fmt::format("{}{}{}[{}]{}", before, name, separator,
+                                             withoutBrackets(option.description), value(option, model))));
     }
-    return specifications;
+    return entries;
 }
 
 std::string commandCase(const CommandModel& command, const CompletionModel& model) {
-    std::vector<std::string> specifications{"$tool"};
+    std::vector<std::string> entries{"$tool"};
     for (const OptionModel& option : command.options)
-        for (std::string& specification : optionSpecifications(option, model))
-            specifications.push_back(std::move(specification));
+        for (std::string& entry : optionEntries(option, model))
+            entries.push_back(std::move(entry));
     for (const OptionModel& positional : command.positionals)
-        specifications.push_back(quoted((positional.takesSeveral ? "*" : "") + value(positional, model)));
+        entries.push_back(quoted((positional.takesSeveral ? "*" : "") + value(positional, model)));
     return fmt::format("    {})\n        _arguments -s -S : {}\n        ;;\n", command.name,
-                       fmt::join(specifications, " \\\n            "));
+                       fmt::join(entries, " \\\n            "));
 }
 
 } // namespace
@@ -72,8 +72,8 @@ std::string zshCompletion(const CompletionModel& model) {
         descriptions.push_back(quoted(command.name + ":" + command.description));
     }
     for (const OptionModel& option : model.tool.options)
-        for (std::string& specification : optionSpecifications(option, model))
-            toolOptions.push_back(std::move(specification));
+        for (std::string& entry : optionEntries(option, model))
+            toolOptions.push_back(std::move(entry));
     std::string text = "#compdef krohost\n# Completions of krohost for zsh.\n\n_krohost() {\n";
     text += fmt::format("    local command={}\n    local -a commands=(\n        {})\n    local -a tool=()\n",
                         names.front(), fmt::join(descriptions, "\n        "));
