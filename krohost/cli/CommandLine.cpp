@@ -99,9 +99,15 @@ std::optional<std::string> misspeltCommand(const std::string& argument) {
 
 /// The arguments with the command that a bare list of files leaves out, last one first as the parser takes them.
 std::vector<std::string> completedArguments(std::vector<std::string> arguments) {
+    if (arguments.empty())
+        throw CLI::RequiredError("A file or a command");
+    if (arguments.front() == "help") { // and perhaps of which command
+        std::rotate(arguments.begin(), arguments.begin() + 1, arguments.end());
+        arguments.back() = "--help";
+    }
     std::vector<std::string> complete = commandNames();
     complete.insert(complete.end(), {"completion", "-h", "--help", "--version", "--man"});
-    if (!arguments.empty() && std::find(complete.begin(), complete.end(), arguments.front()) == complete.end()) {
+    if (std::find(complete.begin(), complete.end(), arguments.front()) == complete.end()) {
         if (const auto meant = misspeltCommand(arguments.front()))
             throw CLI::ArgumentMismatch(
                 fmt::format("There is no command or file \"{}\"; did you mean krohost {}?", arguments.front(), *meant));

@@ -66,10 +66,13 @@ private:
         if (demand.target.variable != 0)
             return;
         const auto nodeCount = host_.dataset().zones[static_cast<std::size_t>(demand.target.zone) - 1].nodeCount;
-        for (const StorageSummary& section : demand.parts)
+        for (std::size_t index = 0; index < demand.parts.size(); ++index) {
+            const StorageSummary& section = demand.parts[index];
             if (section.min < 0 || section.max >= static_cast<double>(nodeCount))
-                add("node-map", fmt::format("{} has node numbers from {:.0f} to {:.0f} (accepted: 0 to {})", name,
-                                            section.min, section.max, nodeCount - 1));
+                add("node-map",
+                    fmt::format("section {} of {} has node numbers from {:.0f} to {:.0f} (accepted: 0 to {})",
+                                index + 1, name, section.min, section.max, nodeCount - 1));
+        }
     }
 
     /// The dialogs for a target, or those of the load, since the file's load began.

@@ -83,6 +83,8 @@ bool loadInstructions(Host& host, const Loader& loader, const std::vector<std::s
 }
 
 bool loadFiles(Host& host, const Loader& loader, const CommandLine& line, const std::vector<SeriesFile>& files) {
+    if (!line.times.empty() && line.times.size() != files.size())
+        throw Failure(fmt::format("--times gives {} times for {} files.", line.times.size(), files.size()), Exit_Usage);
     const std::vector<double> solutionTimes = times(line, files);
     const auto strand = line.appendedFiles.empty() ? line.strand : std::nullopt;
     if (solutionTimes.empty() && line.timeSource.empty() && !line.loader && !strand)

@@ -2,6 +2,7 @@
 
 #include "krohost/Journal.h"
 #include "krohost/cli/Failure.h"
+#include "krohost/cli/suggest.h"
 
 #include <fmt/format.h>
 
@@ -45,6 +46,14 @@ Part makePart(Target target, std::size_t partIndex, std::int64_t rowCount, std::
     return {target, partIndex, rowCount, rowLength, range.begin, end};
 }
 
+std::vector<std::string> variableNames(const Dataset& dataset, const Zone& zone, const std::string& location) {
+    std::vector<std::string> names;
+    for (const ZoneVariable& variable : zone.variables)
+        if (variable.data && (location.empty() || location == inWords(variable.location)))
+            names.push_back(dataset.variables[static_cast<std::size_t>(variable.data->target().variable) - 1]);
+    return names;
+}
+
 Part findVariable(const Dataset& dataset, const Zone& zone, const std::string& name, const DumpOptions& options) {
     std::vector<const ZoneVariable*> found;
     for (const ZoneVariable& variable : zone.variables)
@@ -53,8 +62,8 @@ Part findVariable(const Dataset& dataset, const Zone& zone, const std::string& n
             (options.location.empty() || options.location == inWords(variable.location)))
             found.push_back(&variable);
     if (found.empty())
-        fail("There is no {}variable {} in {}.", options.location.empty() ? "" : options.location + " ",
-             krohost::quoted(name), nameOf(zone));
+        fail("{}", noSuch(options.location.empty() ? "variable" : (options.location + " variable").c_str(), name,
+                          variableNames(dataset, zone, options.location)));
     if (found.size() > 1)
         fail("There are {} variables {} in {}; choose one with --location.", found.size(), krohost::quoted(name),
              nameOf(zone));

@@ -8,8 +8,19 @@
 
 namespace krohost::write {
 
+namespace {
+
+/// Beside the host's library.
+std::string moduleFile() {
+    Dl_info library{};
+    dladdr(reinterpret_cast<const void*>(&Host::isInterrupted), &library);
+    return std::filesystem::path{library.dli_fname}.replace_filename("libkrohost-hdf.so");
+}
+
+} // namespace
+
 const HdfWriters& hdfWriters() {
-    void* module = dlopen("libkrohost-hdf.so", RTLD_NOW | RTLD_LOCAL);
+    void* module = dlopen(moduleFile().c_str(), RTLD_NOW | RTLD_LOCAL);
     void* writers = module ? dlsym(module, "krohostHdfWriters") : nullptr;
     if (!writers)
         throw WriteError(fmt::format("The part of krohost that writes HDF5 cannot be loaded: {}", dlerror()));

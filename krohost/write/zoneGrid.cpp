@@ -172,7 +172,10 @@ bool isTime(const std::string& name) {
 
 std::vector<Array> fieldData(const Zone& zone) {
     std::vector<Array> arrays;
-    arrays.push_back(singleValue("TimeValue", ElementType::Float64, zone.solutionTime));
+    const bool hasTime = std::any_of(zone.auxiliaryData.begin(), zone.auxiliaryData.end(),
+                                     [](const auto& pair) { return isTime(pair.first); });
+    if (hasTime || zone.solutionTime != 0) // else there was none, and none means 0
+        arrays.push_back(singleValue("TimeValue", ElementType::Float64, zone.solutionTime));
     for (const auto& [name, text] : zone.auxiliaryData) {
         if (isTime(name))
             continue;

@@ -41,7 +41,7 @@ TEST_F(CommandLine, ExitCodesTellWhatHappened) {
         {"cube.vtu --addon " LOCKING_ADD_ON, 1,
          "contract violation: LoaderSelectedCallback returned with the host locked\n"},
         {"cube.vtu cube.vtu --addon " LOCKING_ADD_ON, 1, "Box takes one file at a time.\n"},
-        {"", 2, "subcommand is required"},
+        {"", 2, "A file or a command is required"},
         {"info", 2, "FILE is required"},
         {"cube.vtu --node-bits 16", 2, "--node-bits"},
         {"cube.vtu --loader Other", 2,

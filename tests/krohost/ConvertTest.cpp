@@ -2,6 +2,7 @@
 #include "tests/support/VtuBuilder.h"
 #include "tests/support/meshes.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -150,6 +151,14 @@ TEST_F(Convert, AFailureLeavesNothingAndSaysWhy) {
             const bool hasDocument = !format.empty() && exitCode == 1;
             EXPECT_TRUE(!hasDocument || json::parse(outcome.output)["converted"] == false) << arguments;
         }
+}
+
+TEST_F(Convert, WhatWasConvertedDoesNotDiffer) {
+    for (const char* sample : {"wing", "wing-and-tail", "points"}) {
+        run(fmt::format("convert \"{}/{}.vtu\" -o {}.vtu", SAMPLES, sample, sample));
+        const Outcome outcome = run(fmt::format("diff \"{}/{}.vtu\" {}.vtu", SAMPLES, sample, sample));
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+    }
 }
 
 TEST_F(Convert, AFullDiskLeavesNothing) {

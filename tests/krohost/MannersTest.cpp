@@ -48,6 +48,7 @@ protected:
 TEST_F(Manners, MessagesSayWhatToDoNext) {
     const std::vector<std::tuple<const char*, int, const char*>> rows{
         {"\"$krohost\" inof wing.vtu", 2, "There is no command or file \"inof\"; did you mean krohost info?\n"},
+        {"\"$krohost\" wing.vtu --times 1,2", 2, "--times gives 2 times for 1 files.\n"},
         {"\"$krohost\" wing.vtu --demnad", 2, "\nDid you mean --demand?\nRun with --help for more information.\n"},
         {"\"$krohost\" bench wing.vtu --variable presure", 2,
          "There is no variable \"presure\"; there is \"pressure\", \"X\", \"Y\", \"Z\".\n"},
