@@ -15,6 +15,9 @@ public:
 
     void read(std::uint8_t* dst, std::size_t byteCount) override;
     void skip(std::size_t byteCount) override;
+    std::span<const std::uint8_t> peek() override {
+        return remaining() == 0 ? std::span<const std::uint8_t>() : std::span(*bytes_).subspan(position_);
+    }
     std::int64_t available() override { return static_cast<std::int64_t>(remaining()); }
     std::uint64_t position() override { return position_; }
     void close() override { bytes_.reset(); }
