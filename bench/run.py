@@ -206,12 +206,16 @@ def growth_table(rounds, largest_scale):
                   "registering, above the process's own: MiB", "exponent", "all kept: MiB", "exponent"], rows)
 
 
+def rounded(value):
+    return f"{value:,.0f}" if value >= 10 else f"{value:.2f}"
+
+
 def micro_table():
     result = run(BIN / "micro", "--benchmark_format=json", "--benchmark_min_time=0.1")
     rows = []
     for step in result["benchmarks"] if result else []:
-        rates = [f"{step[key] / 1e6:,.3g}" if key in step else "-" for key in ("bytes_per_second", "items_per_second")]
-        rows.append([step["name"], f"{step['cpu_time']:,.4g}", *rates])
+        rates = [rounded(step[key] / 1e6) if key in step else "-" for key in ("bytes_per_second", "items_per_second")]
+        rows.append([step["name"], rounded(step["cpu_time"]), *rates])
     return table(["step", "ns", "MB/s", "million items/s"], rows)
 
 
