@@ -86,7 +86,9 @@ bool loadFiles(Host& host, const Loader& loader, const CommandLine& line, const 
     if (!line.times.empty() && line.times.size() != files.size())
         throw Failure(fmt::format("--times gives {} times for {} files.", line.times.size(), files.size()), Exit_Usage);
     const std::vector<double> solutionTimes = times(line, files);
-    const auto strand = line.appendedFiles.empty() ? line.strand : std::nullopt;
+    std::optional<std::int64_t> strand;
+    if (line.appendedFiles.empty() && line.strand)
+        strand = *line.strand;
     if (solutionTimes.empty() && line.timeSource.empty() && !line.loader && !strand)
         return host.loadFiles(loader, paths(files));
     return loadInstructions(host, loader, instructions(paths(files), line.timeSource, solutionTimes, strand));
