@@ -86,6 +86,7 @@ Bench bench(Host& host, const CommandLine& line, const Plan& plan, ProgressBar& 
     const double loadCpuSeconds = cpuSeconds() - earlierCpuSeconds;
     result.report.isDemanded = true;
 
+    const std::uint64_t storedBytes = storedByteCount(host.dataset(), result.report.demands);
     result.figures = {{"register_s", registerSeconds},
                       {"demand_s", demandSeconds},
                       {"wall_s", processTime.seconds()},
@@ -95,8 +96,9 @@ Bench bench(Host& host, const CommandLine& line, const Plan& plan, ProgressBar& 
                       {"register_peak_kib", registerPeakKib},
                       {"peak_kib", peakKib()},
                       {"threads", line.threadCount},
+                      {"bytes", storedBytes},
                       {"bytes_read", readByteCount() - earlierByteCount},
-                      {"bytes_stored", storedByteCount(host.dataset(), result.report.demands)}};
+                      {"bytes_stored", storedBytes}};
     return result;
 }
 
