@@ -1,22 +1,16 @@
 /// What a process that measures says of itself.
 #pragma once
 
+#include "krohost/cli/Stopwatch.h"
+
 #include <sys/resource.h>
 
-#include <chrono>
 #include <fstream>
 #include <string>
 
 namespace bench {
 
-class Stopwatch {
-public:
-    double seconds() const { return std::chrono::duration<double>(Clock::now() - start_).count(); }
-
-private:
-    using Clock = std::chrono::steady_clock;
-    Clock::time_point start_ = Clock::now();
-};
+using krohost::cli::Stopwatch;
 
 /// User and system time of the process.
 inline double cpuSeconds() {
