@@ -56,6 +56,16 @@ std::unique_ptr<StreamReader> stackStreams(const FilePtr& file, const DataArray&
     return std::make_unique<StreamReader>(std::move(stream), binary, needsSwap(array.bigEndian));
 }
 
+/// Opens an array that is expected to take this many bytes and must hold `valueCount` values.
+std::unique_ptr<StreamReader> openHolding(const FilePtr& file, const DataArray& array, std::uint64_t valueCount,
+                                          std::uint64_t expectedByteCount) {
+    std::uint64_t heldCount = 0;
+    auto reader = stackStreams(file, array, expectedByteCount, heldCount);
+    if (array.format != DataArrayFormat::Ascii && heldCount != valueCount)
+        throw IOException(valueCountMismatch(array, valueCount, heldCount));
+    return reader;
+}
+
 } // namespace
 
 FilePtr openFile(const DataArray& array) {
@@ -68,11 +78,7 @@ std::unique_ptr<StreamReader> openDataArrayReader(const FilePtr& file, const Dat
 }
 
 std::unique_ptr<StreamReader> openDataArrayOf(const FilePtr& file, const DataArray& array, std::uint64_t valueCount) {
-    std::uint64_t heldCount = 0;
-    auto reader = stackStreams(file, array, usualByteCount(array, valueCount), heldCount);
-    if (array.format != DataArrayFormat::Ascii && heldCount != valueCount)
-        throw IOException(valueCountMismatch(array, valueCount, heldCount));
-    return reader;
+    return openHolding(file, array, valueCount, usualByteCount(array, valueCount));
 }
 
 std::uint64_t announcedValueCount(const DataArray& array) {
@@ -89,7 +95,7 @@ void checkValueCount(const FilePtr& file, const DataArray& array) {
     if (valueCount == 0)
         return; // such an array may lack even its header
     if (array.format != DataArrayFormat::Ascii)
-        openDataArrayOf(file, array, valueCount);
+        openHolding(file, array, valueCount, 3 * sizeof(std::uint64_t)); // no more than its header
     else if (valueCount > (array.length + 1) / 2) // a character for each, and one between two
         throw IOException(textTooShort(array, valueCount));
 }

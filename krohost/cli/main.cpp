@@ -2,6 +2,7 @@
 #include "krohost/cli/CommandLine.h"
 #include "krohost/cli/run.h"
 
+#include <malloc.h>
 #include <signal.h>
 
 #include <variant>
@@ -16,6 +17,13 @@ void catchInterruptOnce() {
     sigaction(SIGINT, &action, nullptr);
 }
 
+/// What one demand frees serves the next. By default it goes back to the system page by page and is cleared again, which
+/// took a fifteenth of a load of many small pieces; from 4 MiB on, where memory is to go back, it has its own mapping.
+void keepFreedMemory() {
+    mallopt(M_MMAP_THRESHOLD, 4 << 20);
+    mallopt(M_TRIM_THRESHOLD, 64 << 20);
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -23,5 +31,6 @@ int main(int argumentCount, char** arguments) {
     if (const int* exitCode = std::get_if<int>(&parsed))
         return *exitCode;
     catchInterruptOnce();
+    keepFreedMemory();
     return krohost::cli::run(std::get<krohost::cli::CommandLine>(parsed));
 }
