@@ -21,24 +21,23 @@ struct ValueText {
     std::string operator()(const IntegerArray& value) const { return abbreviated(value.items); }
 };
 
-const std::vector<Argument>& requireList(const KroArgList* list) {
-    if (!list)
-        throw ContractViolation("the argument list is null");
-    return list->arguments;
-}
-
 } // namespace
 
+std::string describe(const KroStringList* list) {
+    const char* absence = KroStringList::absence(list);
+    return absence ? absence : quoted(list->strings);
+}
 std::string describe(const KroArgList* list) {
-    if (!list)
-        return "null";
+    if (const char* absence = KroArgList::absence(list))
+        return absence;
     std::vector<std::string> items;
     for (const Argument& argument : list->arguments)
         items.push_back(quoted(argument.name) + '=' + std::visit(ValueText{}, argument.value));
     return fmt::format("{}", fmt::join(items, ", "));
 }
 
-ArgumentReader::ArgumentReader(const KroArgList* list) : arguments_{requireList(list)} {}
+ArgumentReader::ArgumentReader(const KroArgList* list)
+    : arguments_{requireLiving(list, "the argument list")->arguments} {}
 
 const Argument* ArgumentReader::find(std::string_view name) const {
     const auto found = std::find_if(arguments_.begin(), arguments_.end(),

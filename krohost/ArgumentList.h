@@ -1,6 +1,8 @@
 /// String and argument lists as they cross the line, and the strict reader of argument lists.
 #pragma once
 
+#include "krohost/Tracked.h"
+
 #include "host/kro.h"
 
 #include <cstdint>
@@ -12,7 +14,7 @@
 #include <vector>
 
 /// `number` tells lists apart in the journal: the first that the host made is 1, a list of the host itself has 0.
-struct KroStringList {
+struct KroStringList : krohost::Tracked<KroStringList> {
     std::int64_t number = 0;
     std::vector<std::string> strings;
 };
@@ -31,19 +33,22 @@ struct Argument {
 
 } // namespace krohost
 
-struct KroArgList {
+struct KroArgList : krohost::Tracked<KroArgList> {
     std::int64_t number = 0;
     std::vector<krohost::Argument> arguments;
 };
 
 namespace krohost {
 
+/// The strings in quotation marks.
+std::string describe(const KroStringList* list);
+
 /// `"Name"="wing", "IMax"=10`; functions and pointers are written without their addresses.
 std::string describe(const KroArgList* list);
 
 /// Takes arguments out of a list by name. Everything that the reader's user does not expect throws ContractViolation:
-/// a null list, a missing argument, a value of another kind or out of range, and, in `finish`, arguments that nobody
-/// asked for.
+/// a null or freed list, a missing argument, a value of another kind or out of range, and, in `finish`, arguments that
+/// nobody asked for.
 class ArgumentReader {
 public:
     explicit ArgumentReader(const KroArgList* list);

@@ -76,10 +76,11 @@ bool Deferred::run(Phase phase, Journal& journal) {
 
 void Deferred::verifyGuards(Journal& journal) const {
     for (std::size_t partIndex = 0; partIndex < parts_.size(); ++partIndex) {
-        if (parts_[partIndex].isGuardIntact())
+        const char* place = parts_[partIndex].trespass();
+        if (!place)
             continue;
         const std::string part = target_.variable == 0 ? fmt::format(", section {}", partIndex + 1) : std::string{};
-        journal.violation(fmt::format("{} wrote past the end of the storage of {}{}", callbackName(Phase::load),
+        journal.violation(fmt::format("{} wrote {} of the storage of {}{}", callbackName(Phase::load), place,
                                       describe(target_), part));
     }
 }

@@ -75,13 +75,13 @@ bool Host::loadFiles(const Loader& loader, const std::vector<std::string>& fileN
         state_->journal.dialog({fmt::format("{} takes one file at a time.", loader.name)});
         return false;
     }
-    const KroStringList list{0, fileNames};
+    const KroStringList list{{}, 0, fileNames};
     return state_->runLoad("LoaderSelectedCallback", quoted(fileNames),
                            [&] { return loader.loadSelected(&list, nullptr, loader.clientData); });
 }
 
 bool Host::loadInstructions(const Loader& loader, const std::vector<std::string>& instructions) {
-    const KroStringList list{0, instructions};
+    const KroStringList list{{}, 0, instructions};
     return state_->runLoad("LoaderCallback", quoted(instructions),
                            [&] { return loader.load(&list, loader.clientData); });
 }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstring>
 #include <new>
 
 #include <sys/mman.h>
@@ -16,8 +15,9 @@ namespace {
 constexpr std::size_t largeByteCount = std::size_t{1} << 21;
 
 // Unlike any run of zeros, small integers or common floating-point values.
+template <std::size_t byteCount>
 constexpr auto guard = [] {
-    std::array<std::byte, 64> bytes{};
+    std::array<std::byte, byteCount> bytes{};
     for (std::size_t index = 0; index < bytes.size(); ++index)
         bytes[index] = static_cast<std::byte>(0xA5 ^ (index * 37));
     return bytes;
@@ -38,16 +38,22 @@ void useLargePages(std::byte* bytes, std::size_t byteCount) {
 // calloc gets large blocks from the system as zero pages, which cost nothing until they are written.
 Storage::Storage(std::int64_t itemCount, std::size_t itemByteCount)
     : itemCount_{itemCount}, byteCount_{static_cast<std::size_t>(itemCount) * itemByteCount},
-      bytes_{static_cast<std::byte*>(std::calloc(byteCount_ + guard.size(), 1))} {
-    if (!bytes_)
+      block_{static_cast<std::byte*>(std::calloc(byteCount_ + 2 * guardByteCount, 1))} {
+    if (!block_)
         throw std::bad_alloc{};
     if (byteCount_ >= largeByteCount)
-        useLargePages(bytes_.get(), byteCount_);
-    std::memcpy(bytes_.get() + byteCount_, guard.data(), guard.size());
+        useLargePages(block_.get(), byteCount_);
+    std::ranges::copy(guard<guardByteCount>, block_.get());
+    std::ranges::copy(guard<guardByteCount>, block_.get() + guardByteCount + byteCount_);
 }
 
-bool Storage::isGuardIntact() const {
-    return std::equal(guard.begin(), guard.end(), bytes_.get() + byteCount_);
+const char* Storage::trespass() const {
+    const auto isIntact = [&](std::size_t offset) {
+        return std::ranges::equal(guard<guardByteCount>, std::span(block_.get() + offset, guardByteCount));
+    };
+    if (!isIntact(0))
+        return "before the start";
+    return isIntact(guardByteCount + byteCount_) ? nullptr : "past the end";
 }
 
 } // namespace krohost

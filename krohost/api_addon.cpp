@@ -124,23 +124,21 @@ KroBool KroUtilDataLoadFinishX(const KroArgList* options) {
 }
 
 KroBool KroUtilImportSetLoaderInstr(const char* loaderName, const KroStringList* instructions) {
-    const auto describeCall = [&] {
-        return fmt::format("{}, {}", quoted(loaderName), instructions ? quoted(instructions->strings) : "null");
-    };
+    const auto describeCall = [&] { return fmt::format("{}, {}", quoted(loaderName), describe(instructions)); };
     return guarded<entryIndex("KroUtilImportSetLoaderInstr")>(KroBool{0}, describeCall, [&](HostState& host) {
         const std::string name = requireNotNull(loaderName, "the loader's name");
         if (!host.findLoader(name))
             throw ContractViolation(fmt::format("there is no loader {}", quoted(name)));
         host.requireDataset().instructions =
-            Instructions{name, requireNotNull(instructions, "the instruction list")->strings};
+            Instructions{name, requireLiving(instructions, "the instruction list")->strings};
         return KroBool{1};
     });
 }
 
 KroBool KroUtilExtractTimesFromFileNames(const KroStringList* fileNames, double* times) {
-    const auto describeCall = [&] { return fileNames ? quoted(fileNames->strings) : std::string{"null"}; };
+    const auto describeCall = [&] { return describe(fileNames); };
     return guarded<entryIndex("KroUtilExtractTimesFromFileNames")>(KroBool{0}, describeCall, [&](HostState&) {
-        const auto found = timesFromFileNames(requireNotNull(fileNames, "the list")->strings);
+        const auto found = timesFromFileNames(requireLiving(fileNames, "the list")->strings);
         double* destination = requireNotNull(times, "the array of times");
         if (!found)
             throw CallFailure("not every file name has a number");

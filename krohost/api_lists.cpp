@@ -12,6 +12,11 @@ using namespace krohost;
 namespace {
 
 template <class List>
+List* requireList(List* list) {
+    return requireLiving(list, "the list");
+}
+
+template <class List>
 List* makeList(HostState& host) {
     auto* list = new List;
     list->number = ++host.listNumber;
@@ -21,11 +26,19 @@ List* makeList(HostState& host) {
 
 template <std::size_t entry, class List>
 void freeList(List** place) {
-    guardedVoid<entry>(
-        [&] { return place ? resultText(std::as_const(*place)) : "null"; },
-        [&](HostState& host) { host.liveListCount -= *requireNotNull(place, "the place of the list") ? 1 : 0; });
-    if (place)
-        delete std::exchange(*place, nullptr);
+    guardedVoid<entry>([&] { return place ? resultText(std::as_const(*place)) : "null"; },
+                       [&](HostState& host) {
+                           if (!*requireNotNull(place, "the place of the list"))
+                               return;
+                           if (requireList(*place)->number == 0)
+                               throw ContractViolation("the list is the host's own");
+                           --host.liveListCount;
+                       });
+    if (!place)
+        return;
+    List* list = std::exchange(*place, nullptr);
+    if (!List::absence(list) && list->number != 0)
+        delete list;
 }
 
 /// Appends one argument; the entry of the interface tells which of the six functions it is.
@@ -33,7 +46,7 @@ template <std::size_t entry, class MakeValue>
 KroBool append(KroArgList* list, const char* name, const MakeValue& makeValue) {
     const auto describeCall = [&] { return fmt::format("{}, {}", resultText(list), quoted(name)); };
     return guarded<entry>(KroBool{0}, describeCall, [&](HostState&) {
-        auto& arguments = requireNotNull(list, "the list")->arguments;
+        auto& arguments = requireList(list)->arguments;
         const std::string argumentName = requireNotNull(name, "the name");
         if (std::any_of(arguments.begin(), arguments.end(),
                         [&](const Argument& argument) { return argument.name == argumentName; }))
@@ -70,15 +83,15 @@ void KroUtilStringListDealloc(KroStringList** list) {
 }
 
 void KroUtilStringListClear(KroStringList* list) {
-    guardedVoid<entryIndex("KroUtilStringListClear")>(
-        [&] { return resultText(list); }, [&](HostState&) { requireNotNull(list, "the list")->strings.clear(); });
+    guardedVoid<entryIndex("KroUtilStringListClear")>([&] { return resultText(list); },
+                                                      [&](HostState&) { requireList(list)->strings.clear(); });
 }
 
 KroBool KroUtilStringListAppendString(KroStringList* list, const char* string) {
     return guarded<entryIndex("KroUtilStringListAppendString")>(
         KroBool{0}, [&] { return fmt::format("{}, {}", resultText(list), quoted(string)); },
         [&](HostState&) {
-            requireNotNull(list, "the list")->strings.emplace_back(requireNotNull(string, "the string"));
+            requireList(list)->strings.emplace_back(requireNotNull(string, "the string"));
             return KroBool{1};
         });
 }
@@ -86,14 +99,14 @@ KroBool KroUtilStringListAppendString(KroStringList* list, const char* string) {
 std::int64_t KroUtilStringListGetCount(const KroStringList* list) {
     return guarded<entryIndex("KroUtilStringListGetCount")>(
         std::int64_t{0}, [&] { return resultText(list); },
-        [&](HostState&) { return static_cast<std::int64_t>(requireNotNull(list, "the list")->strings.size()); });
+        [&](HostState&) { return static_cast<std::int64_t>(requireList(list)->strings.size()); });
 }
 
 const char* KroUtilStringListGetRawStringPtr(const KroStringList* list, std::int64_t number) {
     return guarded<entryIndex("KroUtilStringListGetRawStringPtr")>(
         static_cast<const char*>(nullptr), [&] { return fmt::format("{}, {}", resultText(list), number); },
         [&](HostState&) -> const char* {
-            const auto& strings = requireNotNull(list, "the list")->strings;
+            const auto& strings = requireList(list)->strings;
             const bool exists = number >= 1 && static_cast<std::uint64_t>(number) <= strings.size();
             return exists ? strings[static_cast<std::size_t>(number) - 1].c_str() : nullptr;
         });

@@ -11,6 +11,12 @@ bool isListCall(std::size_t entryIndex) {
     return name.starts_with("KroUtilStringList") || name.starts_with("KroUtilArgList");
 }
 
+template <class List>
+std::string listText(const char* kind, const List* list) {
+    const char* absence = List::absence(list);
+    return absence ? absence : fmt::format("{} {}", kind, list->number);
+}
+
 } // namespace
 
 std::string resultText(Nothing) {
@@ -26,10 +32,10 @@ std::string resultText(const void* pointer) {
     return pointer ? "pointer" : "null";
 }
 std::string resultText(const KroStringList* list) {
-    return list ? fmt::format("strings {}", list->number) : "null";
+    return listText("strings", list);
 }
 std::string resultText(const KroArgList* list) {
-    return list ? fmt::format("arguments {}", list->number) : "null";
+    return listText("arguments", list);
 }
 std::string resultText(const KroAddOn* addOn) {
     return addOn ? fmt::format("add-on {}", addOn->number) : "null";

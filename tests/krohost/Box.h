@@ -33,9 +33,15 @@ struct Box {
     KroDataValueCleanup cleanupP = [](KroFieldData*) {};
     std::function<void()> doInLoad = [] {};
     std::function<void()> doAfterLoad = [] {};
+    const KroStringList* fileNames = nullptr; // of the load that runs
 
 private:
-    KroAddOn* addOn_ = registerLoader([](auto*, void*, void* box) { return static_cast<Box*>(box)->loadBox(); }, this);
+    KroAddOn* addOn_ = registerLoader(
+        [](auto* names, void*, void* box) {
+            static_cast<Box*>(box)->fileNames = names;
+            return static_cast<Box*>(box)->loadBox();
+        },
+        this);
 
     KroBool makeZone() const {
         const KroDataValueLoad loadQ = [](KroFieldData*) { return KroBool{1}; };

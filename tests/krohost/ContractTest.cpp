@@ -18,8 +18,10 @@ KroBool registerP(std::int32_t zone, void* clientData = nullptr) {
         zone, 1, load, load, [](KroFieldData*) {}, clientData);
 }
 
-KroBool writePastP(KroFieldData* p) {
-    static_cast<float*>(KroUtilDataValueGetRawPtrByRef(p))[KroUtilDataValueGetCount(p)] = 1;
+/// Writes behind the last value, or before the first.
+template <bool behind>
+KroBool writeP(KroFieldData* p) {
+    static_cast<float*>(KroUtilDataValueGetRawPtrByRef(p))[behind ? KroUtilDataValueGetCount(p) : -1] = 1;
     return 1;
 }
 
@@ -37,6 +39,13 @@ void createWithoutLoad() {
     KroUtilLockOn();
     call(KroUtilDataSetCreateX, {{"LoaderName", "Box"}, {"DataSetTitle", ""}});
     KroUtilLockOff();
+}
+
+const KroArgList* freedList() {
+    KroArgList* list = KroUtilArgListAlloc();
+    const KroArgList* const copy = list;
+    KroUtilArgListDealloc(&list);
+    return copy;
 }
 
 /// Does something with a list of its own.
@@ -107,6 +116,9 @@ TEST(Contract, CallsOutOfPlaceAreViolations) {
          [] { KroUtilImportSetLoaderInstr("Cone", nullptr); }},
         {"KroUtilStringListDealloc: the place of the list is null", [] { KroUtilStringListDealloc(nullptr); }},
         {"KroUtilStringListAppendString: the list is null", [] { KroUtilStringListAppendString(nullptr, "a"); }},
+        {"KroUtilArgListDealloc: the list is freed",
+         [] { withList([](auto* list) { KroUtilArgListDealloc(&list); }); }},
+        {"KroUtilImportAddLoaderX: the argument list is freed", [] { KroUtilImportAddLoaderX(freedList()); }},
         {"KroUtilArgListAppendInt: the name is null",
          [] { withList([](auto* list) { KroUtilArgListAppendInt(list, nullptr, 1); }); }},
         {"KroUtilArgListAppendInt: the argument \"a\" stands twice",
@@ -132,6 +144,12 @@ TEST(Contract, CallsOutOfPlaceAreViolations) {
         {"1 string or argument lists were not freed", keepList}};
     for (const auto& [violation, misdeed] : rowsAfterLoad)
         expectViolation(violation, [deed = misdeed](Box& box) { box.doAfterLoad = deed; });
+    expectViolation("KroUtilStringListDealloc: the list is the host's own", [](Box& box) {
+        box.doInLoad = [&] {
+            auto* list = const_cast<KroStringList*>(box.fileNames);
+            KroUtilStringListDealloc(&list);
+        };
+    });
     expectViolation("KroUtilDataValueCustomLOD: the client record belongs to other callbacks already", [](Box& box) {
         box.doInLoad = [&] {
             for (const std::int32_t number : {2, 3})
@@ -142,7 +160,8 @@ TEST(Contract, CallsOutOfPlaceAreViolations) {
 
 TEST(Contract, LoadsKeepToTheirStorageAndHandle) {
     const std::vector<std::pair<const char*, KroDataValueLoad>> rows{
-        {"DataValueLoad wrote past the end of the storage of zone 1, variable 1", writePastP},
+        {"DataValueLoad wrote past the end of the storage of zone 1, variable 1", writeP<true>},
+        {"DataValueLoad wrote before the start of the storage of zone 1, variable 1", writeP<false>},
         {"an exception left DataValueLoad: fell over", [](auto*) -> KroBool { throw std::runtime_error("fell over"); }},
         {"an exception of unknown type left DataValueLoad", [](auto*) -> KroBool { throw 1; }},
         {"DataValueLoad returned 2, not 0 or 1", [](auto*) { return KroBool{2}; }},
