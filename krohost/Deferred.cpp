@@ -1,6 +1,7 @@
 #include "krohost/Deferred.h"
 
 #include "krohost/callAddOn.h"
+#include "krohost/itemType.h"
 
 #include <fmt/format.h>
 
@@ -95,17 +96,7 @@ std::int64_t nodeNumberCount(std::int64_t elementCount, std::int64_t nodesPerEle
 using krohost::Phase;
 
 std::size_t KroFieldData::itemByteCount() const {
-    switch (type) {
-    case FieldDataType_Double:
-        return 8;
-    case FieldDataType_Float:
-    case FieldDataType_Int32:
-        return 4;
-    case FieldDataType_Int16:
-        return 2;
-    default:
-        return 1;
-    }
+    return krohost::withItemType(type, []<class Item>(krohost::ItemTag<Item>) { return sizeof(Item); });
 }
 
 const char* KroFieldData::callbackName(Phase phase) const {

@@ -10,13 +10,10 @@ namespace krohost {
 template <class Item>
 struct ItemTag {};
 
-/// Calls `use` with the tag of the type in which the data's storage holds its items.
+/// Calls `use` with the tag of the type in which the storage of a variable of this type holds its items.
 template <class Use>
-auto withItemType(const Deferred& data, const Use& use) {
-    const auto* fieldData = dynamic_cast<const KroFieldData*>(&data);
-    if (!fieldData)
-        return data.itemByteCount() == 8 ? use(ItemTag<std::int64_t>{}) : use(ItemTag<std::int32_t>{});
-    switch (fieldData->type) {
+auto withItemType(FieldDataType_e type, const Use& use) {
+    switch (type) {
     case FieldDataType_Float:
         return use(ItemTag<float>{});
     case FieldDataType_Double:
@@ -28,6 +25,13 @@ auto withItemType(const Deferred& data, const Use& use) {
     default:
         return use(ItemTag<std::uint8_t>{});
     }
+}
+
+template <class Use>
+auto withItemType(const Deferred& data, const Use& use) {
+    if (const auto* fieldData = dynamic_cast<const KroFieldData*>(&data))
+        return withItemType(fieldData->type, use);
+    return data.itemByteCount() == 8 ? use(ItemTag<std::int64_t>{}) : use(ItemTag<std::int32_t>{});
 }
 
 } // namespace krohost

@@ -2,12 +2,11 @@
 
 #include "mesh/cellTables.h"
 #include "mesh/messages.h"
-#include "mesh/nodePermutations.h"
 
 #include "host/exceptions.h"
+#include "host/nodeOrder.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <utility>
 
 namespace veltra::vtkfile::VtkCell {
@@ -26,42 +25,7 @@ const AcceptedType* findRow(Type type) {
     return rowsByCode[static_cast<std::uint8_t>(type)];
 }
 
-struct Permutation {
-    Type type;
-    std::span<const std::uint64_t> table;
-};
-
-constexpr std::array<Permutation, 13> permutations{{
-    {Type::Pixel, pixelNodes},
-    {Type::Voxel, voxelNodes},
-    {Type::BiQuadraticQuadraticWedge, biQuadraticWedgeNodes},
-    {Type::LagrangeQuadrilateral, lagrangeQuadrilateral16},
-    {Type::LagrangeQuadrilateral, lagrangeQuadrilateral25},
-    {Type::LagrangeTetrahedron, lagrangeTetrahedron20},
-    {Type::LagrangeTetrahedron, lagrangeTetrahedron35},
-    {Type::LagrangeWedge, lagrangeWedge18},
-    {Type::LagrangeWedge, lagrangeWedge40},
-    {Type::LagrangeWedge, lagrangeWedge75},
-    {Type::LagrangeHexahedron, lagrangeHexahedron27},
-    {Type::LagrangeHexahedron, lagrangeHexahedron64},
-    {Type::LagrangeHexahedron, lagrangeHexahedron125},
-}};
-
-constexpr std::array<Permutation, 3> oldPermutations{{
-    {Type::LagrangeHexahedron, oldLagrangeHexahedron27},
-    {Type::LagrangeHexahedron, oldLagrangeHexahedron64},
-    {Type::LagrangeHexahedron, oldLagrangeHexahedron125},
-}};
-
 constexpr FileVersion newHexahedronOrder{2, 1, 0};
-
-template <std::size_t Count>
-std::span<const std::uint64_t> find(const std::array<Permutation, Count>& rows, Type type, std::uint32_t nodeCount) {
-    const auto found = std::find_if(rows.begin(), rows.end(), [&](const Permutation& row) {
-        return row.type == type && row.table.size() == nodeCount;
-    });
-    return found == rows.end() ? std::span<const std::uint64_t>() : found->table;
-}
 
 } // namespace
 
@@ -98,9 +62,8 @@ CellShape_e hostShape(Type type) {
 }
 
 std::span<const std::uint64_t> nodePermutation(FileVersion version, Type type, std::uint32_t nodeCount) {
-    if (type == Type::LagrangeHexahedron && version < newHexahedronOrder)
-        return find(oldPermutations, type, nodeCount);
-    return find(permutations, type, nodeCount);
+    const vtkcells::NodeOrder order = vtkcells::nodeOrder(static_cast<std::uint8_t>(type), nodeCount);
+    return version < newHexahedronOrder ? order.oldPlaces : order.places;
 }
 
 } // namespace veltra::vtkfile::VtkCell

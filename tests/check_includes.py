@@ -11,7 +11,7 @@ ALLOWED = {
     "mesh": "streams xml host",
     "output": "mesh streams xml host",
     "addon": "output mesh streams xml host",
-    "krohost": "host/kro.h",
+    "krohost": "host/kro.h host/nodeOrder.h",
 }
 
 

@@ -1,8 +1,6 @@
 #include "krohost/check/arrayChecks.h"
 
-#include "krohost/check/values.h"
-
-#include "krohost/vtu/decode.h"
+#include "krohost/vtu/values.h"
 
 #include <fmt/format.h>
 
@@ -66,7 +64,7 @@ void checkValues(const Document& document, const Array& array, Findings& finding
     Odd odd;
     const vtu::Decoded decoded = vtu::decode(document, array, [&](std::span<const std::byte> bytes) {
         poll();
-        forEachReal(*array.type, bytes, [&odd](double value) {
+        vtu::forEachReal(*array.type, bytes, [&odd](double value) {
             odd.nanCount += std::isnan(value) ? 1 : 0;
             odd.infinityCount += std::isinf(value) ? 1 : 0;
         });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "krohost/check/Finding.h"
+#include "krohost/vtu/decode.h"
 
 #include <cstdint>
 #include <functional>
@@ -15,6 +16,10 @@ std::string nameInText(const vtu::Array& array);
 /// How many values the piece asks of an array; nothing where only the data say so, as for connectivity, and where the
 /// numbers in the tags are none or overflow.
 std::optional<std::uint64_t> neededValueCount(const vtu::Array& array);
+
+/// Compares the number of values with what is needed, where that is known.
+void checkValueCount(const vtu::Array& array, std::uint64_t heldCount, Findings& findings);
+void reportFaults(const vtu::Array& array, const vtu::Decoded& decoded, Findings& findings);
 
 /// Called again and again during long work; may throw to end it.
 using Poll = std::function<void()>;

@@ -1,6 +1,6 @@
 #include "krohost/check/arrayChecks.h"
-#include "krohost/check/cellTypes.h"
-#include "krohost/check/values.h"
+#include "krohost/vtu/cellTypes.h"
+#include "krohost/vtu/values.h"
 
 #include <fmt/format.h>
 
@@ -13,6 +13,7 @@ namespace krohost::check {
 namespace {
 
 using vtu::Array;
+using vtu::CellType;
 using vtu::Document;
 using vtu::Piece;
 
@@ -66,7 +67,7 @@ public:
                 return;
             }
             const std::int64_t type = types_[static_cast<std::size_t>(cell)];
-            const CellType* known = findCellType(type);
+            const CellType* known = vtu::findCellType(type);
             const std::int64_t nodeCount = difference(offset, lastOffset_);
             if (offset < lastOffset_)
                 falling.add([&] {
@@ -120,7 +121,7 @@ private:
     bool read(const Array& array, const Use& use) {
         const vtu::Decoded decoded = vtu::decode(document_, array, [&](std::span<const std::byte> bytes) {
             poll_();
-            forEachInteger(*array.type, bytes, use);
+            vtu::forEachInteger(*array.type, bytes, use);
         });
         reportFaults(array, decoded, findings_);
         return decoded.faults.empty();
@@ -135,7 +136,7 @@ private:
             const std::uint64_t cell = count++;
             if (cell >= cellCount_)
                 return;
-            const CellType* known = findCellType(type);
+            const CellType* known = vtu::findCellType(type);
             if (!known)
                 unknown.add([&] { return fmt::format("cell {} is of type {}, which is not read", cell, type); });
             else if (known->dimension > 0 && dimension > 0 && known->dimension != dimension)

@@ -78,9 +78,9 @@ bool fits(const std::vector<CellRun>& runs, const Zone& zone) {
 
 } // namespace
 
-std::vector<std::vector<CellRun>> cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs,
-                                             std::vector<std::string>& notes) {
-    std::vector<std::vector<CellRun>> orders(dataset.zones.size());
+CellOrders cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs,
+                      std::vector<std::string>& notes) {
+    CellOrders orders(dataset.zones.size());
     if (std::none_of(dataset.zones.begin(), dataset.zones.end(), needsOrder))
         return orders;
     const std::vector<std::filesystem::path> files = zoneFiles(inputs);

@@ -12,7 +12,7 @@ namespace krohost::write {
 /// For each zone, in which order its cells stand in the file that it came from, which is the order of its values at
 /// cells; node lists come section by section instead. Empty for a zone without such values or of one section. Adds a
 /// note for each zone whose order cannot be found out.
-std::vector<std::vector<CellRun>> cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs,
-                                             std::vector<std::string>& notes);
+CellOrders cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs,
+                      std::vector<std::string>& notes);
 
 } // namespace krohost::write

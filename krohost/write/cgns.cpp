@@ -1,5 +1,6 @@
 #include "krohost/write/cgns.h"
 
+#include "krohost/itemType.h"
 #include "krohost/write/Loaded.h"
 #include "krohost/write/WriteError.h"
 
@@ -78,26 +79,12 @@ private:
     std::set<std::string> taken_;
 };
 
-template <class To, class From>
-std::vector<To> converted(const Loaded& loaded) {
-    const auto items = loaded.items<From>();
-    return {items.begin(), items.end()};
-}
-
 template <class To>
-std::vector<To> convertedFrom(FieldDataType_e type, const Loaded& loaded) {
-    switch (type) {
-    case FieldDataType_Float:
-        return converted<To, float>(loaded);
-    case FieldDataType_Double:
-        return converted<To, double>(loaded);
-    case FieldDataType_Int32:
-        return converted<To, std::int32_t>(loaded);
-    case FieldDataType_Int16:
-        return converted<To, std::int16_t>(loaded);
-    default:
-        return converted<To, std::uint8_t>(loaded);
-    }
+std::vector<To> converted(FieldDataType_e type, const Loaded& loaded) {
+    return withItemType(type, [&]<class From>(ItemTag<From>) {
+        const auto items = loaded.items<From>();
+        return std::vector<To>(items.begin(), items.end());
+    });
 }
 
 /// Values in the order of the elements, which the file has section by section.
@@ -129,7 +116,7 @@ public:
     CgnsWriter(const CgnsWriter&) = delete;
     CgnsWriter& operator=(const CgnsWriter&) = delete;
 
-    void write(const std::vector<std::vector<CellRun>>& runs) {
+    void write(const CellOrders& orders) {
         int cellDimension = 1;
         for (const Zone& zone : dataset_.zones)
             for (const Section& section : zone.sections)
@@ -138,7 +125,7 @@ public:
         require(cg_simulation_type_write(file_, base_, TimeAccurate));
         writeTime();
         for (std::size_t index = 0; index < dataset_.zones.size(); ++index)
-            writeZone(dataset_.zones[index], runs[index]);
+            writeZone(dataset_.zones[index], orders[index]);
         require(cg_close(std::exchange(file_, 0)));
     }
 
@@ -175,9 +162,9 @@ private:
             const Loaded loaded{host_, {zone.number, numbers[axis]}};
             const FieldDataType_e type = zone.suppliedVariable(numbers[axis])->type;
             if (type == FieldDataType_Float)
-                writeAs(RealSingle, converted<float, float>(loaded));
+                writeAs(RealSingle, converted<float>(type, loaded));
             else
-                writeAs(RealDouble, convertedFrom<double>(type, loaded));
+                writeAs(RealDouble, converted<double>(type, loaded));
         }
     }
 
@@ -237,11 +224,11 @@ private:
             require(cg_field_write(file_, base_, zone_, solution, dataType, name.c_str(), values.data(), &field));
         };
         if (type == FieldDataType_Float)
-            writeAs(RealSingle, converted<float, float>(loaded));
+            writeAs(RealSingle, converted<float>(type, loaded));
         else if (type == FieldDataType_Double)
-            writeAs(RealDouble, converted<double, double>(loaded));
+            writeAs(RealDouble, converted<double>(type, loaded));
         else
-            writeAs(Integer, convertedFrom<std::int32_t>(type, loaded));
+            writeAs(Integer, converted<std::int32_t>(type, loaded));
     }
 
     Host& host_;
@@ -255,9 +242,9 @@ private:
 
 } // namespace
 
-void writeCgns(Host& host, const std::filesystem::path& path, const std::vector<std::vector<CellRun>>& runs,
+void writeCgns(Host& host, const std::filesystem::path& path, const CellOrders& orders,
                std::vector<std::string>& notes) {
-    CgnsWriter{host, path, notes}.write(runs);
+    CgnsWriter{host, path, notes}.write(orders);
 }
 
 } // namespace krohost::write

@@ -10,10 +10,9 @@
 namespace krohost::write {
 
 /// Writes the zones as unstructured zones of a CGNS file: a section of elements for each section, one solution for the
-/// nodes and one for the cells, the solution time that all zones share. `runs` has, for each zone, the order in which
-/// its values at cells come; empty: section by section. Says in `notes` which names had to be changed. Holds one array
-/// in memory. Throws WriteError, FileError and Interrupted.
-void writeCgns(Host& host, const std::filesystem::path& path, const std::vector<std::vector<CellRun>>& runs,
+/// nodes and one for the cells, the solution time that all zones share. Says in `notes` which names had to be changed.
+/// Holds one array in memory. Throws WriteError, FileError and Interrupted.
+void writeCgns(Host& host, const std::filesystem::path& path, const CellOrders& orders,
                std::vector<std::string>& notes);
 
 } // namespace krohost::write

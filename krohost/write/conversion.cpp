@@ -20,7 +20,6 @@ namespace krohost::write {
 namespace {
 
 namespace fs = std::filesystem;
-using Orders = std::vector<std::vector<CellRun>>;
 
 struct FormatName {
     std::string_view name;
@@ -65,7 +64,8 @@ void noteMissingCoordinates(const Dataset& dataset, std::vector<std::string>& no
 }
 
 /// A file per zone in a folder of the collection's name; gives what the collection says of them.
-std::vector<CollectionMember> writeMembers(Host& host, const Request& request, const Orders& orders, Outputs& outputs) {
+std::vector<CollectionMember> writeMembers(Host& host, const Request& request, const CellOrders& orders,
+                                           Outputs& outputs) {
     const std::string stem = request.path.stem().string();
     std::map<double, std::size_t> partCounts;
     std::vector<CollectionMember> members;
@@ -82,14 +82,14 @@ std::vector<CollectionMember> writeMembers(Host& host, const Request& request, c
     return members;
 }
 
-std::vector<Grid> grids(Host& host, const Orders& orders) {
+std::vector<Grid> grids(Host& host, const CellOrders& orders) {
     std::vector<Grid> result;
     for (const Zone& zone : host.dataset().zones)
         result.push_back(zoneGrid(host, zone, orders[result.size()]));
     return result;
 }
 
-void write(Host& host, const Request& request, const Orders& orders, Outputs& outputs,
+void write(Host& host, const Request& request, const CellOrders& orders, Outputs& outputs,
            std::vector<std::string>& notes) {
     if (request.format == FileFormat::csv)
         return writeCsv(host, request.path, outputs);
@@ -131,7 +131,7 @@ Conversion convertZones(Host& host, const std::vector<fs::path>& inputs, const R
     requireWritable(dataset, request.format);
     Conversion conversion;
     conversion.zoneCount = dataset.zones.size();
-    Orders orders(dataset.zones.size());
+    CellOrders orders(dataset.zones.size());
     if (request.format != FileFormat::csv) {
         orders = cellOrders(dataset, inputs, conversion.notes);
         noteMissingCoordinates(dataset, conversion.notes);

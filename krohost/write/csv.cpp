@@ -1,5 +1,6 @@
 #include "krohost/write/csv.h"
 
+#include "krohost/itemType.h"
 #include "krohost/write/Loaded.h"
 #include "krohost/write/OutputFile.h"
 #include "krohost/write/WriteError.h"
@@ -43,26 +44,12 @@ public:
     Column(Host& host, const KroFieldData& data) : type_{data.type}, loaded_{host, data.target()} {}
 
     void appendText(fmt::memory_buffer& text, std::size_t row) const {
-        switch (type_) {
-        case FieldDataType_Float:
-            return appendAs<float>(text, row);
-        case FieldDataType_Double:
-            return appendAs<double>(text, row);
-        case FieldDataType_Int32:
-            return appendAs<std::int32_t>(text, row);
-        case FieldDataType_Int16:
-            return appendAs<std::int16_t>(text, row);
-        default:
-            return appendAs<std::uint8_t>(text, row);
-        }
+        withItemType(type_, [&]<class Item>(ItemTag<Item>) {
+            fmt::format_to(std::back_inserter(text), ",{}", +loaded_.items<Item>()[row]);
+        });
     }
 
 private:
-    template <class Item>
-    void appendAs(fmt::memory_buffer& text, std::size_t row) const {
-        fmt::format_to(std::back_inserter(text), ",{}", +loaded_.items<Item>()[row]);
-    }
-
     FieldDataType_e type_;
     Loaded loaded_;
 };

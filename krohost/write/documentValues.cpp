@@ -1,48 +1,14 @@
 #include "krohost/write/documentValues.h"
 
 #include "krohost/vtu/decode.h"
+#include "krohost/vtu/values.h"
 #include "krohost/write/WriteError.h"
 
 #include <fmt/format.h>
 
-#include <cstring>
-
 namespace krohost::write {
 
 namespace {
-
-template <class Value>
-void useAs(std::span<const std::byte> bytes, const std::function<void(std::int64_t)>& use) {
-    for (; bytes.size() >= sizeof(Value); bytes = bytes.subspan(sizeof(Value))) {
-        Value value{};
-        std::memcpy(&value, bytes.data(), sizeof value);
-        use(static_cast<std::int64_t>(value));
-    }
-}
-
-void useAs(ElementType type, std::span<const std::byte> bytes, const std::function<void(std::int64_t)>& use) {
-    switch (type) {
-    case ElementType::Int8:
-        return useAs<std::int8_t>(bytes, use);
-    case ElementType::UInt8:
-        return useAs<std::uint8_t>(bytes, use);
-    case ElementType::Int16:
-        return useAs<std::int16_t>(bytes, use);
-    case ElementType::UInt16:
-        return useAs<std::uint16_t>(bytes, use);
-    case ElementType::Int32:
-        return useAs<std::int32_t>(bytes, use);
-    case ElementType::UInt32:
-        return useAs<std::uint32_t>(bytes, use);
-    case ElementType::Int64:
-        return useAs<std::int64_t>(bytes, use);
-    case ElementType::UInt64:
-        return useAs<std::uint64_t>(bytes, use);
-    case ElementType::Float32:
-    case ElementType::Float64:
-        throw WriteError("The cells of the file are not given by integers.");
-    }
-}
 
 const vtu::Array& cellArray(const vtu::Document& document, const vtu::Piece& piece, const char* name) {
     for (const vtu::Array& array : piece.cells)
@@ -62,8 +28,11 @@ void produceValues(const vtu::Document& document, const vtu::Array& array, const
 
 void forEachInteger(const vtu::Document& document, const vtu::Array& array,
                     const std::function<void(std::int64_t)>& use) {
+    const ElementType type = array.type.value_or(ElementType::Float64);
     produceValues(document, array, [&](std::span<const std::byte> bytes) {
-        useAs(array.type.value_or(ElementType::Float64), bytes, use);
+        if (vtu::isFloatingPoint(type))
+            throw WriteError("The cells of the file are not given by integers.");
+        vtu::forEachInteger(type, bytes, use);
     });
 }
 

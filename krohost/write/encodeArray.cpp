@@ -1,5 +1,6 @@
 #include "krohost/write/encodeArray.h"
 
+#include "krohost/vtu/values.h"
 #include "krohost/write/WriteError.h"
 #include "krohost/write/blocks.h"
 
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cstring>
 #include <limits>
 #include <memory>
 #include <vector>
@@ -102,28 +102,11 @@ public:
         : file_{file}, type_{type}, perLine_{componentCount > 1 ? componentCount : 12} {}
 
     void write(Bytes values) override {
-        switch (type_) {
-        case ElementType::Int8:
-            return writeAs<std::int8_t>(values);
-        case ElementType::UInt8:
-            return writeAs<std::uint8_t>(values);
-        case ElementType::Int16:
-            return writeAs<std::int16_t>(values);
-        case ElementType::UInt16:
-            return writeAs<std::uint16_t>(values);
-        case ElementType::Int32:
-            return writeAs<std::int32_t>(values);
-        case ElementType::UInt32:
-            return writeAs<std::uint32_t>(values);
-        case ElementType::Int64:
-            return writeAs<std::int64_t>(values);
-        case ElementType::UInt64:
-            return writeAs<std::uint64_t>(values);
-        case ElementType::Float32:
-            return writeAs<float>(values);
-        case ElementType::Float64:
-            return writeAs<double>(values);
-        }
+        fmt::memory_buffer text;
+        vtu::forEachValue(type_, values, [&](auto value) {
+            fmt::format_to(std::back_inserter(text), "{}{}", +value, ++count_ % perLine_ == 0 ? '\n' : ' ');
+        });
+        file_.write({text.data(), text.size()});
     }
     void finish() override {
         if (count_ % perLine_ != 0)
@@ -131,17 +114,6 @@ public:
     }
 
 private:
-    template <class Value>
-    void writeAs(Bytes values) {
-        fmt::memory_buffer text;
-        for (std::size_t begin = 0; begin < values.size(); begin += sizeof(Value)) {
-            Value value{};
-            std::memcpy(&value, &values[begin], sizeof value);
-            fmt::format_to(std::back_inserter(text), "{}{}", +value, ++count_ % perLine_ == 0 ? '\n' : ' ');
-        }
-        file_.write({text.data(), text.size()});
-    }
-
     OutputFile& file_;
     ElementType type_;
     std::uint64_t perLine_;

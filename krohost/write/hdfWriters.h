@@ -15,7 +15,7 @@ namespace krohost::write {
 struct HdfWriters {
     /// writeVtkhdf and writeCgns.
     void (*vtkhdf)(const std::filesystem::path& path, bool isCompressed, const std::vector<Grid>& grids);
-    void (*cgns)(Host& host, const std::filesystem::path& path, const std::vector<std::vector<CellRun>>& runs,
+    void (*cgns)(Host& host, const std::filesystem::path& path, const CellOrders& orders,
                  std::vector<std::string>& notes);
 };
 

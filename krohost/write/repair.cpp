@@ -1,4 +1,5 @@
 #include "krohost/vtu/Document.h"
+#include "krohost/vtu/cellTypes.h"
 #include "krohost/write/WriteError.h"
 #include "krohost/write/conversion.h"
 #include "krohost/write/documentValues.h"
@@ -8,7 +9,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <memory>
 
@@ -17,25 +17,6 @@ namespace krohost::write {
 namespace {
 
 using vtu::Document;
-
-constexpr std::uint8_t vertexType = 1;
-
-/// The cell types that are loaded, by dimension.
-constexpr std::array<std::array<std::uint8_t, 11>, 4> typesByDimension{{
-    {vertexType},
-    {3, 21, 68},
-    {5, 8, 9, 22, 28, 69, 70},
-    {10, 11, 12, 13, 14, 24, 32, 71, 72, 73},
-}};
-
-/// Nothing for a type that is not loaded.
-std::optional<std::size_t> dimension(std::uint8_t type) {
-    for (std::size_t dimension = 0; dimension < typesByDimension.size(); ++dimension)
-        if (const auto& types = typesByDimension[dimension];
-            type != 0 && std::find(types.begin(), types.end(), type) != types.end())
-            return dimension;
-    return std::nullopt;
-}
 
 /// The pieces of a file as one grid without the cells that keep it from being loaded.
 class Repair {
@@ -53,12 +34,13 @@ public:
         }
         for (const PieceCells& cells : cells_)
             for (const std::uint8_t type : cells.types)
-                dimension_ = std::max(dimension_, dimension(type).value_or(0));
+                if (const vtu::CellType* known = vtu::findCellType(type))
+                    dimension_ = std::max(dimension_, known->dimension);
     }
 
     bool keeps(std::uint8_t type) const {
-        const auto ofType = dimension(type);
-        return ofType && (type == vertexType || *ofType == dimension_);
+        const vtu::CellType* known = vtu::findCellType(type);
+        return known && (known->dimension == 0 || known->dimension == dimension_);
     }
 
     std::vector<std::string> notes() const {
@@ -68,10 +50,10 @@ public:
                 leftOut[type] += keeps(type) ? 0 : 1;
         std::vector<std::string> notes;
         for (const auto& [type, count] : leftOut)
-            if (count > 0 && dimension(type))
+            if (const vtu::CellType* known = vtu::findCellType(type); count > 0 && known)
                 notes.push_back(
                     fmt::format("Cells left out: {} of type {}, whose dimension is {} where others have {}.", count,
-                                type, *dimension(type), dimension_));
+                                type, known->dimension, dimension_));
             else if (count > 0)
                 notes.push_back(fmt::format("Cells left out: {} of type {}, which is not loaded.", count, type));
         return notes;
@@ -238,7 +220,7 @@ private:
 
     Document document_;
     std::vector<PieceCells> cells_; // by piece
-    std::size_t dimension_ = 0;
+    int dimension_ = 0;
 };
 
 } // namespace

@@ -1,15 +1,14 @@
 #include "krohost/write/vtkCells.h"
 
+#include "host/nodeOrder.h"
 #include "krohost/write/Loaded.h"
 #include "krohost/write/WriteError.h"
-#include "krohost/write/nodeOrders.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
 #include <numeric>
-#include <span>
 
 namespace krohost::write {
 
@@ -40,37 +39,13 @@ constexpr std::array<CellType, 21> cellTypes{{
     {CellShape_Pyramid, 1, 1, 14, false},
 }};
 
-struct NodeOrder {
-    std::uint8_t type;
-    std::span<const std::uint8_t> places;
-};
-
-constexpr std::array<NodeOrder, 13> nodeOrders{{
-    {8, pixelNodes},
-    {11, voxelNodes},
-    {32, prism18},
-    {70, quadrilateral16},
-    {70, quadrilateral25},
-    {71, tetrahedron20},
-    {71, tetrahedron35},
-    {72, hexahedron27},
-    {72, hexahedron64},
-    {72, hexahedron125},
-    {73, prism18},
-    {73, prism40},
-    {73, prism75},
-}};
-
 /// The host's places of the nodes of a cell, in the order of the file.
 std::vector<std::uint8_t> nodesInFile(std::uint8_t type, std::uint32_t nodeCount) {
     std::vector<std::uint8_t> nodes(nodeCount);
     std::iota(nodes.begin(), nodes.end(), std::uint8_t{0});
-    const auto found = std::find_if(nodeOrders.begin(), nodeOrders.end(), [&](const NodeOrder& row) {
-        return row.type == type && row.places.size() == nodeCount;
-    });
-    if (found != nodeOrders.end())
-        for (std::size_t inHost = 0; inHost < nodeCount; ++inHost)
-            nodes[found->places[inHost]] = static_cast<std::uint8_t>(inHost);
+    const auto places = veltra::vtkcells::nodeOrder(type, nodeCount).places;
+    for (std::size_t inHost = 0; inHost < places.size(); ++inHost)
+        nodes[places[inHost]] = static_cast<std::uint8_t>(inHost);
     return nodes;
 }
 

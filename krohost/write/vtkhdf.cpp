@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <numeric>
 #include <string>
 #include <utility>
@@ -41,30 +40,11 @@ void require(herr_t status, const std::string& what) {
         throw FileError(fmt::format("HDF5 cannot write {}", what));
 }
 
+/// In the order of ElementType.
 hid_t hdfType(ElementType type) {
-    switch (type) {
-    case ElementType::Int8:
-        return H5T_STD_I8LE;
-    case ElementType::UInt8:
-        return H5T_STD_U8LE;
-    case ElementType::Int16:
-        return H5T_STD_I16LE;
-    case ElementType::UInt16:
-        return H5T_STD_U16LE;
-    case ElementType::Int32:
-        return H5T_STD_I32LE;
-    case ElementType::UInt32:
-        return H5T_STD_U32LE;
-    case ElementType::Int64:
-        return H5T_STD_I64LE;
-    case ElementType::UInt64:
-        return H5T_STD_U64LE;
-    case ElementType::Float32:
-        return H5T_IEEE_F32LE;
-    case ElementType::Float64:
-        break;
-    }
-    return H5T_IEEE_F64LE;
+    return std::array{H5T_STD_I8LE,  H5T_STD_U8LE,  H5T_STD_I16LE, H5T_STD_U16LE,  H5T_STD_I32LE,
+                      H5T_STD_U32LE, H5T_STD_I64LE, H5T_STD_U64LE, H5T_IEEE_F32LE, H5T_IEEE_F64LE}
+        .at(static_cast<std::size_t>(type));
 }
 
 Handle group(hid_t parent, const char* name) {
@@ -124,7 +104,11 @@ private:
     hsize_t writtenCount_ = 0;
 };
 
-void writeArrays(hid_t parent, bool isCompressed, const std::vector<Array>& pieces) {
+/// Writes an array of every grid, one behind the other, as one dataset.
+template <class ArrayOf>
+void writeArrays(hid_t parent, bool isCompressed, const std::vector<Grid>& grids, const ArrayOf& arrayOf) {
+    std::vector<Array> pieces;
+    std::transform(grids.begin(), grids.end(), std::back_inserter(pieces), arrayOf);
     const std::uint64_t tupleCount =
         std::accumulate(pieces.begin(), pieces.end(), std::uint64_t{0},
                         [](std::uint64_t sum, const Array& array) { return sum + array.tupleCount; });
@@ -148,32 +132,27 @@ Array renamed(Array array, const char* name, bool hasLeadingZero = false) {
 }
 
 void writeMesh(hid_t root, bool isCompressed, const std::vector<Grid>& grids) {
-    std::vector<Array> pointCounts, cellCounts, nodeCounts, points, connectivity, offsets, types;
-    for (const Grid& grid : grids) {
-        pointCounts.push_back(singleValue("NumberOfPoints", ElementType::Int64, grid.pointCount));
-        cellCounts.push_back(singleValue("NumberOfCells", ElementType::Int64, grid.cellCount));
-        nodeCounts.push_back(singleValue("NumberOfConnectivityIds", ElementType::Int64, grid.connectivity.tupleCount));
-        points.push_back(renamed(grid.points, "Points"));
-        connectivity.push_back(renamed(grid.connectivity, "Connectivity"));
-        offsets.push_back(renamed(grid.offsets, "Offsets", true));
-        types.push_back(renamed(grid.types, "Types"));
-    }
-    for (const auto* pieces : {&pointCounts, &cellCounts, &nodeCounts})
-        writeArrays(root, false, *pieces);
-    for (const auto* pieces : {&points, &connectivity, &offsets, &types})
-        writeArrays(root, isCompressed, *pieces);
+    const auto writeCounts = [&](const char* name, const auto& countOf) {
+        writeArrays(root, false, grids,
+                    [&](const Grid& grid) { return singleValue(name, ElementType::Int64, countOf(grid)); });
+    };
+    writeCounts("NumberOfPoints", [](const Grid& grid) { return grid.pointCount; });
+    writeCounts("NumberOfCells", [](const Grid& grid) { return grid.cellCount; });
+    writeCounts("NumberOfConnectivityIds", [](const Grid& grid) { return grid.connectivity.tupleCount; });
+    for (const auto& [name, array] : {std::pair{"Points", &Grid::points},
+                                      {"Connectivity", &Grid::connectivity},
+                                      {"Offsets", &Grid::offsets},
+                                      {"Types", &Grid::types}})
+        writeArrays(root, isCompressed, grids, [&, name = name, array = array](const Grid& grid) {
+            return renamed(grid.*array, name, array == &Grid::offsets);
+        });
 }
 
 void writeFields(hid_t root, const char* name, bool isCompressed, const std::vector<Grid>& grids,
                  std::vector<Array> Grid::*fields) {
     const Handle fieldGroup = group(root, name);
-    const std::vector<Array>& first = grids.front().*fields;
-    for (std::size_t index = 0; index < first.size(); ++index) {
-        std::vector<Array> pieces;
-        for (const Grid& grid : grids)
-            pieces.push_back((grid.*fields)[index]);
-        writeArrays(fieldGroup, isCompressed, pieces);
-    }
+    for (std::size_t index = 0; index < (grids.front().*fields).size(); ++index)
+        writeArrays(fieldGroup, isCompressed, grids, [&](const Grid& grid) { return (grid.*fields)[index]; });
 }
 
 void requireSameArrays(const std::vector<Grid>& grids) {

@@ -82,6 +82,24 @@ void produceVariables(Host& host, std::int32_t zone, const std::vector<std::int3
         interleave(components, itemByteCount, byteCount / itemByteCount, sink);
 }
 
+/// How the file format calls the type of a variable.
+ElementType elementType(FieldDataType_e type) {
+    switch (type) {
+    case FieldDataType_Float:
+        return ElementType::Float32;
+    case FieldDataType_Int32:
+        return ElementType::Int32;
+    case FieldDataType_Int16:
+        return ElementType::Int16;
+    case FieldDataType_Byte:
+        return ElementType::UInt8;
+    case FieldDataType_Double:
+    case FieldDataType_None:
+        break;
+    }
+    return ElementType::Float64;
+}
+
 /// Throws WriteError when the variables differ in their type.
 Array variableArray(Host& host, const Zone& zone, const ArrayVariables& array) {
     const ZoneVariable* first = nullptr;
@@ -217,23 +235,6 @@ bool isVector(const Dataset& dataset, const Zone& zone, std::int32_t number) {
 }
 
 } // namespace
-
-ElementType elementType(FieldDataType_e type) {
-    switch (type) {
-    case FieldDataType_Float:
-        return ElementType::Float32;
-    case FieldDataType_Int32:
-        return ElementType::Int32;
-    case FieldDataType_Int16:
-        return ElementType::Int16;
-    case FieldDataType_Byte:
-        return ElementType::UInt8;
-    case FieldDataType_Double:
-    case FieldDataType_None:
-        break;
-    }
-    return ElementType::Float64;
-}
 
 std::vector<std::int32_t> coordinateVariables(const Dataset& dataset, const Zone& zone) {
     std::vector<std::int32_t> numbers(axes.size());

@@ -16,6 +16,9 @@ struct CellRun {
     std::uint64_t cellCount;
 };
 
+/// For each zone, in which order its cells and its values at cells come; empty: section by section.
+using CellOrders = std::vector<std::vector<CellRun>>;
+
 /// The variables of a zone that stand for one array: one scalar, or X, Y and Z of a vector in this order.
 struct ArrayVariables {
     std::string name;
@@ -29,9 +32,6 @@ std::vector<ArrayVariables> arrayVariables(const Dataset& dataset, const Zone& z
 /// The nodal variables "X", "Y" and "Z" of the zone as far as it has them; 0 for one that it lacks. Throws WriteError
 /// when there is none.
 std::vector<std::int32_t> coordinateVariables(const Dataset& dataset, const Zone& zone);
-
-/// How the file format calls the type of a variable.
-ElementType elementType(FieldDataType_e type);
 
 /// The zone as a grid whose arrays are loaded when they are produced, one at a time. Cells come in these runs, or
 /// section by section. Coordinates that the zone lacks are 0. Auxiliary texts that are numbers become field data, and
