@@ -110,7 +110,7 @@ void VtkFileXMLParser::parse() {
 }
 
 void VtkFileXMLParser::dispatch() {
-    if (xml_.isStartElement("VTKFile"))
+    if (xml_.isStartElement("VTKFile") && header_.type.empty()) // the document's, not one within it
         parseHeader();
     else if (xml_.isStartElement("DataSet"))
         parseDataSet();

@@ -161,7 +161,7 @@ private:
             addArray(std::move(element));
         else if (element.name == "Piece")
             addPiece(std::move(element));
-        else if (element.name == "VTKFile")
+        else if (element.name == "VTKFile" && document_.type.empty())
             readRoot(std::move(element));
         else if (element.name == "DataSet" || element.name == "Block")
             addToCollection(std::move(element));
