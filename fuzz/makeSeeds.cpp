@@ -139,13 +139,23 @@ Inputs inflates() {
 }
 
 Inputs base64s() {
-    return {{"groups", "\x20\x05" + base64("any carnal pleasure") + "\n" + base64("a") + base64("ab") + " < "},
-            {"no room", "\x05\x03" + base64("any carnal pleas")},
-            {"blanks", "\x40\x40 Y\tW\n5\r5 \v\f"},
-            {"foreign", "\x40\x07YWJj!WJj"},
-            {"padding", "\x40\x07YWJj=WJjYW=j"},
-            {"cut", "\x40\x07YWJjYW"},
-            {"long", "\xFF\xFD" + base64(std::string(4000, 'x'))}};
+    Inputs inputs;
+    char chunk = 0; // or one less
+    for (const std::string text :
+         {"", " \n", "</DataArray>", "Zm9vYmFy", "Zg==Zm8=Zm9v", "\n Z g\n=\t= \n Zm9v ", "Zm8= \n<Zm9v", "Z", "Zm9vZm",
+          "Zm9vZ\n<", "Zm9vZg=", "Zm9v!m9v", "Zm9vZm9\a", "Zm9v\x7F", "Zm9v====", "Zm9vZ===", "Zm9vZg=v"}) {
+        inputs["end " + std::to_string(inputs.size())] = std::string{'\x40', chunk} + text;
+        chunk = static_cast<char>((chunk + 1) % 5);
+    }
+    inputs.merge(
+        Inputs{{"groups", "\x20\x05" + base64("any carnal pleasure") + "\n" + base64("a") + base64("ab") + " < "},
+               {"no room", "\x05\x03" + base64("any carnal pleas")},
+               {"blanks", "\x40\x40 Y\tW\n5\r5 \v\f"},
+               {"foreign", "\x40\x07YWJj!WJj"},
+               {"padding", "\x40\x07YWJj=WJjYW=j"},
+               {"cut", "\x40\x07YWJjYW"},
+               {"long", "\xFF\xFD" + base64(std::string(4000, 'x'))}});
+    return inputs;
 }
 
 Inputs numberTexts() {
@@ -156,6 +166,18 @@ Inputs numberTexts() {
         inputs["range" + key] =
             first + (type < 8 ? "5-6 18446744073709551616" : "1.5e-3-2 inf NaN 1e-400 -1e-400 1e400");
         inputs["foreign" + key] = first + (type < 8 ? "-0 1.5" : ".5 5. -infinity nan(x) 1e5 0x10");
+        inputs["limits" + key] =
+            first +
+            "-129 -128 127 128 +255 256 -32769 -32768 32767 32768 65535 65536 -2147483649 -2147483648 2147483647 "
+            "2147483648 4294967295 4294967296 -9223372036854775809 -9223372036854775808 9223372036854775807 "
+            "9223372036854775808 18446744073709551615 18446744073709551616 -1 -999 +999 -0 -00 007 10-09-1 "
+            "-7-8-9 \t\v\f\r\n3.4028235e38 3.5e38 +1e39 -1e400 1e309 -1e99999999999999999999 5e-324 1e-45 1e-46 "
+            "-1e-60 +1e-400 0.0e-99999999999 1.5e-3 1E5 2. -.5";
+        inputs["words" + key] =
+            first +
+            "+ - +-5 -+5 ++5 --5 --1 -1x 9999999x 5.0 A 1e3 0x10 1,5 . e5 1e 1e+ 1.5. 1.5.2 0x1p3 1e309x one in "
+            "inf -INF +Infinity infi nan -nan NaN +NAN +-nan nano " +
+            std::string(80, 'x');
     }
     return inputs;
 }
@@ -224,8 +246,10 @@ Inputs valueLists() {
             inputs[std::to_string(type) + std::to_string(stored)] =
                 bytesOf({type, stored, (type + stored) % 4, stored, stored / 2}) + encodedArray(array, raw).substr(4);
         }
-    const Array limits =
-        reals("a", ElementType::Float64, {-2147483648.0, 2147483648.0, -2147483649.0, 1e300, std::nan("")});
+    for (int stored = 0; stored < 5; ++stored) // a component that the tuples do not have
+        inputs["none" + std::to_string(stored)] = bytesOf({4, stored, stored % 4, 1, 2}) + inputs["40"].substr(5);
+    const Array limits = reals("a", ElementType::Float64,
+                               {-2147483648.0, 2147483648.0, -2147483649.0, 1e300, std::nan(""), 70000.7, -1.9});
     for (int stored = 0; stored < 5; ++stored)
         inputs["limits" + std::to_string(stored)] =
             bytesOf({9, stored, 0, 0, 0}) + encodedArray(limits, {Format::AppendedRaw}).substr(4);

@@ -114,11 +114,12 @@ std::string readAll(std::string_view text) {
     using veltra::dataio::ByteInputStream;
     ByteInputStream stream(std::make_shared<ByteInputStream::Bytes>(text.begin(), text.end()));
     AsciiTokenizer tokenizer(stream);
+    std::string outcome = "numbers";
     for (;;) {
         const std::string token = takeToken(text);
         fuzz::require(tokenizer.atEnd() == token.empty(), "the text ends where no token is left");
         if (token.empty())
-            return "numbers";
+            return outcome;
         T expected{};
         const Reading reading = readSlowly(token, expected);
         try {
@@ -126,10 +127,10 @@ std::string readAll(std::string_view text) {
             fuzz::require(reading == Reading::number && isSame(value, expected), "a number is read as it stands");
         } catch (const veltra::bad_numeric_cast&) {
             fuzz::require(reading == Reading::outOfRange, "what fits is no number out of range");
-            return "out of range";
+            outcome = "out of range";
         } catch (const veltra::bad_lexical_cast&) {
             fuzz::require(reading == Reading::noNumber, "a number is taken for one");
-            return "not a number";
+            outcome = "not a number";
         }
     }
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Compares what independent readers find in files that krohost convert wrote with what they find in the originals.
 
-    convert.py [--samples DIR] KROHOST
+    convert.py --samples DIR KROHOST
 
 The originals are written by the VTK toolkit, with cells of every type and order, in several pieces, and in compressions
 that have to be repaired; those in --samples are converted as well. The toolkit reads back .vtu, .vtkhdf and .cgns, whose
@@ -9,14 +9,14 @@ datasets h5py reads as well, and Python's own module .csv. Closes with "convert:
 failure and with 77 where the toolkit is not installed.
 """
 
-import argparse
 import csv
 import pathlib
+import re
 import subprocess
-import sys
 import tempfile
 
 import interop  # which ends the run where the toolkit is not installed
+import report
 import h5py
 import numpy
 from vtkmodules import vtkCommonDataModel as model
@@ -148,7 +148,21 @@ def check_repair(krohost, folder, compressor):
             target = convert(krohost, path, folder / f"{path.stem}-repaired.vtu", "--repair")
             found = contents([interop.read(xml.vtkXMLUnstructuredGridReader(), target)])
             assert found == contents(pieces_of(path)), f"{path.name}: other contents"
+            if mesh is grid:
+                check_damage(krohost, folder, path)
             assert subprocess.run([krohost, target, "--demand"], capture_output=True).returncode == 0, "is not loaded"
+
+
+def check_damage(krohost, folder, path):
+    """Blocks that are overwritten within the longest run of base64 text."""
+    content = path.read_bytes()
+    run = max(re.finditer(rb"[A-Za-z0-9+/]+", content), key=lambda match: len(match[0]))
+    middle = (run.start() + run.end()) // 2
+    damaged = folder / "damaged.vtu"
+    damaged.write_bytes(content[:middle] + b"/" * 1200 + content[middle + 1200:])
+    found = subprocess.run([krohost, "check", "--explain", "--deep", damaged], capture_output=True, text=True).stdout
+    damage = r"block \d+ at byte \d+ is damaged: \d+ of \d+ bytes inflate before the damage shows \[damaged-block\]"
+    assert re.search(damage, found), f"{path.name}: damage is not found: {found}"
 
 
 def check_zones(krohost, folder, path):
@@ -165,32 +179,26 @@ def check_zones(krohost, folder, path):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("krohost", help="the krohost to run")
-    parser.add_argument("--samples", type=pathlib.Path, help="folder of more files to convert")
-    options = parser.parse_args()
-    outcomes = []
+    options = report.options(__doc__, "samples")
+    outcomes = report.Report("convert")
 
     def attempt(name, function, *arguments):
         try:
             function(options.krohost, folder, *arguments)
-            outcomes.append(True)
+            outcomes.add(name, [])
         except AssertionError as problem:
-            outcomes.append(False)
-            print(f"{name}: {str(problem)[:2000]}")
+            outcomes.add(name, [str(problem)[:2000]])
 
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         files = list(originals(folder))
-        samples = sorted(options.samples.glob("*.vtu")) if options.samples else []
-        for path in [*files, *samples]:
+        for path in [*files, *sorted(options.samples.glob("*.vtu"))]:
             attempt(path.name, check, path)
         for compressor in ("LZ4", "LZMA"):
             attempt(compressor, check_repair, compressor)
         attempt("zones", check_zones, files[-2])
-    print(f"convert: {outcomes.count(True)} passed, {outcomes.count(False)} failed")
-    return 0 if outcomes and all(outcomes) else 1
+    outcomes.close()
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    main()

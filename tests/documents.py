@@ -10,16 +10,16 @@ differ. The examples of the page about the file format are built and loaded, and
 of. Closes with "documents: N passed, N failed"; exits with 1 on a failure.
 """
 
-import argparse
 import base64
 import itertools
 import os
 import pathlib
 import re
 import subprocess
-import sys
 import tempfile
 import textwrap
+
+import report
 
 # What is not run, by how it begins, with the reason.
 NOT_RUN = {
@@ -65,16 +65,12 @@ def pattern(lines, figures_vary):
     return text
 
 
-class Tests:
+class Tests(report.Report):
     def __init__(self, root, krohost):
+        super().__init__("documents")
         self.root, self.krohost = root, krohost
         self.pages = {path: path.read_text() for path in [root / "README.md", *sorted(root.glob("docs/*.md"))]}
-        self.used, self.passed, self.failed = set(), 0, 0
-
-    def expect(self, holds, claim):
-        self.passed, self.failed = self.passed + bool(holds), self.failed + (not holds)
-        if not holds:
-            print(claim)
+        self.used = set()
 
     def run(self, command, folder):
         path = f"{self.krohost.parent}:{os.environ['PATH']}"
@@ -154,11 +150,8 @@ class Tests:
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("krohost", type=pathlib.Path, help="the krohost to run")
-    parser.add_argument("--root", type=pathlib.Path, required=True, help="the repository")
-    options = parser.parse_args()
-    tests = Tests(options.root.resolve(), options.krohost.resolve())
+    options = report.options(__doc__, "root")
+    tests = Tests(options.root, options.krohost)
     for path in tests.pages:
         tests.links(path)
         with tempfile.TemporaryDirectory() as folder:
@@ -168,9 +161,8 @@ def main():
     tests.tables()
     with tempfile.TemporaryDirectory() as folder:
         tests.file_format(pathlib.Path(folder))
-    print(f"documents: {tests.passed} passed, {tests.failed} failed")
-    return 0 if tests.failed == 0 else 1
+    tests.close()
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    main()

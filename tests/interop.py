@@ -1,14 +1,13 @@
 #!/usr/bin/python3
 """Compares what krohost shows of a file with what the VTK toolkit reads in it.
 
-    interop.py [--samples DIR] KROHOST
+    interop.py --samples DIR KROHOST
 
 The files are written by the toolkit's own writers in every encoding, with every element type and number of components,
 with cells of every type and order, in pieces and as collections; those in --samples are compared as well. Closes with
 "interop: N passed, N failed"; exits with 1 on a failure and with 77 where the toolkit is not installed.
 """
 
-import argparse
 import concurrent.futures
 import io
 import itertools
@@ -17,9 +16,10 @@ import os
 import pathlib
 import re
 import subprocess
-import sys
 import tempfile
 import zlib
+
+import report
 
 try:
     import numpy
@@ -30,8 +30,7 @@ try:
     from vtkmodules.util.numpy_support import vtk_to_numpy
     from vtkmodules.vtkIOParallelXML import vtkXMLPUnstructuredGridWriter
 except ImportError as reason:
-    print(f"interop: vtk not installed ({reason}); on Debian it is the package python3-vtk9")
-    sys.exit(77)
+    report.skip("interop", f"vtk not installed ({reason})", "python3-vtk9")
 
 # ---- What the host must show -----------------------------------------------------------------------------------------
 
@@ -63,13 +62,10 @@ def node_count(shape, order):
             PRISM: n * n * (n + 1) // 2}[shape]
 
 
-# The tables of the tests. The toolkit gives hexahedra of old files the new order, so that one set serves.
-NODE_ORDERS = {
-    (int(cell_type), int(nodes)): [int(place) for place in places.split(",")]
-    for cell_type, nodes, version, places in re.findall(
-        r"\{(\d+), (\d+), Version::(\w+),\s*\{([\d,\s]+)\}",
-        (pathlib.Path(__file__).parent / "support" / "nodeOrderRows.inc").read_text())
-    if version != "Old"}
+# For each of the host's nodes of a cell its place in the file, by the cell's type and number of nodes, where that is
+# another. The toolkit gives hexahedra of old files the new order, so that one set serves.
+NODE_ORDERS = {(cell_type, nodes): places for cell_type, nodes, places in json.loads(
+    (pathlib.Path(__file__).parent / "nodeOrders.json").read_text())}
 
 
 def crc(values):
@@ -373,24 +369,18 @@ def dump_failures(krohost, path, expected):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("krohost", help="the krohost to run")
-    parser.add_argument("--samples", type=pathlib.Path, help="folder of more files to compare")
-    options = parser.parse_args()
-    outcomes = []
+    options = report.options(__doc__, "samples")
+    outcomes = report.Report("interop")
     with tempfile.TemporaryDirectory() as folder, concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         families = encoding_files, cell_files, collection_files, single_files
-        samples = sorted(options.samples.glob("*.vtu")) if options.samples else []
+        samples = sorted(options.samples.glob("*.vtu"))
         # The toolkit reads on this thread while the processes run on the others.
         running = [(path, pool.submit(failures, options.krohost, path, expected_zones(path), path in samples))
                    for path in itertools.chain(*(files(pathlib.Path(folder)) for files in families), samples)]
         for path, sentences in running:
-            outcomes.append(not sentences.result())
-            for sentence in sentences.result()[:5]:
-                print(f"{path.name}: {sentence}")
-    print(f"interop: {outcomes.count(True)} passed, {outcomes.count(False)} failed")
-    return 0 if outcomes and all(outcomes) else 1
+            outcomes.add(path.name, sentences.result())
+    outcomes.close()
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    main()

@@ -7,19 +7,18 @@ Every field must stand in the schema, although the schemas let other programs me
 "schemas: N passed, N failed"; exits with 1 on a failure and with 77 where the validator is not installed.
 """
 
-import argparse
 import json
 import os
 import pathlib
 import subprocess
-import sys
 import tempfile
+
+import report
 
 try:
     import jsonschema
 except ImportError as reason:
-    print(f"schemas: {reason}; on Debian it is the package python3-jsonschema")
-    sys.exit(77)
+    report.skip("schemas", reason, "python3-jsonschema")
 
 # Schema (behind a # the definition that each line fits, instead of the whole), exit code, arguments.
 ROWS = [
@@ -115,7 +114,7 @@ def validator(schemas, name):
 
 def complaints(options, folder, name, exit_code, arguments):
     words = arguments.format(faulty=options.faulty_addon).split()
-    environment = {**os.environ, "KROHOST_ADDON_PATH": options.addon}
+    environment = {**os.environ, "KROHOST_ADDON_PATH": str(options.addon)}
     result = subprocess.run([options.krohost, *words], capture_output=True, text=True, timeout=60, cwd=folder,
                             env=environment)
     if result.returncode != exit_code:
@@ -133,24 +132,15 @@ def complaints(options, folder, name, exit_code, arguments):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("krohost", help="the krohost to run")
-    parser.add_argument("--addon", required=True)
-    parser.add_argument("--faulty-addon", required=True, help="one that breaks the host's rules")
-    parser.add_argument("--samples", type=pathlib.Path, required=True)
-    parser.add_argument("--schemas", type=pathlib.Path, required=True)
-    options = parser.parse_args()
-    failed = 0
+    options = report.options(__doc__, "addon", "faulty-addon", "samples", "schemas")
+    outcomes = report.Report("schemas")
     with tempfile.TemporaryDirectory() as folder:
         write_files(pathlib.Path(folder), options.samples)
         for name, exit_code, arguments in ROWS:
             sentences = list(complaints(options, folder, name, exit_code, arguments))
-            failed += bool(sentences)
-            for sentence in sentences[:5]:
-                print(f"{name}: krohost {arguments}: {sentence}")
-    print(f"schemas: {len(ROWS) - failed} passed, {failed} failed")
-    return 1 if failed else 0
+            outcomes.add(f"{name}: krohost {arguments}", sentences)
+    outcomes.close()
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    main()

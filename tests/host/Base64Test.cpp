@@ -1,12 +1,9 @@
 #include "host/base64.h"
 #include "host/Base64InputStream.h"
-#include "host/BufferedInputStream.h"
 #include "tests/host/streams.h"
 #include "tests/support/encoding.h"
 
 #include <gtest/gtest.h>
-
-#include <tuple>
 
 namespace test {
 
@@ -57,40 +54,6 @@ TEST(Base64, StopsAtEveryCharacterThatIsNotOfTheAlphabet) {
         for (std::size_t place = 0; alphabet.find(static_cast<char>(code)) == alphabet.npos && place < 80; ++place)
             EXPECT_EQ(decode(base64(someBytes(60)).replace(place, 1, 1, static_cast<char>(code)), 60),
                       std::pair(someBytes(place / 4 * 3), place));
-}
-
-TEST(Base64InputStream, YieldsItsBytesAndThenTellsWhyItStops) {
-    const std::string end = "Unexpected end of base64 text";
-    const std::string endOfGroup = "Base64 text ends in the middle of a group of four characters";
-    const std::string expected =
-        " in base64 text where a letter, digit, \"+\", \"/\" or padding with \"=\" is expected";
-    const std::vector<std::tuple<const char*, std::string, std::string>> rows{
-        {"", "", end},
-        {" \n", "", end},
-        {"</DataArray>", "", end},
-        {"Zm9vYmFy", "foobar", end},
-        {"Zg==Zm8=Zm9v", "ffofoo", end},
-        {"\n Z g\n=\t= \n Zm9v ", "ffoo", end},
-        {"Zm8= \n<Zm9v", "fo", end},
-        {"Z", "", endOfGroup},
-        {"Zm9vZm", "foo", endOfGroup},
-        {"Zm9vZ\n<", "foo", endOfGroup},
-        {"Zm9vZg=", "foo", endOfGroup},
-        {"Zm9v!m9v", "foo", "Found \"!\"" + expected},
-        {"Zm9vZm9\a", "foo", "Found byte 0x07" + expected},
-        {"Zm9v\x7F", "foo", "Found byte 0x7F" + expected},
-        {"Zm9v====", "foo", "Found \"=\"" + expected},
-        {"Zm9vZ===", "foo", "Found \"=\"" + expected},
-        {"Zm9vZg=v", "foo", "Found \"v\"" + expected}};
-    for (const auto& [text, bytes, failure] : rows)
-        for (const std::int64_t block : {1, 3, 100}) {
-            const auto stream = [text = text, block] {
-                return Base64InputStream(std::make_shared<BufferedInputStream>(byteStream(text), block));
-            };
-            for (const std::size_t chunk : {1U, 2U, 3U, 4U, 7U, 100U})
-                EXPECT_EQ(readInChunks(stream(), chunk), (Delivery{bytes, failure})) << text;
-            EXPECT_EQ(readOnce(stream(), bytes.size()), (Delivery{bytes, ""})) << "nobody asks for more";
-        }
 }
 
 TEST(Base64InputStream, ReadsTextOfManyBlocksAndBoundsWhatFollows) {

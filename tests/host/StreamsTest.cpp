@@ -79,17 +79,6 @@ TEST(ByteInputStream, ReadsItsBytesAgainAndWhatTheirOwnerMakesOfThem) {
     EXPECT_EQ(readOnce(stream, 2).bytes, "ab");
 }
 
-TEST(FileInputStream, EndsWhereTheFileHasShrunkAndBuffersTellOfThatInTheirPlace) {
-    const TemporaryFolder folder;
-    const std::filesystem::path path = folder.write("a", someBytes(100));
-    const InputStreamPtr plain = file(path);
-    const InputStreamPtr buffer = buffered(file(path), 64);
-    truncate(path, 60);
-    const Delivery all{someBytes(60), "Unexpected end of file in \"" + path.string() + "\""};
-    EXPECT_EQ(readOnce(*plain, 100), all);
-    EXPECT_EQ(readInChunks(*buffer, 20), all);
-}
-
 } // namespace
 
 } // namespace test

@@ -50,17 +50,6 @@ Delivery readOnce(Stream&& stream, std::size_t byteCount) {
     return delivery;
 }
 
-/// Reads chunks of one size until a read fails.
-template <class Stream>
-Delivery readInChunks(Stream&& stream, std::size_t chunkByteCount) {
-    Delivery all;
-    while (all.failure.empty()) {
-        const Delivery chunk = readOnce(stream, chunkByteCount);
-        all = {all.bytes + chunk.bytes, chunk.failure};
-    }
-    return all;
-}
-
 /// What a stream shows of its next bytes, passed over behind the look.
 inline std::string peekAndSkip(veltra::dataio::InputStreamInterface& stream, std::size_t largest) {
     const auto shown = stream.peek();

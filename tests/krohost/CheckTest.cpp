@@ -1,6 +1,5 @@
 #include "tests/krohost/runKrohost.h"
-#include "tests/support/VtuBuilder.h"
-#include "tests/support/meshes.h"
+#include "tests/support/sound.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -13,19 +12,13 @@ namespace {
 using namespace std::string_literals;
 using nlohmann::json;
 using test::ElementType;
+using test::sound;
 using test::vtu;
 using test::VtuBuilder;
+using test::with;
+using test::withMarkup;
+using test::withText;
 
-/// One piece of 23 points and 4 cells with nodal "pressure" and "velocity", and "material" in cells.
-VtuBuilder sound() {
-    return vtu().piece(test::mixed());
-}
-VtuBuilder with(const char* element, const char* attribute, std::optional<std::string> value) {
-    return sound().attribute(element, attribute, std::move(value));
-}
-VtuBuilder withMarkup(const char* from, const std::string& to) {
-    return sound().markup(from, to);
-}
 VtuBuilder zlib() {
     return sound().appendedRaw().compressed(64);
 }
@@ -113,6 +106,10 @@ test::MeshPiece withArray(test::Array array) {
 
 TEST(Check, ExplainsWhatALoaderRefusesAndWhere) {
     const std::string soundText = sound().text();
+    constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+    const auto wideBlocks = [](const std::vector<std::int64_t>& values) {
+        return sound().appendedRaw().compressed().header64().values("types", values);
+    };
     expectFindings(
         {{"", "xml", ""},
          {"\xFF\xFE<\0"s, "utf-16", ""},
@@ -151,12 +148,15 @@ TEST(Check, ExplainsWhatALoaderRefusesAndWhere) {
          {vtu().piece(test::hexahedron()).piece(test::singleCell(10)), "pieces-differ", "<Piece NumberOfPoints=\"4\""},
          {vtu().piece(withArray(test::variedValues("velocity_Z", ElementType::Int8, 23))), "duplicate-variable",
           "<DataArray type=\"Int8\" Name=\"velocity_Z\""},
-         {sound().inlineText("Points", "1 2 3"), "value-count", points},
-         {sound().inlineText("types", "12 13 42 10"), "cell-type", types},
-         {sound().inlineText("types", "12 13 14 9"), "mixed-dimensions", types},
+         {withText("Points", "1 2 3"), "value-count", points},
+         {withText("types", "12 13 42 10"), "cell-type", types},
+         {withText("types", "12 13 14 9"), "mixed-dimensions", types},
          {sound().values("offsets", {8, 14, 20, 24}), "cell-nodes", offsets},
          {sound().appendedRaw().headerWord("Points", 0, 1000000), "data-beyond-file", points},
          {zlib().headerWord("Points", 0, 1000000), "table-beyond-file", points},
+         {wideBlocks(test::numbers(4)).headerWord("types", 2, most), "value-count implausible-size", types},
+         {wideBlocks(test::numbers(4)).headerWord("types", 3, most), "data-beyond-file", types},
+         {wideBlocks(test::numbers(80000)).headerWord("types", 1, most), "size-overflow", types},
          {sound().base64().headerWord("pressure", 0, 88), "value-count", pressure, Loader::failsOnDemand},
          {sound().appendedRaw().attribute("Points", "offset", "99999"), "outside-file", points}},
         "--explain");
@@ -172,10 +172,10 @@ TEST(Check, GoesDeepIntoWhatALoaderPassesOver) {
     expectFindings(
         {{damaged, "damaged-block", pressure, Loader::passesOver},
          {zlib().headerWord("pressure", 2, 24), "wrong-block-size", pressure, Loader::failsOnDemand},
-         {sound().inlineText("pressure", "1 x"), "foreign-text", pressure, Loader::failsOnDemand},
-         {sound().inlineText("pressure", "1e-99 1e39"), "foreign-text", pressure, Loader::failsOnDemand},
+         {withText("pressure", "1 x"), "foreign-text", pressure, Loader::failsOnDemand},
+         {withText("pressure", "1e-99 1e39"), "foreign-text", pressure, Loader::failsOnDemand},
          {sound().base64().inlineText("pressure", "XAAA?AAA"), "foreign-text", pressure, Loader::failsOnDemand},
-         {sound().inlineText("pressure", "1 2 3"), "value-count", pressure, Loader::failsOnDemand},
+         {withText("pressure", "1 2 3"), "value-count", pressure, Loader::failsOnDemand},
          {vtu().piece(withArray(reals("p", ElementType::Float64, odd))).appendedRaw(), "not-finite",
           "<DataArray type=\"Float64\" Name=\"p\"", Loader::passesOver},
          {with("pressure", "NumberOfTuples", "22"), "tuple-count", pressure, Loader::passesOver},
@@ -229,14 +229,10 @@ TEST(Check, LooksIntoTheMembersOfACollection) {
 TEST(Check, SumsUpAndSaysWhyInItsExitCode) {
     const test::TemporaryFolder folder;
     sound().write(folder / "sound.vtu");
-    sound().inlineText("pressure", "x").write(folder / "bad.vtu");
-    const Outcome good = runKrohost(folder, "check sound.vtu");
-    EXPECT_EQ(good.exitCode, 0);
-    EXPECT_EQ(good.output, "9 arrays in 1 zone loaded, 0 problems\n");
+    withText("pressure", "x").write(folder / "bad.vtu");
     const Outcome bad = runKrohost(folder, "check bad.vtu sound.vtu -j 2");
     EXPECT_EQ(bad.exitCode, 1);
     EXPECT_EQ(bad.output, "bad.vtu: error: variable 4 \"pressure\" of zone 1 \"bad\" was not loaded [demand]\n"
                           "17 of 18 arrays in 2 zones loaded, 1 problem\n");
     EXPECT_NE(bad.errors.find("VTK Data Loader: "), std::string::npos);
-    EXPECT_EQ(runKrohost(folder, "check missing.vtu").exitCode, 3);
 }

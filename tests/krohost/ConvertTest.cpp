@@ -1,6 +1,4 @@
 #include "tests/krohost/runKrohost.h"
-#include "tests/support/VtuBuilder.h"
-#include "tests/support/meshes.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -16,10 +14,8 @@ using nlohmann::json;
 using namespace test;
 
 /// A folder with files to convert. What there is of one is compared by the checksums that krohost shows.
-class Convert : public testing::Test {
+class Convert : public InFolder {
 protected:
-    Outcome run(const std::string& arguments) const { return runKrohost(folder, arguments); }
-
     /// The zones, with names for numbers of variables and without what need not be kept.
     json zones(const std::string& file) const {
         json document = json::parse(run("info --json --demand " + file).output);
@@ -47,8 +43,6 @@ protected:
         std::sort(names.begin(), names.end());
         return names;
     }
-
-    TemporaryFolder folder;
 };
 
 MeshPiece line(std::size_t nodeCount) {
@@ -65,15 +59,6 @@ TEST_F(Convert, EveryEncodingKeepsEveryValue) {
                 expectSameAfter("wing.vtu", "copy.vtu",
                                 "--encoding " + encoding + " --compress " + compression + ' ' + rest);
     expectSameAfter("wing.vtu", "copy.vtu", "--node-bits 64");
-}
-
-TEST_F(Convert, SamplesStayWhatTheyAre) {
-    for (const auto& entry : std::filesystem::directory_iterator{SAMPLES})
-        if (entry.path().extension() == ".vtu") {
-            const std::string name = entry.path().filename().string();
-            std::filesystem::copy(entry.path(), folder / name);
-            expectSameAfter(name, "copy.vtu");
-        }
 }
 
 TEST_F(Convert, EveryKindOfCellStaysInItsSection) {
@@ -112,17 +97,14 @@ TEST_F(Convert, SeveralZonesBecomeACollectionWithMembersBesideIt) {
         <DataSet name="first" file="a.vtu"/><DataSet name="&lt;2&gt;" file="b.vtu"/></Block>
         <DataSet name="third" file="a.vtu"/></vtkMultiBlockDataSet></VTKFile>)");
     expectSameAfter("c.vtm", "d.vtm");
-    EXPECT_EQ(files(), (std::vector<std::string>{"a.vtu", "b.vtu", "c.vtm", "d", "d.vtm", "d/d_0.vtu", "d/d_1.vtu",
-                                                 "d/d_2.vtu"}));
+    EXPECT_EQ(files(), (std::vector<std::string>{"a.vtu", "b.vtu", "bad.vtu", "broken.vtu", "c.vtm", "d", "d.vtm",
+                                                 "d/d_0.vtu", "d/d_1.vtu", "d/d_2.vtu"}));
     EXPECT_EQ(json::parse(run("--json d.vtm").output)["zones"][1]["aux"]["Block.name"], "outer & inner");
     expectSameAfter("b.vtu a.vtu --times 0.1,3", "e.pvd");
 }
 
 TEST_F(Convert, AFailureLeavesNothingAndSaysWhy) {
-    const VtuBuilder cube = vtu().piece(hexahedron().withCellData(reals("p", ElementType::Float64, {0.5})));
-    cube.write(folder / "a.vtu");
-    VtuBuilder{cube}.inlineText("p", "x").write(folder / "bad.vtu");
-    folder.write("broken.vtu", "<VTKFile>");
+    vtu().piece(hexahedron()).write(folder / "a.vtu");
     const std::vector<std::string> before = files();
     const std::vector<std::tuple<const char*, int, const char*>> rows{
         {"a.vtu", 2, "--output is required"},
@@ -151,14 +133,6 @@ TEST_F(Convert, AFailureLeavesNothingAndSaysWhy) {
             const bool hasDocument = !format.empty() && exitCode == 1;
             EXPECT_TRUE(!hasDocument || json::parse(outcome.output)["converted"] == false) << arguments;
         }
-}
-
-TEST_F(Convert, WhatWasConvertedDoesNotDiffer) {
-    for (const char* sample : {"wing", "wing-and-tail", "points"}) {
-        run(fmt::format("convert \"{}/{}.vtu\" -o {}.vtu", SAMPLES, sample, sample));
-        const Outcome outcome = run(fmt::format("diff \"{}/{}.vtu\" {}.vtu", SAMPLES, sample, sample));
-        EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
-    }
 }
 
 TEST_F(Convert, AFullDiskLeavesNothing) {
@@ -192,8 +166,9 @@ TEST_F(Convert, RepairKeepsTheCellsOfTheHighestDimension) {
     vtu().piece(mesh.withCellData(integers("id", ElementType::Int64, {1, 2, 3, 4, 5}))).write(folder / "a.vtu");
     EXPECT_EQ(run("a.vtu").exitCode, 1);
     const Outcome outcome = run("convert --repair a.vtu -o b.vtu --encoding ascii");
-    EXPECT_EQ(outcome.errors, "krohost: warning: Cells left out: 1 of type 3, whose dimension is 1 where others have 3.\n"
-                              "krohost: warning: Cells left out: 1 of type 5, whose dimension is 2 where others have 3.\n");
+    EXPECT_EQ(outcome.errors,
+              "krohost: warning: Cells left out: 1 of type 3, whose dimension is 1 where others have 3.\n"
+              "krohost: warning: Cells left out: 1 of type 5, whose dimension is 2 where others have 3.\n");
     EXPECT_EQ(outcome.exitCode, 0);
     vtu().piece(wanted.withCellData(integers("id", ElementType::Int64, {1, 3, 5}))).write(folder / "c.vtu");
     const auto variable = [](const json& zone, const char* name) {

@@ -1,6 +1,4 @@
 #include "tests/krohost/runKrohost.h"
-#include "tests/support/VtuBuilder.h"
-#include "tests/support/meshes.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -16,7 +14,7 @@ test::VtuBuilder cube(std::vector<double> p, ElementType type = ElementType::Flo
     return test::vtu().appendedRaw().piece(test::hexahedron().withPointData(reals("p", type, std::move(p))));
 }
 
-class Diff : public testing::Test {
+class Diff : public InFolder {
 protected:
     Diff() {
         const std::vector<double> p{NAN, 1, 2, 3, 4, 5, INFINITY, 7};
@@ -27,16 +25,9 @@ protected:
         cube(p, ElementType::Float32).timeValue(4).write(folder / "single.vtu");
         cube(p).values("connectivity", {0, 1, 2, 3, 4, 5, 7, 6}).write(folder / "turned.vtu");
         test::vtu().piece(test::mixed()).write(folder / "mixed.vtu");
-        test::vtu()
-            .piece(test::hexahedron().withPointData(reals("p", ElementType::Float64, p)))
-            .inlineText("p", "x")
-            .write(folder / "bad.vtu");
-        folder.write("broken.vtu", "<VTKFile>");
     }
 
     Outcome run(const std::string& arguments) const { return runKrohost(folder, "diff " + arguments); }
-
-    test::TemporaryFolder folder;
 };
 
 } // namespace

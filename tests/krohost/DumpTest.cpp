@@ -1,6 +1,4 @@
 #include "tests/krohost/runKrohost.h"
-#include "tests/support/VtuBuilder.h"
-#include "tests/support/meshes.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -12,8 +10,8 @@ namespace {
 using nlohmann::json;
 using test::ElementType;
 
-/// A folder with a cube that has a "p" at both locations, a mesh of several shapes, and a cube whose "p" is damaged.
-class Dump : public testing::Test {
+/// Adds a cube that has a "p" at both locations and a mesh of several shapes.
+class Dump : public InFolder {
 protected:
     Dump() {
         const auto cube = test::hexahedron()
@@ -23,15 +21,9 @@ protected:
                               .withCellData(reals("p", ElementType::Float64, {0.1}));
         test::vtu().appendedRaw().piece(cube).write(folder / "cube.vtu");
         test::vtu().piece(test::mixed()).write(folder / "mixed.vtu");
-        test::vtu()
-            .piece(test::hexahedron().withCellData(reals("p", ElementType::Float64, {0.5})))
-            .inlineText("p", "x")
-            .write(folder / "bad p.vtu");
     }
 
     Outcome run(const std::string& arguments) const { return runKrohost(folder, "dump " + arguments); }
-
-    test::TemporaryFolder folder;
 };
 
 /// The little-endian bytes of the items.
@@ -105,7 +97,7 @@ TEST_F(Dump, JsonIsOneDocument) {
              "nodes": [[19, 20, 21, 22]]}], "error": null, "dialogs": [], "violations": []})"}};
     for (const auto& [arguments, document] : table)
         EXPECT_EQ(json::parse(run(std::string{arguments} + " --json").output), json::parse(document)) << arguments;
-    const Outcome failed = run("'bad p.vtu' --variable p --json");
+    const Outcome failed = run("bad.vtu --variable p --json");
     EXPECT_EQ(failed.exitCode, 1);
     EXPECT_EQ(json::parse(failed.output)["variables"][0]["values"], nullptr);
     EXPECT_EQ(json::parse(failed.output)["dialogs"].size(), 1);
@@ -139,7 +131,7 @@ TEST_F(Dump, WhatIsNotClearOrNotThereIsRefused) {
         {"cube.vtu --variable X --max-memory 31", 1,
          "Not enough memory for variable 1 \"X\" of zone 1 \"cube\": 32 bytes are needed, 31 may be used\n"},
         {"cube.vtu --variable X --max-memory -1", 2, "--max-memory: Value -1 not in range"},
-        {"'bad p.vtu' --variable p -o kept", 1, "VTK Data Loader: "}};
+        {"bad.vtu --variable p -o kept", 1, "VTK Data Loader: "}};
     for (const auto& [arguments, exitCode, message] : table) {
         const Outcome outcome = run(arguments);
         EXPECT_EQ(outcome.exitCode, exitCode) << arguments << '\n' << outcome.errors;

@@ -1,6 +1,4 @@
 #include "tests/krohost/runKrohost.h"
-#include "tests/support/VtuBuilder.h"
-#include "tests/support/meshes.h"
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -15,7 +13,7 @@ using testing::HasSubstr;
 using testing::Not;
 
 /// The files that the examples of the help name, and ways to use them.
-class Manners : public testing::Test {
+class Manners : public InFolder {
 protected:
     Manners() {
         const auto wing =
@@ -37,43 +35,17 @@ protected:
         return text + "</Collection></VTKFile>";
     }
 
-    Outcome run(const std::string& arguments) const { return runKrohost(folder, arguments); }
-
     static inline const std::vector<double> values{1, 2, 3, 4, 5, 6, 7, 8};
-    test::TemporaryFolder folder;
 };
 
 } // namespace
 
-TEST_F(Manners, MessagesSayWhatToDoNext) {
-    const std::vector<std::tuple<const char*, int, const char*>> rows{
-        {"\"$krohost\" inof wing.vtu", 2, "There is no command or file \"inof\"; did you mean krohost info?\n"},
-        {"\"$krohost\" wing.vtu --times 1,2", 2, "--times gives 2 times for 1 files.\n"},
-        {"\"$krohost\" wing.vtu --demnad", 2, "\nDid you mean --demand?\nRun with --help for more information.\n"},
-        {"\"$krohost\" bench wing.vtu --variable presure", 2,
-         "There is no variable \"presure\"; there is \"pressure\", \"X\", \"Y\", \"Z\".\n"},
-        {"cp \"$krohost\" . && KROHOST_ADDON_PATH= ./krohost wing.vtu", 4,
-         "/krohost/addons/vtk-data-loader.so\nName one with --addon FILE or in the environment variable "
-         "KROHOST_ADDON_PATH.\n"},
-        {"\"$krohost\" wing.dat", 0,
-         "krohost: warning: no loader is for files such as \"wing.dat\"; taking \"VTK Data Loader\""},
-        {"\"$krohost\" trace --only KroUtilX wing.vtu", 0, "krohost: warning: no call's name begins so\n"},
-        {"\"$krohost\" wing.vtu >/dev/full", 1, "Standard output cannot be written: No space left on device\n"},
-        {"\"$krohost\" --help >/dev/full", 1, "Standard output cannot be written: No space left on device\n"},
-        {"\"$krohost\" wing.vtu --record /dev/full", 1, "cannot be written: No space left on device.\n"}};
-    for (const auto& [command, exitCode, message] : rows) {
-        const Outcome outcome = runShell(folder, command);
-        EXPECT_EQ(outcome.exitCode, exitCode) << command;
-        EXPECT_THAT(outcome.errors, HasSubstr(message)) << command;
-    }
-}
-
 TEST_F(Manners, APipeThatNobodyReadsEndsQuietly) {
     for (const char* trap : {"", "trap '' PIPE;"})
         for (const char* command : {"info", "dump --variable X"}) {
-            const Outcome outcome = runShell(
-                folder,
-                fmt::format("mkfifo p; exec 3<>p 4>p 3>&-; rm p; {} \"$krohost\" {} wing.vtu >&4", trap, command));
+            const Outcome outcome =
+                runShell(folder, fmt::format("mkfifo p; exec 3<>p 4>p 3>&-; rm p; {} \"$krohost\" {} wing.vtu >&4",
+                                             trap, command));
             EXPECT_EQ(outcome.exitCode, 141) << trap << command;
             EXPECT_EQ(outcome.errors, "") << trap << command;
         }

@@ -1,6 +1,4 @@
 #include "tests/krohost/runKrohost.h"
-#include "tests/support/VtuBuilder.h"
-#include "tests/support/meshes.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -14,7 +12,7 @@ std::string pvd(const std::string& dataSets) {
 }
 
 /// Some steps of a series, and ways to name them.
-class Series : public testing::Test {
+class Series : public InFolder {
 protected:
     Series() {
         const std::string mesh = test::vtu().piece(test::hexahedron()).text();
@@ -35,8 +33,6 @@ protected:
         folder.write("unknown.json", R"({"loader": "L", "instructions": []})");
     }
 
-    Outcome run(const std::string& arguments) const { return runKrohost(folder, arguments); }
-
     /// The zones as "name strand group time", or the exit code and what was said.
     std::string zones(const std::string& arguments) const {
         const Outcome outcome = run(arguments + " --json");
@@ -49,8 +45,6 @@ protected:
                     " " + zone["solutionTime"].dump() + "\n";
         return text;
     }
-
-    test::TemporaryFolder folder;
 };
 
 } // namespace

@@ -116,11 +116,11 @@ KroUtilLockFinish(add-on 1)
 
 TEST_F(Transcript, OfAReplay) {
     host.clearJournalLines();
-    EXPECT_TRUE(replay({"filename_file", "cube.vtu", "SOLUTION_TIMES", "1", "2.5"}));
+    EXPECT_TRUE(replay({"SolutionTimeSource", "none", "filename_file", "cube.vtu", "SOLUTION_TIMES", "1", "2.5"}));
     EXPECT_EQ(lines(), R"(
--> LoaderCallback(["STANDARDSYNTAX", "1.0", "filename_file", "cube.vtu", "SOLUTION_TIMES", "1", "2.5"]))" +
+-> LoaderCallback(["STANDARDSYNTAX", "1.0", "SolutionTimeSource", "none", "filename_file", "cube.vtu", "SOLUTION_TIMES", "1", "2.5"]))" +
                            begun + parsed + created + registering + addedZone(1, -1, 2.5) + R"(
-KroUtilImportSetLoaderInstr("VTK Data Loader", ["STANDARDSYNTAX", "1.0", "FILENAME_FILE", "cube.vtu", "SOLUTION_TIMES", "1", "2.500000"]) = 1
+KroUtilImportSetLoaderInstr("VTK Data Loader", ["STANDARDSYNTAX", "1.0", "SOLUTIONTIMESOURCE", "NONE", "FILENAME_FILE", "cube.vtu", "SOLUTION_TIMES", "1", "2.500000"]) = 1
 KroUtilProgressFinish()
 KroUtilDataLoadFinishX() = 1
 KroUtilLockFinish(add-on 1)

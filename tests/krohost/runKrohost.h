@@ -1,6 +1,9 @@
 #pragma once
 
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/VtuBuilder.h"
+#include "tests/support/meshes.h"
+
+#include <gtest/gtest.h>
 
 #include <sys/wait.h>
 
@@ -29,3 +32,17 @@ inline Outcome runShell(const test::TemporaryFolder& folder, const std::string& 
 inline Outcome runKrohost(const test::TemporaryFolder& folder, const std::string& arguments) {
     return runShell(folder, "\"$krohost\" " + arguments);
 }
+
+/// A folder with a file whose nodal "p" cannot be read and one that cannot be loaded, and the tool run there.
+class InFolder : public testing::Test {
+protected:
+    InFolder() {
+        const auto cube = test::hexahedron().withPointData(test::reals("p", test::ElementType::Float64, {}));
+        test::vtu().piece(cube).inlineText("p", "x").write(folder / "bad.vtu");
+        folder.write("broken.vtu", "<VTKFile>");
+    }
+
+    Outcome run(const std::string& arguments) const { return runKrohost(folder, arguments); }
+
+    test::TemporaryFolder folder;
+};

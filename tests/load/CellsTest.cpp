@@ -26,21 +26,13 @@ void expectUndisturbed(const VtuBuilder& file) {
 TEST(Cells, EveryKindIsReadAloneAndInOneOfSeveralPieces) {
     for (const CellKind& kind : acceptedCells)
         for (int order = kind.lowestOrder; order <= kind.highestOrder; ++order)
-            for (const FileVersion& version : {FileVersion{1, 0}, FileVersion{2, 0}, FileVersion{2, 1}}) {
+            for (const FileVersion& version : {FileVersion{1, 0}, {2, 0}, {2, 1}, {10, 0}}) {
                 SCOPED_TRACE(std::to_string(kind.type) + " of order " + std::to_string(order) + ", version " +
                              std::to_string(version.first) + "." + std::to_string(version.second));
                 const MeshPiece cell = singleCell(kind.type, order);
                 expectUndisturbed(vtu().version(version).piece(cell));
                 expectUndisturbed(vtu().version(version).piece(singleCell(12)).piece(cell).piece(cell));
             }
-}
-
-TEST(Cells, LagrangeHexahedraOfOldFilesHaveTwoEdgesInAnotherOrder) {
-    for (const auto& [version, node] : {std::pair{FileVersion{2, 0}, 19}, {{2, 1}, 18}, {{10, 0}, 18}}) {
-        Load load{vtu().version(version).piece(singleCell(72, 2))};
-        EXPECT_EQ(load.nodeMap().value().at(0).at(14), node);
-        EXPECT_EQ(load.nodeMap().value().at(0).at(15), 37 - node);
-    }
 }
 
 TEST(Cells, VerticesAmongOthersBecomeDegenerateCellsOfTheFirstOtherShape) {
@@ -104,17 +96,6 @@ TEST(Pieces, WithoutCellsHaveNoLoaderForTheirValuesInCells) {
     EXPECT_TRUE(load.loaded()) << load.dialog();
     EXPECT_TRUE(load.values("pressure"));
     EXPECT_EQ(load.host.dataset().find({1, load.variableNumber("material")}), nullptr);
-}
-
-TEST(Pieces, AnEmptyMemberOfACollectionIsPassedOver) {
-    const std::string collection = R"(<VTKFile type="PUnstructuredGrid"><PUnstructuredGrid>
-        <Piece Source="empty.vtu"/><Piece Source="full.vtu"/></PUnstructuredGrid></VTKFile>)";
-    Load load{Files{{"case.pvtu", collection},
-                    {"empty.vtu", vtu().piece(withoutCells(mixed())).text()},
-                    {"full.vtu", vtu().piece(mixed()).text()}}};
-    ASSERT_EQ(load.host.dataset().zones.size(), 1);
-    EXPECT_EQ(load.zone().name, "full");
-    expectZone(load, vtu().piece(mixed()).expected());
 }
 
 TEST(Variables, OfOneNameAtNodesAndCellsAreTwoAndPlanesAndLinesHaveFewerCoordinates) {

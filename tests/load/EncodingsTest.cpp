@@ -109,18 +109,19 @@ TEST(Encodings, ADamagedBlockIsPassedOverAndWhatFollowsMovesUp) {
     EXPECT_TRUE(hasMoved && hasGivenSome);
 }
 
-TEST(Encodings, SeveralThreadsGetWhatOneGets) {
-    const Array values = variedValues("v", ElementType::Int64, 4600);
-    const MeshPiece piece = sideBySide(std::vector(200, mixed())).withPointData(values);
-    Load load{vtu().piece(piece).piece(piece).appendedBase64().compressed(256).bigEndian()};
-    std::vector<std::uint32_t> alone, together;
-    for (const auto& [threadCount, checksums] : {std::pair{1u, &alone}, {4u, &together}})
-        for (const krohost::DemandResult& result : load.host.demandAll({.threadCount = threadCount})) {
-            EXPECT_TRUE(result.isLoaded);
-            for (const krohost::StorageSummary& part : result.parts)
-                checksums->push_back(part.crc32);
-        }
-    EXPECT_EQ(together, alone);
+TEST(Encodings, LongArraysAreReadInParts) {
+    const MeshPiece row = sideBySide(std::vector(15000, hexahedron()));
+    const auto values = [&](ElementType type, int componentCount) {
+        return variedValues("v" + std::to_string(componentCount), type, row.pointCount(), componentCount);
+    };
+    const MeshPiece piece =
+        row.withPointData(values(ElementType::Int32, 1)).withPointData(values(ElementType::Int16, 3));
+    for (const Encoding& encoding : {Encoding{}, {Format::AppendedRaw}, {Format::Base64, true, true}}) {
+        SCOPED_TRACE(encoding.name());
+        const VtuBuilder file = vtu().piece(piece).encoding(encoding);
+        Load load{file};
+        expectZone(load, file.expected());
+    }
 }
 
 } // namespace test

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <string_view>
 #include <tuple>
 
@@ -15,12 +16,6 @@ namespace {
 using krohost::Host;
 
 const krohost::HostOptions journaled{.journal = krohost::JournalDetail::calls};
-
-/// Vertices, a time and two pieces: a load of it makes every call that a load of one file can make.
-VtuBuilder everyCall() {
-    const MeshPiece piece = mixed().withCellData(variedValues("c", ElementType::Int16, 4));
-    return vtu().timeValue(2.5).piece(piece).piece(piece).base64().compressed(50);
-}
 
 bool demandsSucceed(Load& load) {
     return std::ranges::all_of(load.host.demandAll(), &krohost::DemandResult::isLoaded);
@@ -41,6 +36,7 @@ TEST(HostCalls, ReadNoValuesBeforeTheHostAsks) {
 }
 
 TEST(HostCalls, ThatAreRefusedFailTheLoadWithTheseDialogs) {
+    const VtuBuilder file = vtu().timeValue(2.5).piece(mixed());
     const std::string refused = ": the host was told to refuse this call";
     const std::string noData = "VTK Data Loader: None of the VTK files provided any data";
     const std::vector<std::tuple<std::string_view, int, std::string>> rows{
@@ -55,16 +51,9 @@ TEST(HostCalls, ThatAreRefusedFailTheLoadWithTheseDialogs) {
         {"KroUtilImportSetLoaderInstr", 1, ""},
         {"KroUtilDataLoadFinishX", 1, ""}};
     for (const auto& [name, call, dialog] : rows) {
-        Load load{everyCall(), {}, [name = name, call = call](Host& host) { host.refuse(name, call); }};
+        Load load{file, {}, [name = name, call = call](Host& host) { host.refuse(name, call); }};
         EXPECT_EQ(load.dialog(), dialog) << name;
         EXPECT_EQ(load.loaded(), name == "KroUtilImportAddLoaderX") << name;
-    }
-    for (const auto& [name, variable] :
-         {std::pair{"KroUtilDataValueGetRawPtrByRef", 1}, std::pair{"KroUtilDataNodeSectionGetRawPtrByRef", 0}}) {
-        Load load{everyCall(), {}, [name = name](Host& host) { host.refuse(name); }};
-        EXPECT_FALSE(load.host.load({1, variable}));
-        EXPECT_EQ(load.dialog(), "VTK Data Loader: Insufficient memory resources available to read data from the input "
-                                 "stream.\nReason: std::bad_alloc");
     }
 }
 
@@ -80,18 +69,38 @@ TEST(Interrupt, EndsAValueDemandInSilenceAndANodeMapDemandWithADialog) {
         EXPECT_EQ(load.dialog(), "VTK Data Loader: An unknown error occurred while reading data from the VTK file");
         load.host.clearInterrupt();
         EXPECT_TRUE(demandsSucceed(load));
+        load.host.interruptAtPoll(1);
+        EXPECT_FALSE(load.loadAgain());
+        EXPECT_EQ(load.host.dialogs().size(), 1);
     }
 }
 
-TEST(ProgressDisplay, GivesEachFileItsShareOfTheFirstHalf) {
+TEST(ProgressDisplay, GivesFilesAndThenZonesTheirSharesAndShowsVisibleGrowthOnly) {
+    std::string members;
+    for (int member = 0; member < 1000; ++member)
+        members += "<Piece Source=\"a.vtu\"/>";
+    const std::string collection =
+        "<VTKFile type=\"PUnstructuredGrid\">" + members + "<FieldData><DataArray/></FieldData>" + members;
+    const std::string text = vtu().piece(mixed()).text();
     std::vector<double> shown;
-    Load load{vtu().piece(mixed()), {.onProgress = [&](double fraction, auto&) { shown.push_back(fraction); }}};
+    double readUpTo = 0;
+    const auto show = [&](double fraction, const std::string& step) {
+        shown.push_back(fraction);
+        readUpTo = step.find("Registering") == step.npos ? fraction : readUpTo;
+    };
+    Load load{Files{{"a.vtu", text}, {"all.pvtu", collection + "</VTKFile>"}}, {.onProgress = show}};
     shown.clear();
     EXPECT_TRUE(load.host.loadFiles({load.path(), load.path(), load.path(), load.path()}));
     EXPECT_TRUE(std::ranges::is_sorted(shown));
-    for (const double share : {0.125, 0.25, 0.375, 0.5})
+    EXPECT_GT(std::ranges::count_if(shown, [](double fraction) { return fraction < 0.124; }), 2) << "within a file";
+    for (const double share : {0.125, 0.25, 0.375, 0.5, 0.625, 0.75, 0.875})
         EXPECT_TRUE(std::ranges::any_of(shown, [&](double fraction) { return std::abs(fraction - share) < 1e-9; }))
             << testing::PrintToString(shown);
+    shown.clear();
+    EXPECT_TRUE(load.host.loadFiles({std::filesystem::path(load.path()).replace_filename("all.pvtu")}));
+    EXPECT_NEAR(readUpTo, 0.5, 0.002) << "members are read in the first half";
+    EXPECT_LE(shown.size(), 1000);
+    EXPECT_GT(shown.back(), 0.99);
 }
 
 TEST(Shutdown, DestroysTheLoadersOnceHoweverOftenItIsAnnounced) {

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <tuple>
 
 namespace test {
@@ -12,91 +11,61 @@ namespace {
 
 constexpr std::uint64_t huge = std::uint64_t{1} << 60;
 
-/// In each format, plain and compressed, with header words wide enough for anything.
-std::vector<Encoding> wideEncodings() {
-    std::vector<Encoding> encodings = allEncodings();
-    std::erase_if(encodings, [](const Encoding& encoding) {
-        return encoding.bigEndian || (encoding.format != Format::Ascii && !encoding.header64);
-    });
-    for (Encoding& encoding : encodings)
-        encoding.blockByteCount = 20; // five blocks for the 92 bytes of "pressure"
-    return encodings;
+/// Only the demand of the target fails, with one dialog.
+void expectOneFailure(Load& load, const std::string& target) {
+    std::string failed;
+    for (const krohost::DemandResult& result : load.host.demandAll())
+        failed += result.isLoaded ? "" : load.host.dataset().name(result.target);
+    EXPECT_EQ(failed, target);
+    EXPECT_EQ(load.host.dialogs().size(), 1) << load.dialog();
 }
 
-/// Demands everything; every demand that fails shows one dialog. Returns the names of what failed.
-std::vector<std::string> failedDemands(Load& load) {
-    const std::size_t dialogsBefore = load.host.dialogs().size();
-    std::vector<std::string> failed;
-    for (const krohost::DemandResult& result : load.host.demandAll())
-        if (!result.isLoaded)
-            failed.push_back(load.host.dataset().name(result.target));
-    EXPECT_EQ(load.host.dialogs().size() - dialogsBefore, failed.size()) << load.dialog();
-    return failed;
+/// The same of a file, or its load fails where nothing is to be demanded.
+void expectOneFailure(const VtuBuilder& file, const std::string& target = "") {
+    Load load{file};
+    EXPECT_EQ(load.loaded(), !target.empty());
+    expectOneFailure(load, target);
 }
 
 const std::string pressure = "variable 4 \"pressure\" of zone 1 \"mesh\"";
 const std::string nodeMap = "the node map of zone 1 \"mesh\"";
 
-/// The file loads and one demand fails, with one dialog.
-void expectFailingDemand(const VtuBuilder& file, const std::string& target) {
-    Load load{file};
-    ASSERT_TRUE(load.loaded()) << load.dialog();
-    EXPECT_EQ(failedDemands(load), std::vector{target});
-}
-
-void expectFailingLoad(const VtuBuilder& file) {
-    Load load{file};
-    EXPECT_FALSE(load.loaded());
-    EXPECT_EQ(load.host.dialogs().size(), 1) << load.dialog();
-}
-
 } // namespace
 
-TEST(HostileSizes, NumbersOfPointsAndCellsBeyondTheFileAreRefused) {
-    for (const Encoding& encoding : wideEncodings())
-        for (const char* attribute : {"NumberOfPoints", "NumberOfCells"})
-            for (const char* count : {"24", "1000000000000", "18446744073709551615"}) {
-                if (encoding.format == Format::Ascii && attribute[8] == 'P' && count[0] == '2')
-                    continue; // one more point is found out when the text is read
-                SCOPED_TRACE(encoding.name() + " " + attribute + " " + count);
-                expectFailingLoad(vtu().piece(mixed()).encoding(encoding).attribute("Piece", attribute, count));
-            }
-}
-
-TEST(HostileSizes, ArraysOfOtherLengthsFailTheirDemandOnly) {
-    for (const Encoding& encoding : wideEncodings()) {
+TEST(HostileSizes, ThatAFileDoesNotHoldAreRefusedInEveryEncoding) {
+    // Header words of "pressure": compressed or not, position, word.
+    const std::vector<std::tuple<bool, std::size_t, std::uint64_t>> words{
+        {false, 0, huge}, {false, 0, ~0ull}, {true, 0, huge << 1},        {true, 3, ~0ull - 7},
+        {true, 1, huge},  {true, 2, huge},   {true, 1, (huge << 2) + 20}, {true, 0, 0}};
+    for (Encoding encoding : allEncodings()) {
+        const bool isText = encoding.format == Format::Ascii;
+        if (encoding.bigEndian || (!isText && !encoding.header64))
+            continue;
         SCOPED_TRACE(encoding.name());
+        encoding.blockByteCount = 20; // five blocks for the 92 bytes of "pressure"
+        const auto file = [&](const MeshPiece& piece) { return vtu().piece(piece).encoding(encoding); };
+        for (const char* count : {"24", "1000000000000", "18446744073709551615"}) {
+            expectOneFailure(file(mixed()).attribute("Piece", "NumberOfCells", count));
+            if (!isText || count[0] != '2') // one more point is found out when the text is read
+                expectOneFailure(file(mixed()).attribute("Piece", "NumberOfPoints", count));
+        }
         for (const std::size_t count : {0, 1, 22, 24, 46})
-            expectFailingDemand(vtu().piece(mixed()).encoding(encoding).values("pressure", numbers(count)), pressure);
+            expectOneFailure(file(mixed()).values("pressure", numbers(count)), pressure);
         for (const MeshPiece& piece : {mixed(), singleCell(12), singleCell(11)}) {
             const std::size_t count = piece.pointCount(); // which is the number of nodes of these cells
             for (const std::size_t wrong : {2 * count, count - 1, std::size_t{0}})
-                expectFailingDemand(
-                    vtu().piece(piece).encoding(encoding).values("connectivity", std::vector<std::int64_t>(wrong)),
-                    nodeMap);
+                expectOneFailure(file(piece).values("connectivity", std::vector<std::int64_t>(wrong)), nodeMap);
         }
-    }
-}
-
-TEST(HostileSizes, HeaderWordsThatTheFileCannotHoldAreRefused) {
-    // Compressed or not, position, word.
-    const std::vector<std::tuple<bool, std::size_t, std::uint64_t>> rows{
-        {false, 0, huge}, {false, 0, ~0ull}, {true, 0, huge << 1},        {true, 3, ~0ull - 7},
-        {true, 1, huge},  {true, 2, huge},   {true, 1, (huge << 2) + 20}, {true, 0, 0}};
-    for (const Encoding& encoding : wideEncodings()) {
-        if (encoding.format == Format::Ascii)
-            continue;
-        SCOPED_TRACE(encoding.name());
-        const VtuBuilder file = vtu().piece(mixed()).encoding(encoding);
-        for (const auto& [compressed, position, word] : rows)
-            if (compressed == encoding.compressed)
-                expectFailingDemand(VtuBuilder(file).headerWord("pressure", position, word), pressure);
+        for (const auto& [compressed, position, word] : words)
+            if (!isText && compressed == encoding.compressed)
+                expectOneFailure(file(mixed()).headerWord("pressure", position, word), pressure);
         for (const char* array : {"Points", "types", "offsets"})
-            expectFailingLoad(VtuBuilder(file).headerWord(array, 0, huge));
+            if (!isText)
+                expectOneFailure(file(mixed()).headerWord(array, 0, huge));
     }
 }
 
-TEST(HostileSizes, AFileThatChangesAfterItsLoadFillsNoMoreThanItsZone) {
+TEST(HostileSizes, OfAFileThatChangesAfterItsLoadFillNoMoreThanItsZone) {
     const std::string again = "; load the file again";
     const std::vector<std::pair<VtuBuilder, std::string>> rows{
         {vtu().piece(mixed()).values("types", {12, 13, 14, 9}),
@@ -108,7 +77,7 @@ TEST(HostileSizes, AFileThatChangesAfterItsLoadFillsNoMoreThanItsZone) {
     for (const auto& [changed, reason] : rows) {
         Load load{vtu().piece(mixed()).appendedRaw()}; // so that all else keeps its place
         VtuBuilder(changed).appendedRaw().write(load.path());
-        EXPECT_EQ(failedDemands(load), std::vector{nodeMap});
+        expectOneFailure(load, nodeMap);
         EXPECT_TRUE(load.dialog().ends_with(reason)) << load.dialog();
     }
 }

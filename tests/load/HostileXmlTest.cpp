@@ -2,7 +2,7 @@
 
 #include "tests/load/Load.h"
 #include "tests/load/limits.h"
-#include "tests/support/meshes.h"
+#include "tests/support/sound.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -30,9 +30,6 @@ std::string numbered(int count, const std::string& pattern) {
     return list;
 }
 
-VtuBuilder sound() {
-    return vtu().piece(mixed());
-}
 /// The sound file with text at these places.
 std::string with(const std::string& inPieceTag, const std::string& betweenTags = "") {
     return sound().markup("<Piece ", "<Piece " + inPieceTag).markup("<Points>", betweenTags + "<Points>").text();

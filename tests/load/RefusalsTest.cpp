@@ -1,5 +1,5 @@
 #include "tests/load/Load.h"
-#include "tests/support/meshes.h"
+#include "tests/support/sound.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -21,8 +21,11 @@ const std::string inputError = "An error occurred while reading data from the in
 const std::string badValue = "An error occurred while parsing values in the VTK file.\nReason: ";
 const std::string badNumber = "An error occurred while parsing an ASCII number from a data array.\nReason: ";
 const std::string badNodeNumber = "An error occurred while parsing an ASCII number from a data array.\nReaons: ";
-const std::string numberTooLarge = "A number parsed from an ASCII data array cannot be converted to the data type "
-                                   "specified in the array.\nReason: \"4000000000\" is not in the range from ";
+std::string numberTooLarge(const std::string& number, const std::string& range) {
+    return "A number parsed from an ASCII data array cannot be converted to the data type specified in the array.\n"
+           "Reason: \"" +
+           number + "\" is not in the range from " + range;
+}
 const std::string unknownError = "An unknown error occurred while reading data from the VTK file";
 
 const std::string badGrid =
@@ -56,19 +59,6 @@ std::string badNodeCount(const std::string& name, const std::string& count) {
            count + " nodes and is not yet supported";
 }
 
-/// A sound file of one piece, to be damaged: 23 points, 4 cells, nodal "pressure" and "velocity", "material" in cells.
-VtuBuilder sound() {
-    return vtu().piece(mixed());
-}
-VtuBuilder with(const char* element, const char* attribute, std::optional<std::string> value) {
-    return sound().attribute(element, attribute, std::move(value));
-}
-VtuBuilder withText(const char* array, const char* text) {
-    return sound().inlineText(array, text);
-}
-VtuBuilder withMarkup(const char* from, const std::string& to) {
-    return sound().markup(from, to);
-}
 std::string cutBehind(const std::string& end) {
     const std::string text = sound().text();
     return text.substr(0, text.find(end) + end.size());
@@ -130,6 +120,7 @@ TEST(Refusals, OfDocumentsHaveTheseTexts) {
         fileError,
         {{""s, "Failed to open VTK file for reading"},
          {"\xFF\xFE<\0"s, "UTF-16 encoding is not currently supported"},
+         {"\xFE\xFF\0<"s, "UTF-16 encoding is not currently supported"},
          {vtu(), "VTK unstructured file doesn't appear to contain any Piece data"},
          {cutBehind("<Cells"), "Premature end of document."},
          {withMarkup("</Cells>", "</Cell>"), "Opening and ending tag mismatch."},
@@ -289,14 +280,22 @@ TEST(Refusals, OfInstructionsHaveTheseTexts) {
 }
 
 TEST(Refusals, OfDemandsHaveTheseTexts) {
-    expectRefusals("",
-                   {{withText("pressure", "1 2 abc"), badNumber + "\"abc\" is not a number", "pressure"},
-                    {withText("connectivity", "1 2 abc"), badNodeNumber + "\"abc\" is not a whole number", "node map"},
-                    {withText("material", "4000000000 2 3 4"), numberTooLarge + "0 to 255", "material"},
-                    {sound().attribute("connectivity", "type", "Int32").inlineText("connectivity", "4000000000"),
-                     numberTooLarge + "-2147483648 to 2147483647", "node map"}});
+    const std::string longest(80, 'x');
+    expectRefusals(
+        "", {{withText("pressure", "1 2 abc"), badNumber + "\"abc\" is not a number", "pressure"},
+             {withText("pressure", longest), badNumber + "\"" + longest + "\" is not a number", "pressure"},
+             {withText("pressure", longest + "x"), badNumber + "\"" + longest + "...\" is not a number", "pressure"},
+             {withText("connectivity", "1 2 abc"), badNodeNumber + "\"abc\" is not a whole number", "node map"},
+             {withText("pressure", "1e39"), numberTooLarge("1e39", "-3.4028235e+38 to 3.4028235e+38"), "pressure"},
+             {withText("material", "4000000000 2 3 4"), numberTooLarge("4000000000", "0 to 255"), "material"},
+             {sound().attribute("connectivity", "type", "Int32").inlineText("connectivity", "4000000000"),
+              numberTooLarge("4000000000", "-2147483648 to 2147483647"), "node map"}});
     const VtuBuilder raw = sound().appendedRaw().header64();
     const std::string beyond = VtuBuilder(raw).attribute("material", "offset", "18446744073709551615").text();
+    const VtuBuilder blocks = sound().base64().compressed(20);
+    const std::string stored = encodedArray(mixed().pointData[0], {Format::Base64, true, false, false, 20});
+    const VtuBuilder brokenOff =
+        VtuBuilder(blocks).inlineText("pressure", stored.substr(0, 60) + "*" + stored.substr(61));
     MeshPiece vertices = sideBySide({singleCell(1), singleCell(1)});
     vertices.cells.pop_back();
     expectRefusals(
@@ -314,6 +313,8 @@ TEST(Refusals, OfDemandsHaveTheseTexts) {
          {sound().base64().inlineText("material", "BAAA"), "Unexpected end of base64 text", "material"},
          {sound().base64().inlineText("material", "BAAAAA==AQAA"), "Unexpected end of base64 text", "material"},
          {sound().base64().inlineText("material", ""), "Unexpected end of base64 text", "material"},
+         {brokenOff, "Found \"*\" in base64 text where a letter, digit, \"+\", \"/\" or padding with \"=\" is expected",
+          "pressure"},
          {sound().base64().compressed().values("connectivity", {0}), "Unexpected end of compressed data", "node map"},
          {with("connectivity", "type", "Float64"),
           "DataArray \"connectivity\" holds floating-point numbers where integers are needed", "node map"},

@@ -1,28 +1,10 @@
 #include "tests/support/CellKind.h"
 
 #include <algorithm>
-#include <numeric>
 #include <stdexcept>
 #include <string>
 
 namespace test {
-
-namespace {
-
-enum class Version { Any, Old, New };
-
-struct NodeOrderRow {
-    int type;
-    std::size_t nodes;
-    Version version;
-    std::vector<std::size_t> order;
-};
-
-const std::vector<NodeOrderRow> nodeOrderRows{
-#include "tests/support/nodeOrderRows.inc"
-};
-
-} // namespace
 
 const CellKind& cellKind(int type) {
     const auto* kind = std::ranges::find(acceptedCells, type, &CellKind::type);
@@ -47,16 +29,6 @@ int gridOrder(int type, std::size_t nodes) {
         if (nodeCount(kind.shape, order) == nodes)
             return order;
     throw std::out_of_range("cell type " + std::to_string(type) + " cannot have " + std::to_string(nodes) + " nodes");
-}
-
-std::vector<std::size_t> nodeOrder(int type, std::size_t nodes, FileVersion version) {
-    const Version other = version >= FileVersion{2, 1} ? Version::Old : Version::New;
-    for (const NodeOrderRow& row : nodeOrderRows)
-        if (row.type == type && row.nodes == nodes && row.version != other)
-            return row.order;
-    std::vector<std::size_t> order(nodes);
-    std::iota(order.begin(), order.end(), 0u);
-    return order;
 }
 
 } // namespace test

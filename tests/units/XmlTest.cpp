@@ -90,24 +90,4 @@ TEST(Records, HaveDefaults) {
     EXPECT_EQ(piece.points.valueLocation, ValueLocation_None);
 }
 
-TEST(Documents, InUtf16AreToldByTheirFirstBytes) {
-    const auto isRefused = [](std::string_view text) {
-        try {
-            checkEncoding({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
-            return false;
-        } catch (const veltra::IOException&) {
-            return true;
-        }
-    };
-    EXPECT_TRUE(isRefused("\xFF\xFE<") && isRefused("\xFE\xFF\x1"));
-    for (const char* text : {"\xFF\xFE", "\xFF\xFF<", "\xFE\xFE<", "<\xFF\xFE", "\xEF\xBB\xBF", ""})
-        EXPECT_FALSE(isRefused(text)) << text;
-}
-
-TEST(Documents, ThatEndEarlyOrNeverAreRefused) {
-    for (const std::string& text : {"<VTKFile type='Unstr"s, "<V"s, "\xFF\xFE"s,
-                                    "<VTKFile type='UnstructuredGrid'><!--" + std::string(2'000'000, '>')})
-        EXPECT_THROW(Parsed{text}, veltra::IOException) << text.substr(0, 20);
-}
-
 } // namespace test

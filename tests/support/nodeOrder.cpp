@@ -1,11 +1,12 @@
-#include "tests/support/CellKind.h"
+// From geometry: what lies at the same place is the same node.
 
-#include <gtest/gtest.h>
+#include "tests/support/CellKind.h"
 
 #include <algorithm>
 #include <iterator>
 #include <map>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <valarray>
 
@@ -102,18 +103,18 @@ Points filePoints(int type, int order, FileVersion version) {
 
 } // namespace
 
-TEST(NodeOrder, PutsEveryNodeWhereTheHostHasIt) {
-    for (const CellKind& kind : acceptedCells)
-        for (int order = kind.lowestOrder; order <= kind.highestOrder; ++order)
-            for (const FileVersion& version : {FileVersion{2, 0}, {2, 1}}) {
-                const Points inFile = filePoints(kind.type, order, version), inHost = hostPoints(kind, order);
-                const std::vector<std::size_t> places = nodeOrder(kind.type, nodeCount(kind.shape, order), version);
-                ASSERT_TRUE(inFile.size() == places.size() && inHost.size() == places.size());
-                for (std::size_t node = 0; node < places.size(); ++node)
-                    EXPECT_LT(std::abs(inFile.at(places[node]) - inHost[node]).max(), 1e-12)
-                        << "type " << kind.type << ", order " << order << ", version 2." << version.second
-                        << ", host node " << node;
-            }
+std::vector<std::size_t> nodeOrder(int type, std::size_t nodes, FileVersion version) {
+    const int order = gridOrder(type, nodes);
+    const Points inFile = filePoints(type, order, version);
+    std::vector<std::size_t> places;
+    for (const Point& inHost : hostPoints(cellKind(type), order)) {
+        const auto isThere = [&](const Point& point) { return std::abs(point - inHost).max() < 1e-12; };
+        const auto found = std::ranges::find_if(inFile, isThere);
+        if (found == inFile.end())
+            throw std::logic_error("a node of the host is not where one of the file is");
+        places.push_back(static_cast<std::size_t>(found - inFile.begin()));
+    }
+    return places;
 }
 
 } // namespace test
