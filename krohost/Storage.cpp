@@ -15,9 +15,8 @@ namespace {
 constexpr std::size_t largeByteCount = std::size_t{1} << 21;
 
 // Unlike any run of zeros, small integers or common floating-point values.
-template <std::size_t byteCount>
 constexpr auto guard = [] {
-    std::array<std::byte, byteCount> bytes{};
+    std::array<std::byte, Storage::guardByteCount> bytes{};
     for (std::size_t index = 0; index < bytes.size(); ++index)
         bytes[index] = static_cast<std::byte>(0xA5 ^ (index * 37));
     return bytes;
@@ -43,13 +42,13 @@ Storage::Storage(std::int64_t itemCount, std::size_t itemByteCount)
         throw std::bad_alloc{};
     if (byteCount_ >= largeByteCount)
         useLargePages(block_.get(), byteCount_);
-    std::ranges::copy(guard<guardByteCount>, block_.get());
-    std::ranges::copy(guard<guardByteCount>, block_.get() + guardByteCount + byteCount_);
+    std::ranges::copy(guard, block_.get());
+    std::ranges::copy(guard, block_.get() + guardByteCount + byteCount_);
 }
 
 const char* Storage::trespass() const {
     const auto isIntact = [&](std::size_t offset) {
-        return std::ranges::equal(guard<guardByteCount>, std::span(block_.get() + offset, guardByteCount));
+        return std::ranges::equal(guard, std::span(block_.get() + offset, guardByteCount));
     };
     if (!isIntact(0))
         return "before the start";

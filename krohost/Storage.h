@@ -12,6 +12,8 @@ namespace krohost {
 /// show whether somebody wrote there. Movable, not copied. [any thread]
 class Storage {
 public:
+    static constexpr std::size_t guardByteCount = 64; ///< on each side
+
     /// The caller has made sure that the byte count fits std::size_t with some room to spare. Throws std::bad_alloc.
     Storage(std::int64_t itemCount, std::size_t itemByteCount);
 
@@ -27,8 +29,6 @@ public:
     const char* trespass() const;
 
 private:
-    static constexpr std::size_t guardByteCount = 64;
-
     struct Free {
         void operator()(void* memory) const { std::free(memory); }
     };

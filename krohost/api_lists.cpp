@@ -36,7 +36,7 @@ void freeList(List** place) {
                        });
     if (!place)
         return;
-    List* list = std::exchange(*place, nullptr);
+    List* list = std::exchange(*place, nullptr); // also after a refusal: the add-on has given it away
     if (!List::absence(list) && list->number != 0)
         delete list;
 }

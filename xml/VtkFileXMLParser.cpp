@@ -110,7 +110,7 @@ void VtkFileXMLParser::parse() {
 }
 
 void VtkFileXMLParser::dispatch() {
-    if (xml_.isStartElement("VTKFile") && header_.type.empty()) // the document's, not one within it
+    if (xml_.isStartElement("VTKFile") && header_.type.empty()) // the first is the document's
         parseHeader();
     else if (xml_.isStartElement("DataSet"))
         parseDataSet();
