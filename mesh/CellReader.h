@@ -30,7 +30,7 @@ public:
     bool nextBlock(std::vector<CellRun>& runs);
 
 private:
-    static constexpr std::size_t blockCellCount = 0x10000;
+    static constexpr std::size_t blockCellCount = 0x4000;
 
     void readBlock(std::size_t cellCount);
     void findRuns(std::vector<CellRun>& runs, std::size_t cellCount);
