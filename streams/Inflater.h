@@ -17,7 +17,8 @@ public:
     ~Inflater();
 
     /// Inflates `compressed` into `room` and returns how many bytes that gave. A damaged stream, or one that holds more
-    /// than there is room for, gives what zlib's uncompress() leaves behind; it is not reported.
+    /// than there is room for, gives what zlib's uncompress() leaves behind; it is not reported. Headers of blocks that
+    /// zlib refuses although the data and their checksum are right may be accepted.
     std::size_t inflate(std::span<const std::uint8_t> compressed, std::span<std::uint8_t> room);
 
     /// The most that a zlib stream of this many bytes can inflate to.

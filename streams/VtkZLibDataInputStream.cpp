@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <utility>
 
 namespace veltra::vtkfile {
@@ -42,6 +43,15 @@ void VtkZLibDataInputStream::readBlockTable(const DataArray& array) {
     if (sum > Inflater::largestOutput(compressedSize))
         throw IOException(inflatedSizeImplausible(array, sum, compressedSize));
     uncompressedSize_ = sum;
+
+    static const bool isSupported = InterleavedInflater::isSupported();
+    nextBlockToInterleave_ = isSupported && areBlocksSmall() ? 0 : numberOfBlocks_;
+}
+
+/// Whether a few of them at once are no burden.
+bool VtkZLibDataInputStream::areBlocksSmall() const {
+    constexpr std::uint64_t largest = 0x20000;
+    return std::max({blockSize_, lastBlockSize_, maxCompressedSize_}) <= largest;
 }
 
 /// Reads the sizes of all blocks, which must fit into `available` bytes; returns their sum.
@@ -78,16 +88,18 @@ void VtkZLibDataInputStream::read(std::uint8_t* dst, std::size_t byteCount) {
 
 /// Delivers some of the bytes that come next; returns how many, which may be none.
 std::size_t VtkZLibDataInputStream::deliver(std::span<std::uint8_t> dst) {
-    if (blockBegin_ < block_.size()) {
-        const std::size_t count = std::min(dst.size(), block_.size() - blockBegin_);
-        std::memcpy(dst.data(), block_.data() + blockBegin_, count);
-        blockBegin_ += count;
+    if (std::span<const std::uint8_t>& bytes = ready(); !bytes.empty()) {
+        const std::size_t count = std::min(dst.size(), bytes.size());
+        std::memcpy(dst.data(), bytes.data(), count);
+        bytes = bytes.subspan(count);
         return count;
     }
     if (nextBlock_ == numberOfBlocks_) {
         std::fill(dst.begin(), dst.end(), std::uint8_t{0});
         return dst.size();
     }
+    if (inflateSeveral())
+        return 0;
     if (const std::uint64_t room = roomForNextBlock(); room <= dst.size())
         return inflateNextBlock(dst.first(room));
     fill();
@@ -95,26 +107,61 @@ std::size_t VtkZLibDataInputStream::deliver(std::span<std::uint8_t> dst) {
 }
 
 void VtkZLibDataInputStream::skip(std::size_t byteCount) {
-    const std::size_t count = std::min(byteCount, block_.size() - blockBegin_);
-    blockBegin_ += count;
+    std::span<const std::uint8_t>& bytes = ready();
+    const std::size_t count = std::min(byteCount, bytes.size());
+    bytes = bytes.subspan(count);
     position_ += count;
     InputStreamInterface::skip(byteCount - count);
 }
 
 std::span<const std::uint8_t> VtkZLibDataInputStream::peek() {
-    while (blockBegin_ == block_.size() && nextBlock_ < numberOfBlocks_)
-        fill();
-    const auto bytes = std::span<const std::uint8_t>(block_).subspan(blockBegin_);
-    return bytes.first(std::min<std::uint64_t>(bytes.size(), uncompressedSize_ - position_));
+    while (ready().empty() && nextBlock_ < numberOfBlocks_)
+        if (!inflateSeveral())
+            fill();
+    return ready().first(std::min<std::uint64_t>(ready().size(), uncompressedSize_ - position_));
 }
 
-/// Inflates the next block into `block_`, all of which is delivered. A failure leaves it as it was, or empty.
+/// What is ready of the first block that is; nothing when none is.
+std::span<const std::uint8_t>& VtkZLibDataInputStream::ready() {
+    return *std::find_if(ready_.begin(), ready_.end() - 1, [](const auto& bytes) { return !bytes.empty(); });
+}
+
+/// Makes the next block ready.
 void VtkZLibDataInputStream::fill() {
-    std::vector<std::uint8_t> room = std::exchange(block_, {});
-    blockBegin_ = 0;
-    room.resize(roomForNextBlock());
-    room.resize(inflateNextBlock(room));
-    block_ = std::move(room);
+    const std::uint64_t room = roomForNextBlock();
+    if (inflated_.size() < room)
+        inflated_.resize(room);
+    ready_[0] = std::span(inflated_).first(inflateNextBlock(std::span(inflated_).first(room)));
+}
+
+/// Makes a few blocks ready, where they are of usual size. False where the next one is to be inflated by itself.
+bool VtkZLibDataInputStream::inflateSeveral() {
+    constexpr std::uint64_t blocksBetweenTries = 16;
+    const auto sizes = std::span(compressedSizes_).subspan(nextBlock_);
+    const auto several = sizes.first(std::min(sizes.size(), InterleavedInflater::laneCount));
+    if (nextBlock_ < nextBlockToInterleave_ || several.size() < 2)
+        return false;
+    if (!interleavedInflater_)
+        interleavedInflater_ = std::make_unique<InterleavedInflater>();
+    fetch(several.front(), std::accumulate(several.begin(), several.end(), std::uint64_t{0}));
+    const std::size_t roomSize = std::max(blockSize_, lastBlockSize_) + InterleavedInflater::writeSlack;
+    inflated_.resize(std::max(inflated_.size(), several.size() * roomSize));
+
+    std::array<InterleavedInflater::Stream, InterleavedInflater::laneCount> streams;
+    std::span<const std::uint8_t> rest(fetched_.get(), fetchedSize_);
+    std::size_t count = 0;
+    for (; count < several.size() && several[count] <= rest.size(); ++count) {
+        const auto room = std::span(inflated_).subspan(count * roomSize, blockByteCount(nextBlock_ + count));
+        streams[count] = {rest.first(several[count]), room};
+        rest = rest.subspan(several[count]);
+    }
+    const std::size_t doneCount = interleavedInflater_->inflate(std::span(streams).first(count));
+    for (std::size_t index = 0; index < doneCount; ++index)
+        ready_[index] = streams[index].room;
+    passBlocks(doneCount);
+    if (doneCount == 0)
+        nextBlockToInterleave_ = nextBlock_ + blocksBetweenTries;
+    return doneCount > 0;
 }
 
 /// A block cannot yield more than its compressed bytes allow, whatever the table claims.
@@ -126,31 +173,49 @@ std::size_t VtkZLibDataInputStream::inflateNextBlock(std::span<std::uint8_t> roo
     if (!inflater_)
         inflater_ = std::make_unique<Inflater>();
     const std::uint64_t compressedSize = compressedSizes_[nextBlock_];
-    std::span<const std::uint8_t> ready = fetchedSize_ == 0 ? source_->peek() : std::span<const std::uint8_t>();
-    const bool isReady = ready.size() >= compressedSize;
-    const std::size_t byteCount =
-        inflater_->inflate(isReady ? ready.first(compressedSize) : fetchBlock(compressedSize), room);
-    if (isReady)
+    std::span<const std::uint8_t> compressed = fetchedSize_ == 0 ? source_->peek() : std::span<const std::uint8_t>();
+    const bool isFetched = compressed.size() < compressedSize;
+    while (isFetched && fetchedSize_ < compressedSize)
+        fetch(compressedSize, compressedSize);
+    if (isFetched)
+        compressed = {fetched_.get(), fetchedSize_};
+    const std::size_t byteCount = inflater_->inflate(compressed.first(compressedSize), room);
+    if (!isFetched)
         source_->skip(compressedSize);
-    fetchedSize_ = 0;
-    ++nextBlock_;
+    passBlocks(1);
     return byteCount;
 }
 
-/// Reads a compressed block. Who asks again after a failure gets the same failure, or the rest of the same block.
-std::span<const std::uint8_t> VtkZLibDataInputStream::fetchBlock(std::uint64_t byteCount) {
-    if (!scratch_)
-        scratch_ = std::make_unique_for_overwrite<std::uint8_t[]>(maxCompressedSize_);
-    while (fetchedSize_ < byteCount)
-        fetchedSize_ += dataio::readSome(*source_, scratch_.get() + fetchedSize_, byteCount - fetchedSize_);
-    return {scratch_.get(), byteCount};
+/// Reads compressed bytes until there are `most`, if there are fewer than `least`. Who asks again after a failure gets
+/// the same failure, or the rest.
+void VtkZLibDataInputStream::fetch(std::uint64_t least, std::uint64_t most) {
+    if (!fetched_) {
+        const std::uint64_t blockCount = areBlocksSmall() ? InterleavedInflater::laneCount : 1;
+        fetched_ = std::make_unique_for_overwrite<std::uint8_t[]>(blockCount * maxCompressedSize_ +
+                                                                  InterleavedInflater::readSlack);
+    }
+    if (fetchedSize_ < least)
+        fetchedSize_ += dataio::readSome(*source_, fetched_.get() + fetchedSize_, most - fetchedSize_);
+    std::fill_n(fetched_.get() + fetchedSize_, InterleavedInflater::readSlack, std::uint8_t{0});
+}
+
+/// Goes on to the block that comes after the next `count`.
+void VtkZLibDataInputStream::passBlocks(std::size_t count) {
+    const auto passed = std::span(compressedSizes_).subspan(nextBlock_, count);
+    nextBlock_ += count;
+    const std::uint64_t byteCount = std::accumulate(passed.begin(), passed.end(), std::uint64_t{0});
+    if (fetchedSize_ > 0) {
+        fetchedSize_ -= byteCount;
+        std::memmove(fetched_.get(), fetched_.get() + byteCount, fetchedSize_);
+    }
 }
 
 void VtkZLibDataInputStream::close() {
     uncompressedSize_ = position_;
     source_->close();
-    block_ = {};
-    scratch_.reset();
+    ready_ = {};
+    inflated_ = {};
+    fetched_.reset();
 }
 
 } // namespace veltra::vtkfile

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "streams/Inflater.h"
+#include "streams/InterleavedInflater.h"
 
 #include "host/InputStreamInterface.h"
 #include "xml/DataArray.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -14,9 +16,9 @@ namespace veltra::vtkfile {
 
 /// The inflated bytes of an array that is stored in zlib blocks.
 ///
-/// Blocks are inflated one at a time as they are read, straight into the caller's buffer where a whole one fits. A
-/// damaged block that yields too little is passed over in silence: the bytes of the blocks behind it move up, and the
-/// missing bytes at the array's end are zero.
+/// Blocks are inflated as they are read: a few at once where that is faster, others straight into the caller's buffer
+/// where a whole one fits. A damaged block that yields too little is passed over in silence: the bytes of the blocks
+/// behind it move up, and the missing bytes at the array's end are zero.
 class VtkZLibDataInputStream final : public dataio::InputStreamInterface {
 public:
     /// `source` stands at the array's first header word. Reads the block table, inflates nothing. `valueCount` receives
@@ -34,12 +36,16 @@ public:
 private:
     void readBlockTable(const DataArray& array);
     std::uint64_t readCompressedSizes(const DataArray& array, std::uint64_t available);
+    bool areBlocksSmall() const;
     std::uint64_t blockByteCount(std::uint64_t blockIndex) const;
     std::size_t deliver(std::span<std::uint8_t> dst);
+    std::span<const std::uint8_t>& ready();
     void fill();
-    std::uint64_t roomForNextBlock() const;
+    bool inflateSeveral();
     std::size_t inflateNextBlock(std::span<std::uint8_t> room);
-    std::span<const std::uint8_t> fetchBlock(std::uint64_t byteCount);
+    std::uint64_t roomForNextBlock() const;
+    void fetch(std::uint64_t least, std::uint64_t most);
+    void passBlocks(std::size_t count);
 
     dataio::InputStreamPtr source_;
     bool swapBytes_;
@@ -53,11 +59,13 @@ private:
 
     std::uint64_t position_ = 0;
     std::uint64_t nextBlock_ = 0;
+    std::uint64_t nextBlockToInterleave_ = 0;
     std::unique_ptr<Inflater> inflater_;
-    std::unique_ptr<std::uint8_t[]> scratch_; // one compressed block, where it does not stand in memory as a whole
-    std::uint64_t fetchedSize_ = 0;           // of that block
-    std::vector<std::uint8_t> block_;         // inflated and not yet delivered from blockBegin_ on
-    std::size_t blockBegin_ = 0;
+    std::unique_ptr<InterleavedInflater> interleavedInflater_;
+    std::unique_ptr<std::uint8_t[]> fetched_; // compressed bytes from the next block on
+    std::uint64_t fetchedSize_ = 0;
+    std::vector<std::uint8_t> inflated_; // where the bytes stand that are ready
+    std::array<std::span<const std::uint8_t>, InterleavedInflater::laneCount> ready_; // not yet delivered, by blocks
 };
 
 } // namespace veltra::vtkfile
