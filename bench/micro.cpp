@@ -5,6 +5,7 @@
 #include "krohost/Host.h"
 #include "mesh/sections.h"
 #include "streams/Inflater.h"
+#include "streams/InterleavedInflater.h"
 #include "streams/readValues.h"
 #include "tests/support/VtuBuilder.h"
 #include "tests/support/meshes.h"
@@ -13,8 +14,11 @@
 #include <benchmark/benchmark.h>
 #include <zlib.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
+#include <span>
 #include <stdexcept>
 
 namespace {
@@ -100,17 +104,42 @@ void decodeBase64Text(benchmark::State& state) {
 }
 BENCHMARK(decodeBase64Text);
 
+/// A block of floats and the same compressed, with bytes behind both that InterleavedInflater may touch.
+struct Block {
+    Bytes bytes = bytesOf(wave(32768 / sizeof(float)));
+    std::size_t size = bytes.size();
+    Bytes compressed = Bytes(compressBound(bytes.size()) + InterleavedInflater::readSlack);
+    uLongf compressedSize = compressBound(bytes.size());
+
+    Block() {
+        compress2(compressed.data(), &compressedSize, bytes.data(), size, 5);
+        bytes.resize(size + InterleavedInflater::writeSlack);
+    }
+};
+
 void inflateBlock(benchmark::State& state) {
-    Bytes block = bytesOf(wave(32768 / sizeof(float)));
-    Bytes compressed(compressBound(block.size()));
-    uLongf size = compressed.size();
-    compress2(compressed.data(), &size, block.data(), block.size(), 5);
+    Block block;
     Inflater inflater;
     for (auto _ : state)
-        benchmark::DoNotOptimize(inflater.inflate({compressed.data(), size}, block));
-    setBytes(state, block.size());
+        benchmark::DoNotOptimize(inflater.inflate({block.compressed.data(), block.compressedSize},
+                                                  std::span(block.bytes).first(block.size)));
+    setBytes(state, block.size);
 }
 BENCHMARK(inflateBlock);
+
+void inflateFourBlocks(benchmark::State& state) {
+    std::array<Block, InterleavedInflater::laneCount> blocks;
+    std::array<InterleavedInflater::Stream, InterleavedInflater::laneCount> streams;
+    std::ranges::transform(blocks, streams.begin(), [](Block& block) -> InterleavedInflater::Stream {
+        return {{block.compressed.data(), block.compressedSize}, std::span(block.bytes).first(block.size)};
+    });
+    InterleavedInflater inflater;
+    for (auto _ : state)
+        if (inflater.inflate(streams) != streams.size())
+            return state.SkipWithError("not all blocks are inflated");
+    setBytes(state, streams.size() * blocks.front().size);
+}
+BENCHMARK(inflateFourBlocks);
 
 /// Reads one component of an array through a reader over memory.
 template <class Dst, class Src>

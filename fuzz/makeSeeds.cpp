@@ -114,13 +114,21 @@ std::string deflated(const std::string& text) {
     return bytes.substr(0, byteCount);
 }
 
-/// The chunk, the bytes of a block and of the last, then each block: whether it is to be deflated, and what is in it.
+constexpr int isDeflated = 0x01;
+constexpr int hasCodesOnly = isDeflated + 2 * Z_HUFFMAN_ONLY;
+constexpr int isDamaged = 0x80;
+
+/// The chunk, the bytes of a block and of the last, then each block: how it is to be made, and what is in it.
 std::string blockInput(std::uint16_t blockByteCount, std::uint16_t lastByteCount,
-                       const std::vector<std::pair<bool, std::string>>& content) {
+                       const std::vector<std::pair<int, std::string>>& content) {
     std::string bytes = "\x09" + valueBytes(blockByteCount, false) + valueBytes(lastByteCount, false);
     bytes += static_cast<char>(content.size() - 1);
-    for (const auto& [isSound, text] : content)
-        bytes += (isSound ? '\1' : '\0') + valueBytes(static_cast<std::uint16_t>(text.size()), false) + text;
+    for (const auto& [kind, text] : content) {
+        bytes += static_cast<char>(kind);
+        if (kind >= isDamaged)
+            bytes += valueBytes(std::uint16_t{0x321}, false);
+        bytes += valueBytes(static_cast<std::uint16_t>(text.size()), false) + text;
+    }
     return bytes;
 }
 
@@ -130,12 +138,17 @@ Inputs inflates() {
     std::string foreign = whole;
     foreign[whole.size() / 2] ^= 0x55;
     const auto byteCount = static_cast<std::uint16_t>(text.size());
-    return {{"sound", blockInput(100, 20, {{true, text.substr(0, 100)}, {true, text.substr(100, 20)}})},
-            {"full", blockInput(byteCount, 0, {{false, whole}, {true, text}})},
-            {"cut", blockInput(byteCount, 0, {{false, whole.substr(0, whole.size() - 9)}, {true, text}})},
-            {"foreign", blockInput(byteCount, 7, {{false, foreign}, {true, text.substr(0, 7)}})},
-            {"no room", blockInput(50, 0, {{false, whole}})},
-            {"implausible", blockInput(0xFFFF, 0, {{false, "x"}})}};
+    const std::string many = base64(text + foreign + text);
+    const std::pair<int, std::string> sound{hasCodesOnly, many}, damaged{hasCodesOnly + isDamaged, many};
+    const auto manyCount = static_cast<std::uint16_t>(many.size());
+    return {{"sound", blockInput(100, 20, {{isDeflated, text.substr(0, 100)}, {isDeflated, text.substr(100, 20)}})},
+            {"full", blockInput(byteCount, 0, {{0, whole}, {isDeflated, text}})},
+            {"cut", blockInput(byteCount, 0, {{0, whole.substr(0, whole.size() - 9)}, {isDeflated, text}})},
+            {"foreign", blockInput(byteCount, 7, {{0, foreign}, {isDeflated, text.substr(0, 7)}})},
+            {"no room", blockInput(50, 0, {{0, whole}})},
+            {"implausible", blockInput(0xFFFF, 0, {{0, "x"}})},
+            {"codes", blockInput(manyCount, 0, {sound, sound, sound, sound, {isDeflated, many}, sound})},
+            {"codes and damage", blockInput(manyCount, 0, {sound, sound, damaged, sound, sound, damaged, sound})}};
 }
 
 Inputs base64s() {
