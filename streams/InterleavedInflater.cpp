@@ -38,7 +38,7 @@ constexpr unsigned literalTableBits = 10;
 constexpr std::uint32_t isLiteral = 1u << 31;
 constexpr std::uint32_t isRare = 1u << 30;
 
-std::uint32_t literalEntry(unsigned symbol, unsigned bitCount) {
+std::uint32_t makeLiteralEntry(unsigned symbol, unsigned bitCount) {
     if (symbol < endOfBlock)
         return isLiteral | symbol << 8 | bitCount;
     if (symbol == endOfBlock || symbol - firstLength >= leastLength.size())
@@ -51,7 +51,7 @@ std::uint32_t literalEntry(unsigned symbol, unsigned bitCount) {
 /// bits its code has, in bits 0 to 7 how many with the extra ones. 0 has to be looked up in the code itself.
 constexpr unsigned distanceTableBits = 8;
 
-std::uint32_t distanceEntry(unsigned symbol, unsigned bitCount) {
+std::uint32_t makeDistanceEntry(unsigned symbol, unsigned bitCount) {
     if (symbol >= leastDistance.size())
         return 0;
     return leastDistance[symbol] * 0x10000u | bitCount << 8 | (bitCount + distanceExtraBits[symbol]);
@@ -355,8 +355,8 @@ bool InterleavedInflater::Lane::useCodes(std::span<const std::uint8_t> literalLe
         return false;
     if (!literals.assign(literalLengths) || !distances.assign(distanceLengths))
         return false;
-    literals.tabulate(literalTable, isRare, vtkfile::literalEntry);
-    distances.tabulate(distanceTable, 0, vtkfile::distanceEntry);
+    literals.tabulate(literalTable, isRare, makeLiteralEntry);
+    distances.tabulate(distanceTable, 0, makeDistanceEntry);
     return true;
 }
 
@@ -550,7 +550,7 @@ bool InterleavedInflater::isSupported() {
     return __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") && __get_cpuid(0x80000001, &a, &b, &c, &d) &&
            (c & lzcnt) != 0;
 #else
-    return true;
+    return std::endian::native == std::endian::little;
 #endif
 }
 
