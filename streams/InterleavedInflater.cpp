@@ -344,14 +344,16 @@ bool InterleavedInflater::Lane::readCodes() {
 }
 
 /// From the lengths of the codes of all symbols. False when a code is not complete, or when most symbols at the
-/// beginning of a stream are expected to be matches: those are inflated faster one stream after the other.
+/// beginning of a stream are expected to be matches: those are inflated faster one stream after the other, unless there
+/// are hardly any, as where all values are the same.
 bool InterleavedInflater::Lane::useCodes(std::span<const std::uint8_t> literalLengths,
                                          std::span<const std::uint8_t> distanceLengths) {
     constexpr unsigned always = 1u << 15;
-    unsigned literalShare = 0;
-    for (const std::uint8_t length : literalLengths.first(endOfBlock))
-        literalShare += length == 0 ? 0 : always >> length; // a frequent symbol has a short code
-    if (out == outBegin && literalShare < always / 8 * 5)
+    unsigned matchShare = 0;
+    for (const std::uint8_t length : literalLengths.subspan(firstLength))
+        matchShare += length == 0 ? 0 : always >> length; // a frequent symbol has a short code
+    const bool hasFewSymbols = (outEnd - outBegin) / 128 > inEnd - reader.in;
+    if (out == outBegin && matchShare > always / 8 * 3 && !hasFewSymbols)
         return false;
     if (!literals.assign(literalLengths) || !distances.assign(distanceLengths))
         return false;

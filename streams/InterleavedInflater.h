@@ -33,7 +33,7 @@ public:
 
     /// Inflates up to laneCount streams and returns how many of them, from the first on, have filled their room to the
     /// byte, with what zlib would have put there. The next one is damaged, gives another number of bytes, or is better
-    /// inflated by itself because few of its symbols are literals. Its room and those behind it hold anything.
+    /// inflated by itself because most of its symbols are matches. Its room and those behind it hold anything.
     std::size_t inflate(std::span<const Stream> streams);
 
 private:

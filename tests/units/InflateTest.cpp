@@ -82,6 +82,10 @@ Data skewedBytes(std::size_t byteCount) {
     return bytes;
 }
 
+Data zeros(std::size_t byteCount) {
+    return Data(byteCount);
+}
+
 } // namespace
 
 class InterleavedInflation : public testing::Test {
@@ -95,7 +99,7 @@ protected:
 };
 
 TEST_F(InterleavedInflation, GivesWhatWasDeflated) {
-    for (const auto make : {smoothFloats, skewedBytes})
+    for (const auto make : {smoothFloats, skewedBytes, zeros})
         for (const std::size_t byteCount : {1000, 32768, 100'000})
             for (const int level : {0, 1, 6, 9})
                 for (const int strategy : {Z_DEFAULT_STRATEGY, Z_HUFFMAN_ONLY, Z_FIXED}) {
