@@ -10,6 +10,7 @@ namespace veltra::dataio {
 namespace {
 
 constexpr std::size_t firstBlockByteCount = 0x4000;
+constexpr std::size_t directByteCount = 0x8000; // a call of the system costs less than to copy these
 
 } // namespace
 
@@ -27,7 +28,7 @@ void BufferedInputStream::read(std::uint8_t* dst, std::size_t byteCount) {
         if (count > 0) {
             std::memcpy(dst, buffer_.get() + begin_, count);
             begin_ += count;
-        } else if (byteCount >= blockByteCount_) {
+        } else if (byteCount >= std::min(blockByteCount_, directByteCount)) {
             count = readSome(*inner_, dst, byteCount);
         } else {
             fill();

@@ -10,7 +10,7 @@ namespace veltra::dataio {
 inline constexpr std::int64_t fileBlockByteCount = 0x80000;
 
 /// The bytes of the stream below, fetched in blocks, of which the first is small: much of what is read this way is. A
-/// request of a block or more goes straight to the stream below.
+/// request of a block or of 32 KiB goes straight to the stream below.
 class BufferedInputStream final : public InputStreamInterface {
 public:
     /// No more than `expectedByteCount` is fetched in blocks of that size; what is read beyond comes in small ones.
