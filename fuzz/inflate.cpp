@@ -9,6 +9,7 @@
 
 #include <zlib.h>
 
+#include <utility>
 #include <vector>
 
 namespace {
@@ -30,18 +31,6 @@ Data deflated(fuzz::Bytes bytes, int strategy) {
     return data;
 }
 
-/// Bytes taken as a block, or deflated by one of zlib's five strategies and perhaps damaged in one place.
-Data takeBlock(fuzz::Input& input) {
-    const std::uint8_t kind = input.byte();
-    const bool isDamaged = kind >= 0x80;
-    const auto place = isDamaged ? input.take<std::uint16_t>() : std::uint16_t{0};
-    const fuzz::Bytes bytes = input.bytes(input.take<std::uint16_t>() % 2000);
-    Data block = kind % 2 == 0 ? Data(bytes.begin(), bytes.end()) : deflated(bytes, kind / 2 % 5);
-    if (isDamaged && !block.empty())
-        block[place / 8 % block.size()] ^= static_cast<std::uint8_t>(1u << place % 8);
-    return block;
-}
-
 /// What zlib makes of a block, which holds no more than `room` bytes.
 Data inflated(const Data& block, std::size_t room) {
     uLongf byteCount = room;
@@ -51,6 +40,122 @@ Data inflated(const Data& block, std::size_t room) {
     uncompress(data.data(), &byteCount, block.data(), block.size());
     data.resize(byteCount);
     return data;
+}
+
+/// Writes a sequence of bits, the least significant first.
+struct BitWriter {
+    Data bytes;
+    unsigned bitCount = 0;
+
+    void put(std::size_t bits, unsigned count) {
+        for (; count > 0; --count, bits >>= 1, ++bitCount) {
+            if (bitCount % 8 == 0)
+                bytes.push_back(0);
+            bytes.back() |= static_cast<std::uint8_t>((bits & 1) << bitCount % 8);
+        }
+    }
+};
+
+/// A code for some of the symbols below `limit`, `first` and others as the input wants.
+struct Code {
+    std::vector<std::size_t> symbols;
+    std::vector<unsigned> lengths; // by symbol; 0 for none
+
+    Code(fuzz::Input& input, std::size_t first, std::size_t limit) : symbols{first}, lengths(limit) {
+        const std::size_t count = 2 + input.byte() % (limit - 2), step = input.byte();
+        for (std::size_t symbol = step % limit; symbols.size() < count; symbol = (symbol + 1) % limit)
+            if (symbol != first)
+                symbols.push_back(symbol);
+        std::vector<unsigned> leaves{0};
+        while (leaves.size() < count) {
+            unsigned& chosen = leaves[input.byte() % leaves.size()];
+            unsigned& leaf = chosen < 15 ? chosen : *std::ranges::min_element(leaves);
+            const unsigned length = ++leaf;
+            leaves.push_back(length);
+        }
+        for (std::size_t index = 0; index < count; ++index)
+            lengths[symbols[index]] = leaves[index];
+    }
+
+    void write(BitWriter& writer, std::size_t symbol) const {
+        std::size_t code = 0; // as many as there are before it, in units of the longest code
+        for (std::size_t other = 0; other < lengths.size(); ++other)
+            if (lengths[other] != 0 && std::pair(lengths[other], other) < std::pair(lengths[symbol], symbol))
+                code += 0x8000u >> lengths[other];
+        for (unsigned bit = 0; bit < lengths[symbol]; ++bit)
+            writer.put(code >> (14 - bit), 1);
+    }
+};
+
+/// A sound stream of one block with codes and symbols as the input wants them, which zlib would not have written. It
+/// gives `byteCount` bytes, or fewer where no literal has a code.
+Data written(fuzz::Input& input, std::size_t byteCount) {
+    constexpr std::size_t end = 256;
+    BitWriter writer{{0x78, 0x9C}, 16};
+    writer.put(0b101, 3);
+    const Code literals(input, end, 286), distances(input, 0, 30);
+    writer.put(286 - 257, 5);
+    writer.put(30 - 1, 5);
+    writer.put(19 - 4, 4);
+    for (unsigned index = 0; index < 19; ++index)
+        writer.put(index < 3 ? 0 : 4, 3); // four bits for each length, none for repeats
+    for (const Code* code : {&literals, &distances})
+        for (const unsigned length : code->lengths)
+            for (unsigned bit = 4; bit-- > 0;)
+                writer.put(length >> bit, 1);
+
+    Data bytes;
+    const auto literal = std::ranges::find_if(literals.symbols, [](std::size_t symbol) { return symbol < end; });
+    while (bytes.size() < std::min<std::size_t>(byteCount, 4000) && literal != literals.symbols.end()) {
+        std::size_t symbol = literals.symbols[input.byte() % literals.symbols.size()];
+        const std::size_t index = symbol - end - 1;
+        const auto lengthBits = static_cast<unsigned>(index < 8 || index >= 28 ? 0 : index / 4 - 1);
+        const std::size_t extraLength = symbol > end ? input.byte() % (1u << lengthBits) : 0;
+        const std::size_t length = index == 28 ? 258
+                                   : index < 8 ? index + 3
+                                               : ((4 + index % 4) << lengthBits) + 3 + extraLength;
+        const std::size_t place = distances.symbols[symbol > end ? input.byte() % distances.symbols.size() : 0];
+        const auto distanceBits = static_cast<unsigned>(place < 4 ? 0 : place / 2 - 1);
+        const std::size_t extraDistance = symbol > end ? input.take<std::uint16_t>() % (1u << distanceBits) : 0;
+        const std::size_t distance = place < 4 ? place + 1 : ((2 + place % 2) << distanceBits) + 1 + extraDistance;
+        if (symbol > end && distance <= bytes.size() && length <= byteCount - bytes.size()) {
+            literals.write(writer, symbol);
+            writer.put(extraLength, lengthBits);
+            distances.write(writer, place);
+            writer.put(extraDistance, distanceBits);
+            for (std::size_t copied = 0; copied < length; ++copied)
+                bytes.push_back(bytes[bytes.size() - distance]);
+        } else {
+            symbol = symbol < end ? symbol : *literal;
+            literals.write(writer, symbol);
+            bytes.push_back(static_cast<std::uint8_t>(symbol));
+        }
+    }
+    literals.write(writer, end);
+    const uLong checksum = adler32(adler32(0, nullptr, 0), bytes.data(), static_cast<uInt>(bytes.size()));
+    for (int shift = 24; shift >= 0; shift -= 8)
+        writer.bytes.push_back(static_cast<std::uint8_t>(checksum >> shift));
+    fuzz::require(inflated(writer.bytes, bytes.size()) == bytes, "what was written is sound");
+    return writer.bytes;
+}
+
+/// Bytes taken as a block, or deflated by one of zlib's five strategies, or written as above, and perhaps damaged in
+/// one place.
+Data takeBlock(fuzz::Input& input, std::size_t byteCount) {
+    const std::uint8_t kind = input.byte();
+    const bool isDamaged = kind >= 0x80;
+    const auto place = isDamaged ? input.take<std::uint16_t>() : std::uint16_t{0};
+    const int strategy = kind / 2 % 6;
+    Data block;
+    if (kind % 2 == 1 && strategy == 5) {
+        block = written(input, byteCount);
+    } else {
+        const fuzz::Bytes bytes = input.bytes(input.take<std::uint16_t>() % 2000);
+        block = kind % 2 == 0 ? Data(bytes.begin(), bytes.end()) : deflated(bytes, strategy);
+    }
+    if (isDamaged && !block.empty())
+        block[place / 8 % block.size()] ^= static_cast<std::uint8_t>(1u << place % 8);
+    return block;
 }
 
 /// How many bytes the block's checksum vouches for, more than `least`, among those that were read; 0 for none.
@@ -94,7 +199,7 @@ std::string fuzz::outcome(Bytes bytes) {
     const std::size_t blockByteCount = input.take<std::uint16_t>();
     const std::size_t lastByteCount = input.take<std::uint16_t>();
     std::vector<Data> blocks(1 + input.byte() % 9);
-    std::ranges::generate(blocks, [&] { return takeBlock(input); });
+    std::ranges::generate(blocks, [&] { return takeBlock(input, blockByteCount); });
 
     const auto stored = std::make_shared<Data>();
     for (const std::size_t word : {blocks.size(), blockByteCount, lastByteCount})

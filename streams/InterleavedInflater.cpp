@@ -209,6 +209,7 @@ struct InterleavedInflater::Lane {
     std::uint8_t* outEnd;
     State state;
     bool isLastBlock;
+    int blocksLeft; // a stream may consist of empty blocks, each with tables to make
     HuffmanCode literals;
     HuffmanCode distances;
     std::array<std::uint32_t, 1 << literalTableBits> literalTable{};
@@ -245,6 +246,7 @@ void InterleavedInflater::Lane::begin(const Stream& stream) {
     out = outBegin = stream.room.data();
     outEnd = outBegin + stream.room.size();
     isLastBlock = false;
+    blocksLeft = 64;
 }
 
 /// From the end of one block to the first symbol of the next.
@@ -252,8 +254,9 @@ InterleavedInflater::Lane::State InterleavedInflater::Lane::readBlockHeader() {
     if (isLastBlock)
         return out == outEnd && reader.end() <= inEnd ? State::Done : State::Failed;
     reader.refill();
-    if (reader.in > inEnd)
+    if (reader.in > inEnd || blocksLeft == 0)
         return State::Failed;
+    --blocksLeft;
     isLastBlock = reader.take(1) != 0;
     switch (reader.take(2)) {
     case 0:
@@ -339,8 +342,7 @@ bool InterleavedInflater::Lane::readCodes() {
             index += count;
         }
     }
-    return lengths[endOfBlock] != 0 &&
-           useCodes(std::span(lengths).first(literalCount), std::span(lengths).subspan(literalCount, distanceCount));
+    return useCodes(std::span(lengths).first(literalCount), std::span(lengths).subspan(literalCount, distanceCount));
 }
 
 /// From the lengths of the codes of all symbols. False when a code is not complete, or when most symbols at the
@@ -403,8 +405,8 @@ bool InterleavedInflater::Lane::takeRareSymbol() {
     bits >>= entry % 64;
 }
 
-/// Takes the match that begins with the entry `next`, or one of no length where that is a literal. False when the lane
-/// has come to the end of a block or has failed.
+/// Takes the match that comes next, or one of no length where that is a literal. `next` is its entry, unless there were
+/// too few bits left to look it up. False when the lane has come to the end of a block or has failed.
 [[gnu::always_inline]] inline bool InterleavedInflater::Lane::takeMatch(std::uint32_t next, std::uint64_t& bits,
                                                                         const std::uint8_t*& in, std::uint8_t*& to) {
     refill(bits, in);
@@ -419,7 +421,8 @@ bool InterleavedInflater::Lane::takeRareSymbol() {
     const auto distanceBits = static_cast<std::uint8_t>(distant);
     const std::size_t distance = (distant >> 16) + (lowBits(rest, distanceBits) >> (distant >> 8) % 64);
 
-    if (entry >= isRare || distant == 0 || distance > static_cast<std::size_t>(to - outBegin)) {
+    const bool isRareSymbol = entry >= isRare || distant == 0 || distance > static_cast<std::size_t>(to - outBegin);
+    if (next != literalEntry(bits) || isRareSymbol) {
         reader = {bits, in};
         out = to;
         const bool goesOn = takeRareSymbol();
@@ -497,6 +500,7 @@ KRO_WITH_BIT_INSTRUCTIONS void InterleavedInflater::run() {
                 for (std::size_t lane = 0; lane < laneCount; ++lane)
                     lanes[lane].takeLiteral(bits[lane], out[lane]);
 
+            // With too few bits left this is a guess, which is looked at again.
             std::array<std::uint32_t, laneCount> next;
             std::uint32_t common = isLiteral;
 #pragma GCC unroll 4
@@ -520,9 +524,6 @@ KRO_WITH_BIT_INSTRUCTIONS void InterleavedInflater::run() {
 std::size_t InterleavedInflater::inflate(std::span<const Stream> streams) {
     for (std::size_t lane = 0; lane < streams.size(); ++lane)
         lanes_[lane].begin(streams[lane]);
-    for (std::size_t lane = streams.size(); lane < laneCount; ++lane)
-        lanes_[lane].state = Lane::State::Done;
-
     std::size_t wantedCount = streams.size(); // the lanes before the first that failed
     for (bool isBusy = true; isBusy;) {
         isBusy = false;

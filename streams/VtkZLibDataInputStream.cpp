@@ -118,7 +118,7 @@ std::span<const std::uint8_t> VtkZLibDataInputStream::peek() {
     while (ready().empty() && nextBlock_ < numberOfBlocks_)
         if (!inflateSeveral())
             fill();
-    return ready().first(std::min<std::uint64_t>(ready().size(), uncompressedSize_ - position_));
+    return ready();
 }
 
 /// What is ready of the first block that is; nothing when none is.
@@ -186,8 +186,8 @@ std::size_t VtkZLibDataInputStream::inflateNextBlock(std::span<std::uint8_t> roo
     return byteCount;
 }
 
-/// Reads compressed bytes until there are `most`, if there are fewer than `least`. Who asks again after a failure gets
-/// the same failure, or the rest.
+/// Reads compressed bytes until there are `most`, if there are fewer than `least`. Who asks again after an IOException
+/// gets the same one, or the rest.
 void VtkZLibDataInputStream::fetch(std::uint64_t least, std::uint64_t most) {
     if (!fetched_) {
         const std::uint64_t blockCount = areBlocksSmall() ? InterleavedInflater::laneCount : 1;
@@ -212,10 +212,12 @@ void VtkZLibDataInputStream::passBlocks(std::size_t count) {
 
 void VtkZLibDataInputStream::close() {
     uncompressedSize_ = position_;
+    nextBlock_ = numberOfBlocks_;
     source_->close();
     ready_ = {};
     inflated_ = {};
     fetched_.reset();
+    fetchedSize_ = 0;
 }
 
 } // namespace veltra::vtkfile

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <random>
 #include <vector>
 
@@ -40,12 +42,14 @@ Data inflatedByZlib(const Data& stream, std::size_t room) {
 }
 
 /// Inflates the streams to so many bytes each and returns those that it says are done. There is the slack it asks for
-/// and no byte more.
-std::vector<Data> inflated(InterleavedInflater& inflater, std::vector<Data> streams, std::size_t byteCount) {
+/// and no byte more; behind each stream stand the bytes `behind`, as far as they fit.
+std::vector<Data> inflated(InterleavedInflater& inflater, std::vector<Data> streams, std::size_t byteCount,
+                           const Data& behind = {}) {
     std::vector<Data> rooms(streams.size(), Data(byteCount + InterleavedInflater::writeSlack));
     std::vector<InterleavedInflater::Stream> jobs;
     for (std::size_t index = 0; index < streams.size(); ++index) {
         const std::size_t size = streams[index].size();
+        streams[index].insert(streams[index].end(), behind.begin(), behind.end());
         streams[index].resize(size + InterleavedInflater::readSlack, 0xA5);
         jobs.push_back({std::span(streams[index]).first(size), std::span(rooms[index]).first(byteCount)});
     }
@@ -82,6 +86,24 @@ Data skewedBytes(std::size_t byteCount) {
     return bytes;
 }
 
+/// Bytes of 32 values with few matches, and runs of bytes so rare that their codes are as long as a table's.
+Data rareBytes(std::size_t byteCount) {
+    std::mt19937 random(7);
+    Data bytes;
+    while (bytes.size() < byteCount) {
+        const std::size_t distance = 1 + random() % 5000;
+        if (random() % 100 == 0)
+            std::generate_n(std::back_inserter(bytes), 29, [&] { return static_cast<std::uint8_t>(random()); });
+        else if (distance <= bytes.size() && random() % 54 == 0)
+            for (std::size_t count = 3 + random() % 8; count > 0; --count)
+                bytes.push_back(bytes[bytes.size() - distance]);
+        else
+            bytes.push_back(static_cast<std::uint8_t>(random() % 32));
+    }
+    bytes.resize(byteCount);
+    return bytes;
+}
+
 Data zeros(std::size_t byteCount) {
     return Data(byteCount);
 }
@@ -99,7 +121,7 @@ protected:
 };
 
 TEST_F(InterleavedInflation, GivesWhatWasDeflated) {
-    for (const auto make : {smoothFloats, skewedBytes, zeros})
+    for (const auto make : {smoothFloats, skewedBytes, rareBytes, zeros})
         for (const std::size_t byteCount : {1000, 32768, 100'000})
             for (const int level : {0, 1, 6, 9})
                 for (const int strategy : {Z_DEFAULT_STRATEGY, Z_HUFFMAN_ONLY, Z_FIXED}) {
@@ -129,36 +151,41 @@ TEST_F(InterleavedInflation, LeavesToOthersWhatIsNotCommon) {
     Data numbers(5000); // most of which repeat
     for (std::size_t index = 0; index < numbers.size(); index += 8)
         numbers[index] = static_cast<std::uint8_t>(index / 8 * 7 % 31);
-    for (const Data& uncommon : {deflated(numbers, 6), otherWindow, dictionary, deflated(smoothFloats(4999), 6),
-                                 deflated(smoothFloats(5001), 6), Data{}, Data(common.begin(), common.begin() + 3)}) {
+    const Data unusedLength{0x78, 0x9C, 0x1B, 0x03, 0, 0};
+    const Data unusedDistance{0x78, 0x9C, 0x63, 0x00, 0x3E, 0};
+    for (const Data& uncommon :
+         {deflated(numbers, 6), otherWindow, dictionary, unusedLength, unusedDistance, Data{},
+          Data(common.begin(), common.begin() + 3), deflated(smoothFloats(4999), 6), deflated(smoothFloats(5001), 6),
+          deflated(smoothFloats(6000), 0), deflated(zeros(90'000), 6)}) {
         EXPECT_EQ(inflated(inflater_, {uncommon, common}, 5000).size(), 0u) << uncommon.size();
-        EXPECT_TRUE(inflated(inflater_, {common, uncommon, common}, 5000) == std::vector<Data>{floats});
+        EXPECT_TRUE(inflated(inflater_, {common, uncommon, uncommon, common}, 5000) == std::vector<Data>{floats});
     }
 }
 
 TEST_F(InterleavedInflation, IsDoneOnlyWithWhatZlibGives) {
     const Data bytes = skewedBytes(1500);
-    const Data sound = deflated(bytes, 6);
-    std::size_t doneCount = 0;
-    const auto expectAgreement = [&](const Data& damaged) {
-        const std::vector<Data> done = inflated(inflater_, {sound, damaged, sound}, bytes.size());
-        ASSERT_GE(done.size(), 1u);
-        EXPECT_TRUE(done[0] == bytes);
-        if (done.size() == 1)
-            return;
-        ++doneCount;
-        EXPECT_TRUE(done[1] == inflatedByZlib(damaged, bytes.size() + 1));
-        EXPECT_EQ(done.size(), 3u);
-    };
-    for (std::size_t place = 0; place < sound.size(); ++place) {
-        expectAgreement(Data(sound.begin(), sound.begin() + static_cast<std::ptrdiff_t>(place)));
-        for (int bit = 0; bit < 8; ++bit) {
-            Data damaged = sound;
-            damaged[place] ^= static_cast<std::uint8_t>(1u << bit);
-            expectAgreement(damaged);
+    for (const Data& sound : {deflated(bytes, 6), deflated(bytes, 6, Z_FIXED), deflated(bytes, 0)}) {
+        std::size_t doneCount = 0;
+        const auto expectAgreement = [&](const Data& damaged, const Data& behind = {}) {
+            const std::vector<Data> done = inflated(inflater_, {sound, damaged, sound}, bytes.size(), behind);
+            ASSERT_GE(done.size(), 1u);
+            EXPECT_TRUE(done[0] == bytes);
+            if (done.size() == 1)
+                return;
+            ++doneCount;
+            EXPECT_TRUE(done[1] == inflatedByZlib(damaged, bytes.size() + 1));
+            EXPECT_EQ(done.size(), 3u);
+        };
+        for (auto place = sound.begin(); place != sound.end(); ++place) {
+            expectAgreement(Data(sound.begin(), place), Data(place, std::min(place + 32, sound.end())));
+            for (int bit = 0; bit < 8; ++bit) {
+                Data damaged = sound;
+                damaged[static_cast<std::size_t>(place - sound.begin())] ^= static_cast<std::uint8_t>(1u << bit);
+                expectAgreement(damaged);
+            }
         }
+        EXPECT_GT(doneCount, 4 * 8u); // where only the checksum is wrong, and more
     }
-    EXPECT_GT(doneCount, 4 * 8u); // where only the checksum is wrong, and more
 }
 
 } // namespace test
