@@ -42,6 +42,8 @@ Data inflated(const Data& block, std::size_t room) {
     return data;
 }
 
+constexpr std::size_t endOfBlock = 256;
+
 /// Writes a sequence of bits, the least significant first.
 struct BitWriter {
     Data bytes;
@@ -87,13 +89,65 @@ struct Code {
     }
 };
 
-/// A sound stream of one block with codes and symbols as the input wants them, which zlib would not have written. It
-/// gives `byteCount` bytes, or fewer where no literal has a code.
+/// What the symbols behind the end of a block stand for, and those of distances: the least, and the bits that add to
+/// it.
+struct Range {
+    std::size_t least;
+    unsigned bitCount;
+};
+
+Range lengthRange(std::size_t index) {
+    if (index < 8 || index == 28)
+        return {index == 28 ? 258 : index + 3, 0};
+    const std::size_t bitCount = index / 4 - 1;
+    return {((4 + index % 4) << bitCount) + 3, static_cast<unsigned>(bitCount)};
+}
+
+Range distanceRange(std::size_t index) {
+    if (index < 4)
+        return {index + 1, 0};
+    const std::size_t bitCount = index / 2 - 1;
+    return {((2 + index % 2) << bitCount) + 1, static_cast<unsigned>(bitCount)};
+}
+
+/// Writes a block of two codes up to its end, with symbols as the input wants them. Returns the bytes it stands for:
+/// `byteCount`, or none where no literal has a code.
+Data writeBlock(BitWriter& writer, fuzz::Input& input, const Code& literals, const Code& distances,
+                std::size_t byteCount) {
+    Data bytes;
+    const auto literal = std::ranges::find_if(literals.symbols, [](std::size_t symbol) { return symbol < endOfBlock; });
+    while (bytes.size() < byteCount && literal != literals.symbols.end()) {
+        const std::size_t symbol = literals.symbols[input.byte() % literals.symbols.size()];
+        if (symbol > endOfBlock) {
+            const std::size_t place = distances.symbols[input.byte() % distances.symbols.size()];
+            const Range lengths = lengthRange(symbol - endOfBlock - 1), distant = distanceRange(place);
+            const std::size_t extraLength = input.byte() % (1u << lengths.bitCount);
+            const std::size_t extraDistance = input.take<std::uint16_t>() % (1u << distant.bitCount);
+            const std::size_t length = lengths.least + extraLength, distance = distant.least + extraDistance;
+            if (distance <= bytes.size() && length <= byteCount - bytes.size()) {
+                literals.write(writer, symbol);
+                writer.put(extraLength, lengths.bitCount);
+                distances.write(writer, place);
+                writer.put(extraDistance, distant.bitCount);
+                for (std::size_t copied = 0; copied < length; ++copied)
+                    bytes.push_back(bytes[bytes.size() - distance]);
+                continue;
+            }
+        }
+        const std::size_t byte = symbol < endOfBlock ? symbol : *literal;
+        literals.write(writer, byte);
+        bytes.push_back(static_cast<std::uint8_t>(byte));
+    }
+    literals.write(writer, endOfBlock);
+    return bytes;
+}
+
+/// A sound stream of one block, with codes as the input wants them, which zlib would not have written.
 Data written(fuzz::Input& input, std::size_t byteCount) {
-    constexpr std::size_t end = 256;
     BitWriter writer{{0x78, 0x9C}, 16};
-    writer.put(0b101, 3);
-    const Code literals(input, end, 286), distances(input, 0, 30);
+    writer.put(0b101, 3); // the last block, codes of its own
+    const Code literals(input, endOfBlock, 286);
+    const Code distances(input, 0, 30);
     writer.put(286 - 257, 5);
     writer.put(30 - 1, 5);
     writer.put(19 - 4, 4);
@@ -103,35 +157,7 @@ Data written(fuzz::Input& input, std::size_t byteCount) {
         for (const unsigned length : code->lengths)
             for (unsigned bit = 4; bit-- > 0;)
                 writer.put(length >> bit, 1);
-
-    Data bytes;
-    const auto literal = std::ranges::find_if(literals.symbols, [](std::size_t symbol) { return symbol < end; });
-    while (bytes.size() < std::min<std::size_t>(byteCount, 4000) && literal != literals.symbols.end()) {
-        std::size_t symbol = literals.symbols[input.byte() % literals.symbols.size()];
-        const std::size_t index = symbol - end - 1;
-        const auto lengthBits = static_cast<unsigned>(index < 8 || index >= 28 ? 0 : index / 4 - 1);
-        const std::size_t extraLength = symbol > end ? input.byte() % (1u << lengthBits) : 0;
-        const std::size_t length = index == 28 ? 258
-                                   : index < 8 ? index + 3
-                                               : ((4 + index % 4) << lengthBits) + 3 + extraLength;
-        const std::size_t place = distances.symbols[symbol > end ? input.byte() % distances.symbols.size() : 0];
-        const auto distanceBits = static_cast<unsigned>(place < 4 ? 0 : place / 2 - 1);
-        const std::size_t extraDistance = symbol > end ? input.take<std::uint16_t>() % (1u << distanceBits) : 0;
-        const std::size_t distance = place < 4 ? place + 1 : ((2 + place % 2) << distanceBits) + 1 + extraDistance;
-        if (symbol > end && distance <= bytes.size() && length <= byteCount - bytes.size()) {
-            literals.write(writer, symbol);
-            writer.put(extraLength, lengthBits);
-            distances.write(writer, place);
-            writer.put(extraDistance, distanceBits);
-            for (std::size_t copied = 0; copied < length; ++copied)
-                bytes.push_back(bytes[bytes.size() - distance]);
-        } else {
-            symbol = symbol < end ? symbol : *literal;
-            literals.write(writer, symbol);
-            bytes.push_back(static_cast<std::uint8_t>(symbol));
-        }
-    }
-    literals.write(writer, end);
+    const Data bytes = writeBlock(writer, input, literals, distances, std::min<std::size_t>(byteCount, 4000));
     const uLong checksum = adler32(adler32(0, nullptr, 0), bytes.data(), static_cast<uInt>(bytes.size()));
     for (int shift = 24; shift >= 0; shift -= 8)
         writer.bytes.push_back(static_cast<std::uint8_t>(checksum >> shift));
