@@ -153,8 +153,9 @@ TEST_F(InterleavedInflation, LeavesToOthersWhatIsNotCommon) {
         numbers[index] = static_cast<std::uint8_t>(index / 8 * 7 % 31);
     const Data unusedLength{0x78, 0x9C, 0x1B, 0x03, 0, 0};
     const Data unusedDistance{0x78, 0x9C, 0x63, 0x00, 0x3E, 0};
+    const Data tooManyLengths{0x78, 0x9C, 0xED, 0xFD, 0x81, 0x04, 0x00, 0x00, 0x00, 0x00, 0x00, 0xFC, 0xFF, 0xFF, 0x03};
     for (const Data& uncommon :
-         {deflated(numbers, 6), otherWindow, dictionary, unusedLength, unusedDistance, Data{},
+         {deflated(numbers, 6), otherWindow, dictionary, unusedLength, unusedDistance, tooManyLengths, Data{},
           Data(common.begin(), common.begin() + 3), deflated(smoothFloats(4999), 6), deflated(smoothFloats(5001), 6),
           deflated(smoothFloats(6000), 0), deflated(zeros(90'000), 6)}) {
         EXPECT_EQ(inflated(inflater_, {uncommon, common}, 5000).size(), 0u) << uncommon.size();
