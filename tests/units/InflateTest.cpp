@@ -163,6 +163,21 @@ TEST_F(InterleavedInflation, LeavesToOthersWhatIsNotCommon) {
     }
 }
 
+TEST_F(InterleavedInflation, LeavesToOthersWhatHasManyEmptyBlocks) {
+    const Data floats = smoothFloats(5000);
+    for (const int blockCount : {60, 68}) {
+        const Data emptyBlocks{0x02, 0x08, 0x20, 0x80, 0x00}; // four of them, of fixed codes
+        const Data storedHeader{0x01, 0x88, 0x13, 0x77, 0xEC};
+        Data stream{0x78, 0x9C};
+        for (int block = 0; block < blockCount; block += 4)
+            stream.insert(stream.end(), emptyBlocks.begin(), emptyBlocks.end());
+        stream.insert(stream.end(), storedHeader.begin(), storedHeader.end());
+        stream.insert(stream.end(), floats.begin(), floats.end());
+        EXPECT_TRUE(inflatedByZlib(stream, 5000) == floats);
+        EXPECT_EQ(inflated(inflater_, {stream}, 5000).size(), blockCount == 60 ? 1u : 0u);
+    }
+}
+
 TEST_F(InterleavedInflation, IsDoneOnlyWithWhatZlibGives) {
     const Data bytes = skewedBytes(1500);
     for (const Data& sound : {deflated(bytes, 6), deflated(bytes, 6, Z_FIXED), deflated(bytes, 0)}) {
