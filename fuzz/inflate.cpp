@@ -6,6 +6,7 @@
 
 #include "host/ByteInputStream.h"
 #include "host/exceptions.h"
+#include "tests/support/deflate.h"
 
 #include <zlib.h>
 
@@ -16,31 +17,6 @@ namespace {
 
 using namespace veltra::vtkfile;
 using Data = std::vector<std::uint8_t>;
-
-Data deflated(fuzz::Bytes bytes, int strategy) {
-    z_stream deflater{};
-    deflateInit2(&deflater, Z_DEFAULT_COMPRESSION, Z_DEFLATED, MAX_WBITS, MAX_MEM_LEVEL, strategy);
-    Data data(deflateBound(&deflater, bytes.size()));
-    deflater.next_in = const_cast<Bytef*>(bytes.data());
-    deflater.avail_in = static_cast<uInt>(bytes.size());
-    deflater.next_out = data.data();
-    deflater.avail_out = static_cast<uInt>(data.size());
-    deflate(&deflater, Z_FINISH);
-    data.resize(deflater.total_out);
-    deflateEnd(&deflater);
-    return data;
-}
-
-/// What zlib makes of a block, which holds no more than `room` bytes.
-Data inflated(const Data& block, std::size_t room) {
-    uLongf byteCount = room;
-    Data data(room + 1);
-    if (block.empty() || room == 0)
-        return {};
-    uncompress(data.data(), &byteCount, block.data(), block.size());
-    data.resize(byteCount);
-    return data;
-}
 
 constexpr std::size_t endOfBlock = 256;
 
@@ -161,7 +137,7 @@ Data written(fuzz::Input& input, std::size_t byteCount) {
     const uLong checksum = adler32(adler32(0, nullptr, 0), bytes.data(), static_cast<uInt>(bytes.size()));
     for (int shift = 24; shift >= 0; shift -= 8)
         writer.bytes.push_back(static_cast<std::uint8_t>(checksum >> shift));
-    fuzz::require(inflated(writer.bytes, bytes.size()) == bytes, "what was written is sound");
+    fuzz::require(test::inflatedByZlib(writer.bytes, bytes.size()) == bytes, "what was written is sound");
     return writer.bytes;
 }
 
@@ -177,7 +153,8 @@ Data takeBlock(fuzz::Input& input, std::size_t byteCount) {
         block = written(input, byteCount);
     } else {
         const fuzz::Bytes bytes = input.bytes(input.take<std::uint16_t>() % 2000);
-        block = kind % 2 == 0 ? Data(bytes.begin(), bytes.end()) : deflated(bytes, strategy);
+        block =
+            kind % 2 == 0 ? Data(bytes.begin(), bytes.end()) : test::deflated(bytes, Z_DEFAULT_COMPRESSION, strategy);
     }
     if (isDamaged && !block.empty())
         block[place / 8 % block.size()] ^= static_cast<std::uint8_t>(1u << place % 8);
@@ -204,7 +181,7 @@ bool areInflated(fuzz::Bytes read, std::span<const Data> blocks, std::size_t roo
     if (blocks.empty())
         return std::ranges::count(read, 0) == std::ssize(read);
     const std::size_t most = std::min(blocks.size() == 1 ? lastRoom : room, read.size());
-    const Data zlibs = inflated(blocks.front(), most);
+    const Data zlibs = test::inflatedByZlib(blocks.front(), most);
     if (std::ranges::equal(zlibs, read.first(zlibs.size())) &&
         areInflated(read.subspan(zlibs.size()), blocks.subspan(1), room, lastRoom))
         return true;
@@ -252,7 +229,7 @@ std::string fuzz::outcome(Bytes bytes) {
         require(areInflated(read, blocks, blockByteCount, lastRoom), "blocks inflate to what zlib leaves behind");
         const auto fillsRoom = [&](const Data& block) {
             const std::size_t room = &block == &blocks.back() ? lastRoom : blockByteCount;
-            return inflated(block, room).size() == room;
+            return test::inflatedByZlib(block, room).size() == room;
         };
         return std::ranges::all_of(blocks, fillsRoom) ? "sound" : "damaged";
     } catch (const veltra::IOException& failure) {

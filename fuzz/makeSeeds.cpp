@@ -6,9 +6,8 @@
 
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VtuBuilder.h"
+#include "tests/support/deflate.h"
 #include "tests/support/meshes.h"
-
-#include <zlib.h>
 
 #include <cmath>
 #include <exception>
@@ -107,11 +106,9 @@ Inputs headers() {
 }
 
 std::string deflated(const std::string& text) {
-    uLongf byteCount = compressBound(text.size());
-    std::string bytes(byteCount, '\0');
-    compress(reinterpret_cast<Bytef*>(bytes.data()), &byteCount, reinterpret_cast<const Bytef*>(text.data()),
-             text.size());
-    return bytes.substr(0, byteCount);
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    const std::vector<std::uint8_t> stream = test::deflated({bytes, text.size()}, Z_DEFAULT_COMPRESSION);
+    return {stream.begin(), stream.end()};
 }
 
 constexpr int isDeflated = 0x01;

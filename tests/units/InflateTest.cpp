@@ -1,7 +1,8 @@
 #include "streams/InterleavedInflater.h"
 
+#include "tests/support/deflate.h"
+
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <algorithm>
 #include <array>
@@ -17,29 +18,6 @@ namespace {
 
 using veltra::vtkfile::InterleavedInflater;
 using Data = std::vector<std::uint8_t>;
-
-Data deflated(const Data& bytes, int level, int strategy = Z_DEFAULT_STRATEGY) {
-    z_stream deflater{};
-    EXPECT_EQ(deflateInit2(&deflater, level, Z_DEFLATED, MAX_WBITS, 8, strategy), Z_OK);
-    Data stream(deflateBound(&deflater, bytes.size()));
-    deflater.next_in = const_cast<Bytef*>(bytes.data());
-    deflater.avail_in = static_cast<uInt>(bytes.size());
-    deflater.next_out = stream.data();
-    deflater.avail_out = static_cast<uInt>(stream.size());
-    EXPECT_EQ(deflate(&deflater, Z_FINISH), Z_STREAM_END);
-    stream.resize(deflater.total_out);
-    deflateEnd(&deflater);
-    return stream;
-}
-
-/// What zlib makes of a stream, damaged or not.
-Data inflatedByZlib(const Data& stream, std::size_t room) {
-    Data bytes(room);
-    uLongf byteCount = room;
-    uncompress(bytes.data(), &byteCount, stream.data(), stream.size());
-    bytes.resize(byteCount);
-    return bytes;
-}
 
 /// Inflates the streams to so many bytes each and returns those that it says are done. There is the slack it asks for
 /// and no byte more; behind each stream stand the bytes `behind`, as far as they fit.
