@@ -4,9 +4,9 @@
 //
 // Inputs that a fuzzer found are added to these folders by hand.
 
+#include "fuzz/inflateSeeds.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VtuBuilder.h"
-#include "tests/support/deflate.h"
 #include "tests/support/meshes.h"
 
 #include <cmath>
@@ -103,49 +103,6 @@ Inputs headers() {
                 words(values, setting % 2 == 1, setting / 2 == 1) + std::string(24, 'x');
         }
     return inputs;
-}
-
-std::string deflated(const std::string& text) {
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-    const std::vector<std::uint8_t> stream = test::deflated({bytes, text.size()}, Z_DEFAULT_COMPRESSION);
-    return {stream.begin(), stream.end()};
-}
-
-constexpr int isDeflated = 0x01;
-constexpr int hasCodesOnly = isDeflated + 2 * Z_HUFFMAN_ONLY;
-constexpr int isDamaged = 0x80;
-
-/// The chunk, the bytes of a block and of the last, then each block: how it is to be made, and what is in it.
-std::string blockInput(std::uint16_t blockByteCount, std::uint16_t lastByteCount,
-                       const std::vector<std::pair<int, std::string>>& content) {
-    std::string bytes = "\x09" + valueBytes(blockByteCount, false) + valueBytes(lastByteCount, false);
-    bytes += static_cast<char>(content.size() - 1);
-    for (const auto& [kind, text] : content) {
-        bytes += static_cast<char>(kind);
-        if (kind >= isDamaged)
-            bytes += valueBytes(std::uint16_t{0x321}, false);
-        bytes += valueBytes(static_cast<std::uint16_t>(text.size()), false) + text;
-    }
-    return bytes;
-}
-
-Inputs inflates() {
-    const std::string text = asciiText(integers("a", ElementType::Int32, numbers(60)));
-    const std::string whole = deflated(text);
-    std::string foreign = whole;
-    foreign[whole.size() / 2] ^= 0x55;
-    const auto byteCount = static_cast<std::uint16_t>(text.size());
-    const std::string many = base64(text + foreign + text);
-    const std::pair<int, std::string> sound{hasCodesOnly, many}, damaged{hasCodesOnly + isDamaged, many};
-    const auto manyCount = static_cast<std::uint16_t>(many.size());
-    return {{"sound", blockInput(100, 20, {{isDeflated, text.substr(0, 100)}, {isDeflated, text.substr(100, 20)}})},
-            {"full", blockInput(byteCount, 0, {{0, whole}, {isDeflated, text}})},
-            {"cut", blockInput(byteCount, 0, {{0, whole.substr(0, whole.size() - 9)}, {isDeflated, text}})},
-            {"foreign", blockInput(byteCount, 7, {{0, foreign}, {isDeflated, text.substr(0, 7)}})},
-            {"no room", blockInput(50, 0, {{0, whole}})},
-            {"implausible", blockInput(0xFFFF, 0, {{0, "x"}})},
-            {"codes", blockInput(manyCount, 0, {sound, sound, sound, sound, {isDeflated, many}, sound})},
-            {"codes and damage", blockInput(manyCount, 0, {sound, sound, damaged, sound, sound, damaged, sound})}};
 }
 
 Inputs base64s() {
@@ -278,7 +235,7 @@ int main(int argumentCount, char** arguments) {
                                                         {"document", documents()},
                                                         {"file_model", documents()},
                                                         {"header", headers()},
-                                                        {"inflate", inflates()},
+                                                        {"inflate", inflateSeeds()},
                                                         {"instructions", instructionLists()},
                                                         {"load", files()},
                                                         {"node_map", nodeMaps()},

@@ -1,4 +1,37 @@
+// How several streams are inflated by turns
+// ------------------------------------------
+// To inflate is to repeat three steps: look up the next bits in a table, use up as many of them as the table says,
+// write what it says. Each step waits for the one before, and a processor that could do four things at once does one.
+// So four streams, each in a lane of its own, are inflated in the same loop: the steps of one fill the pauses of the
+// others.
+//
+// A round of that loop does for every lane:
+//  1. Refill: at least 56 bits are ready. There is no test for the end of the stream; how far a lane may read and write
+//     is settled for many rounds beforehand, by what is left of its stream and its room.
+//  2. Five times: if the next ten bits begin with the code of a literal, write it. If not, nothing changes: the entry
+//     says "0 bits used, 0 bytes written". No branch depends on the data.
+//  3. If in some lane something else than a literal is next, each lane takes the match that it has next, again without
+//     asking whether it has one: where a literal is next, it takes a match of no length. The copy of a short match from
+//     eight bytes back or further is two words; others take a loop.
+// What is rare leaves that path for one symbol (takeRareSymbol): codes of more than ten or, for distances, eight bits,
+// a distance that goes too far back, the end of a block, and a look-up that was made with too few bits.
+//
+// A lane whose block has ended leaves the loop, its next header is read, and all go on. A lane that has nothing more to
+// do is parked: a table entry that is a literal of no bits lets it go round without effect.
+//
+// What a lane takes: a zlib stream with a window of 32 KiB and without a dictionary; stored blocks, fixed codes, and
+// codes of the block's own that are complete; up to 64 blocks; data that fill the room to the byte. The checksum is not
+// looked at, because zlib too has written all bytes by then. Everything else fails in the lane and is left to Inflater,
+// which decides what a damaged or uncommon stream gives. So are streams that begin with more matches than literals: a
+// match copies many bytes at once, and libdeflate does that faster.
+
 #include "streams/InterleavedInflater.h"
+
+#include "streams/BitReader.h"
+#include "streams/HuffmanCode.h"
+#include "streams/codeLengths.h"
+#include "streams/copyMatch.h"
+#include "streams/symbolEntries.h"
 
 #include <algorithm>
 #include <array>
@@ -14,193 +47,13 @@
 
 namespace veltra::vtkfile {
 
-namespace {
-
-/// Of the lengths that symbols 257 and on stand for, and of the distances: the least, and the bits that add to it.
-constexpr std::array<std::uint16_t, 29> leastLength{3,  4,  5,  6,  7,  8,  9,  10, 11,  13,  15,  17,  19,  23, 27,
-                                                    31, 35, 43, 51, 59, 67, 83, 99, 115, 131, 163, 195, 227, 258};
-constexpr std::array<std::uint8_t, 29> lengthExtraBits{0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2,
-                                                       2, 3, 3, 3, 3, 4, 4, 4, 4, 5, 5, 5, 5, 0};
-constexpr std::array<std::uint16_t, 30> leastDistance{1,    2,    3,    4,    5,    7,    9,    13,    17,    25,
-                                                      33,   49,   65,   97,   129,  193,  257,  385,   513,   769,
-                                                      1025, 1537, 2049, 3073, 4097, 6145, 8193, 12289, 16385, 24577};
-constexpr std::array<std::uint8_t, 30> distanceExtraBits{0, 0, 0, 0, 1, 1, 2, 2,  3,  3,  4,  4,  5,  5,  6,
-                                                         6, 7, 7, 8, 8, 9, 9, 10, 10, 11, 11, 12, 12, 13, 13};
-constexpr unsigned endOfBlock = 256;
-constexpr unsigned firstLength = 257;
-
-/// What the next ten bits say, in a table of literals and lengths:
-/// - a literal: isLiteral, in bits 8 to 15 the byte, in bits 0 to 7 how many bits its code has;
-/// - a length: from bit 16 on the least it can be, from bit 25 on how many bits its code has, in bits 8 to 15 how many
-///   with the extra ones. Bits 0 to 7 are zero, so that taking it for a literal changes nothing;
-/// - isRare: what has to be looked up in the code itself, a longer code or the end of the block.
-constexpr unsigned literalTableBits = 10;
-constexpr std::uint32_t isLiteral = 1u << 31;
-constexpr std::uint32_t isRare = 1u << 30;
-
-std::uint32_t makeLiteralEntry(unsigned symbol, unsigned bitCount) {
-    if (symbol < endOfBlock)
-        return isLiteral | symbol << 8 | bitCount;
-    if (symbol == endOfBlock || symbol - firstLength >= leastLength.size())
-        return isRare;
-    const unsigned index = symbol - firstLength;
-    return bitCount << 25 | leastLength[index] * 0x10000u | (bitCount + lengthExtraBits[index]) << 8;
-}
-
-/// What the next eight bits say, in a table of distances: from bit 16 on the least it can be, in bits 8 to 15 how many
-/// bits its code has, in bits 0 to 7 how many with the extra ones. 0 has to be looked up in the code itself.
-constexpr unsigned distanceTableBits = 8;
-
-std::uint32_t makeDistanceEntry(unsigned symbol, unsigned bitCount) {
-    if (symbol >= leastDistance.size())
-        return 0;
-    return leastDistance[symbol] * 0x10000u | bitCount << 8 | (bitCount + distanceExtraBits[symbol]);
-}
-
-/// Matches that two words copied one after the other are enough for.
-constexpr std::size_t shortestPlainDistance = sizeof(std::uint64_t);
-constexpr std::size_t longestPlainLength = 2 * sizeof(std::uint64_t);
-/// An entry of a distance without bits.
-constexpr std::uint32_t plainDistance = shortestPlainDistance << 16;
-
-std::uint64_t loadWord(const std::uint8_t* from) {
-    std::uint64_t word;
-    std::memcpy(&word, from, sizeof word);
-    return word;
-}
-
-std::uint64_t lowBits(std::uint64_t bits, std::uint8_t count) {
-    return bits & ((std::uint64_t{1} << count) - 1);
-}
-
-constexpr std::uint64_t marker = std::uint64_t{1} << 63;
-
-/// Makes at least 56 bits ready. The highest of `bits` is a marker that moves down with them: how far tells how many
-/// bits from `in` on have been used.
-void refill(std::uint64_t& bits, const std::uint8_t*& in) {
-    const auto used = static_cast<unsigned>(std::countl_zero(bits));
-    in += used / 8;
-    bits = (loadWord(in) | marker) >> used % 8;
-}
-
-/// The bits of a stream that come next, least significant first.
-struct BitReader {
-    std::uint64_t bits;
-    const std::uint8_t* in;
-
-    void refill() { vtkfile::refill(bits, in); }
-
-    unsigned take(unsigned count) {
-        const auto taken = static_cast<unsigned>(lowBits(bits, static_cast<std::uint8_t>(count)));
-        bits >>= count;
-        return taken;
-    }
-
-    /// One behind the last byte of which a bit has been used.
-    const std::uint8_t* end() const { return in + (std::countl_zero(bits) + 7) / 8; }
-};
-
-/// A canonical Huffman code that uses every sequence of bits.
-class HuffmanCode {
-public:
-    struct Found {
-        unsigned symbol;
-        unsigned bitCount;
-    };
-
-    /// From the length of each symbol's code; 0 is for symbols without one. False when this is no complete code.
-    bool assign(std::span<const std::uint8_t> lengths) {
-        counts_.fill(0);
-        for (const std::uint8_t length : lengths)
-            ++counts_[length];
-        counts_[0] = 0;
-        std::array<std::uint16_t, longest + 1> next;
-        unsigned symbolCount = 0;
-        unsigned used = 0;
-        for (unsigned length = 1; length <= longest; ++length) {
-            next[length] = static_cast<std::uint16_t>(symbolCount);
-            symbolCount += counts_[length];
-            used += static_cast<unsigned>(counts_[length]) << (longest - length);
-        }
-        if (used != 1u << longest)
-            return false;
-        for (std::size_t symbol = 0; symbol < lengths.size(); ++symbol)
-            if (lengths[symbol] != 0)
-                symbols_[next[lengths[symbol]]++] = static_cast<std::uint16_t>(symbol);
-        return true;
-    }
-
-    /// Writes the entry of the code that they begin with for all values of as many bits as `table` has room for;
-    /// `longer` where the code has more bits than that.
-    template <class EntryOf>
-    void tabulate(std::span<std::uint32_t> table, std::uint32_t longer, EntryOf entryOf) const {
-        // Codes come in order of their lengths. The table holds those of up to `length` bits, once for each value of
-        // these bits, and doubles for the next.
-        std::size_t size = 1;
-        std::size_t index = 0;
-        const std::uint16_t* symbol = symbols_.data();
-        for (unsigned length = 1; size < table.size(); ++length) {
-            std::copy_n(table.begin(), size, table.begin() + static_cast<std::ptrdiff_t>(size));
-            size *= 2;
-            for (unsigned count = counts_[length]; count > 0; --count) {
-                table[index] = entryOf(*symbol++, length);
-                index = following(index, size);
-            }
-        }
-        for (; index != 0; index = following(index, size))
-            table[index] = longer;
-    }
-
-    /// The symbol whose code comes next.
-    Found find(std::uint64_t bits) const {
-        unsigned code = 0;
-        unsigned first = 0; // code of this length
-        const std::uint16_t* symbol = symbols_.data();
-        for (unsigned length = 1;; ++length) {
-            code += bits & 1;
-            if (code < first + counts_[length])
-                return {symbol[code - first], length};
-            symbol += counts_[length];
-            first = (first + counts_[length]) * 2;
-            code *= 2;
-            bits >>= 1;
-        }
-    }
-
-private:
-    static constexpr unsigned longest = 15;
-
-    /// The next code of as many bits as `size` has values, first bit least significant; 0 behind the last.
-    static std::size_t following(std::size_t code, std::size_t size) {
-        const std::size_t highestZero = std::bit_floor(~code & (size - 1));
-        return highestZero == 0 ? 0 : (code & (highestZero - 1)) | highestZero;
-    }
-
-    std::array<std::uint16_t, longest + 1> counts_; // codes of each length
-    std::array<std::uint16_t, 288> symbols_;        // in the order of their codes
-};
-
-/// Copies a match, and up to seven bytes more than that.
-void copyMatch(std::uint8_t* out, std::size_t distance, std::size_t length) {
-    const std::uint8_t* from = out - distance;
-    std::uint8_t* const end = out + length;
-    const auto copyWord = [&] {
-        const std::uint64_t word = loadWord(from);
-        std::memcpy(out, &word, sizeof word);
-    };
-    for (; distance < shortestPlainDistance && out < end; distance *= 2) { // what repeats does so twice as far away
-        copyWord();
-        out += distance;
-    }
-    for (; out < end; out += 8, from += 8)
-        copyWord();
-}
-
-} // namespace
-
 /// A stream being inflated.
 struct InterleavedInflater::Lane {
     enum class State { BeforeBlock, InBlock, Done, Failed };
+
+    /// Of a match of no length, which takes the place of one where a literal comes next.
+    static constexpr DistanceEntry plainDistance = DistanceEntry::without(shortestPlainDistance);
+    static constexpr int mostBlocks = 64; // more are empty ones, each of which would take the making of its tables
 
     BitReader reader;
     std::uint8_t* out;
@@ -209,29 +62,27 @@ struct InterleavedInflater::Lane {
     std::uint8_t* outEnd;
     State state;
     bool isLastBlock;
-    int blocksLeft; // a stream may consist of empty blocks, each with tables to make
+    int blocksLeft;
     HuffmanCode literals;
     HuffmanCode distances;
-    std::array<std::uint32_t, 1 << literalTableBits> literalTable{};
-    std::array<std::uint32_t, 1 << distanceTableBits> distanceTable{};
+    std::array<LiteralEntry, 1 << LiteralEntry::tableBits> literalTable{};
+    std::array<DistanceEntry, 1 << DistanceEntry::tableBits> distanceTable{};
     std::array<std::uint8_t, 2048> parking; // where the literals of a parked lane go
 
     void begin(const Stream& stream);
     State readBlockHeader();
     bool copyStored();
-    bool useFixedCodes();
-    bool readCodes();
-    bool useCodes(std::span<const std::uint8_t> literalLengths, std::span<const std::uint8_t> distanceLengths);
+    bool useCodes(const CodeLengths& lengths);
     bool takeRareSymbol();
     void park();
     std::uint8_t* parkedOut() { return parking.data() + shortestPlainDistance; }
 
     /// The position stands in variables of the caller's, which can be kept in registers.
     void takeLiteral(std::uint64_t& bits, std::uint8_t*& to) const;
-    bool takeMatch(std::uint32_t next, std::uint64_t& bits, const std::uint8_t*& in, std::uint8_t*& to);
+    bool takeMatch(LiteralEntry next, std::uint64_t& bits, const std::uint8_t*& in, std::uint8_t*& to);
 
-    std::uint32_t literalEntry(std::uint64_t bits) const { return literalTable[bits % (1 << literalTableBits)]; }
-    std::uint32_t distanceEntry(std::uint64_t bits) const { return distanceTable[bits % (1 << distanceTableBits)]; }
+    LiteralEntry literalEntry(std::uint64_t bits) const { return literalTable[bits % literalTable.size()]; }
+    DistanceEntry distanceEntry(std::uint64_t bits) const { return distanceTable[bits % distanceTable.size()]; }
 };
 
 void InterleavedInflater::Lane::begin(const Stream& stream) {
@@ -241,12 +92,12 @@ void InterleavedInflater::Lane::begin(const Stream& stream) {
     const bool isKnown =
         data.size() > headerSize && data[0] == 0x78 && (data[1] & 0x20) == 0 && (data[0] * 256 + data[1]) % 31 == 0;
     state = isKnown ? State::BeforeBlock : State::Failed;
-    reader = {marker, data.data() + std::min(data.size(), headerSize)};
+    reader = {BitReader::marker, data.data() + std::min(data.size(), headerSize)};
     inEnd = data.data() + data.size();
     out = outBegin = stream.room.data();
     outEnd = outBegin + stream.room.size();
     isLastBlock = false;
-    blocksLeft = 64;
+    blocksLeft = mostBlocks;
 }
 
 /// From the end of one block to the first symbol of the next.
@@ -258,15 +109,12 @@ InterleavedInflater::Lane::State InterleavedInflater::Lane::readBlockHeader() {
         return State::Failed;
     --blocksLeft;
     isLastBlock = reader.take(1) != 0;
-    switch (reader.take(2)) {
-    case 0:
+    const unsigned kind = reader.take(2);
+    if (kind == 0)
         return copyStored() ? State::BeforeBlock : State::Failed;
-    case 1:
-        return useFixedCodes() ? State::InBlock : State::Failed;
-    case 2:
-        return readCodes() ? State::InBlock : State::Failed;
-    }
-    return State::Failed;
+    CodeLengths lengths = fixedCodeLengths;
+    const bool isSound = kind == 1 || (kind == 2 && readCodeLengths(reader, inEnd, lengths));
+    return isSound && useCodes(lengths) ? State::InBlock : State::Failed;
 }
 
 bool InterleavedInflater::Lane::copyStored() {
@@ -278,89 +126,25 @@ bool InterleavedInflater::Lane::copyStored() {
     if (count != 0xFFFF - (from[2] + from[3] * 0x100) || count > inEnd - from - headerSize || count > outEnd - out)
         return false;
     out = std::copy_n(from + headerSize, count, out);
-    reader = {marker, from + headerSize + count};
+    reader = {BitReader::marker, from + headerSize + count};
     return true;
-}
-
-bool InterleavedInflater::Lane::useFixedCodes() {
-    static constexpr std::array<std::uint8_t, 288> literalLengths = [] {
-        std::array<std::uint8_t, 288> lengths{};
-        std::fill_n(lengths.begin(), 144, 8);
-        std::fill_n(lengths.begin() + 144, 112, 9);
-        std::fill_n(lengths.begin() + 256, 24, 7);
-        std::fill_n(lengths.begin() + 280, 8, 8);
-        return lengths;
-    }();
-    std::array<std::uint8_t, 32> distanceLengths;
-    distanceLengths.fill(5);
-    return useCodes(literalLengths, distanceLengths);
-}
-
-bool InterleavedInflater::Lane::readCodes() {
-    const unsigned literalCount = reader.take(5) + 257;
-    const unsigned distanceCount = reader.take(5) + 1;
-    const unsigned lengthCodeCount = reader.take(4) + 4;
-    if (literalCount > 286 || distanceCount > 30)
-        return false;
-
-    // The code of the lengths of the codes, whose own lengths come in this order.
-    static constexpr std::array<std::uint8_t, 19> order{16, 17, 18, 0, 8,  7, 9,  6, 10, 5,
-                                                        11, 4,  12, 3, 13, 2, 14, 1, 15};
-    std::array<std::uint8_t, order.size()> lengthLengths{};
-    for (unsigned index = 0; index < lengthCodeCount; ++index) {
-        if (index % 8 == 0)
-            reader.refill();
-        lengthLengths[order[index]] = static_cast<std::uint8_t>(reader.take(3));
-    }
-    constexpr unsigned longestLengthCode = 7;
-    HuffmanCode lengthCode;
-    std::array<std::uint32_t, 1 << longestLengthCode> lengthTable{};
-    if (!lengthCode.assign(lengthLengths))
-        return false;
-    lengthCode.tabulate(lengthTable, 0, [](unsigned symbol, unsigned bitCount) { return symbol << 8 | bitCount; });
-
-    std::array<std::uint8_t, 286 + 30> lengths;
-    const std::size_t lengthCount = literalCount + distanceCount;
-    for (std::size_t index = 0; index < lengthCount;) {
-        reader.refill();
-        if (reader.in > inEnd)
-            return false;
-        for (int turn = 0; turn < 4 && index < lengthCount; ++turn) { // of 14 bits at most
-            const std::uint32_t entry = lengthTable[reader.bits % lengthTable.size()];
-            reader.bits >>= entry % 256;
-            const std::uint32_t symbol = entry / 256;
-            if (symbol < 16) {
-                lengths[index++] = static_cast<std::uint8_t>(symbol);
-                continue;
-            }
-            const std::size_t count = symbol == 16   ? reader.take(2) + 3
-                                      : symbol == 17 ? reader.take(3) + 3
-                                                     : reader.take(7) + 11;
-            if (count > lengthCount - index || (symbol == 16 && index == 0))
-                return false;
-            std::fill_n(&lengths[index], count, symbol == 16 ? lengths[index - 1] : std::uint8_t{0});
-            index += count;
-        }
-    }
-    return useCodes(std::span(lengths).first(literalCount), std::span(lengths).subspan(literalCount, distanceCount));
 }
 
 /// From the lengths of the codes of all symbols. False when a code is not complete, or when most symbols at the
 /// beginning of a stream are expected to be matches: those are inflated faster one stream after the other, unless there
 /// are hardly any, as where all values are the same.
-bool InterleavedInflater::Lane::useCodes(std::span<const std::uint8_t> literalLengths,
-                                         std::span<const std::uint8_t> distanceLengths) {
+bool InterleavedInflater::Lane::useCodes(const CodeLengths& lengths) {
     constexpr unsigned always = 1u << 15;
     unsigned matchShare = 0;
-    for (const std::uint8_t length : literalLengths.subspan(firstLength))
+    for (const std::uint8_t length : lengths.literals().subspan(firstLength))
         matchShare += length == 0 ? 0 : always >> length; // a frequent symbol has a short code
     const bool hasFewSymbols = (outEnd - outBegin) / 128 > inEnd - reader.in;
     if (out == outBegin && matchShare > always / 8 * 3 && !hasFewSymbols)
         return false;
-    if (!literals.assign(literalLengths) || !distances.assign(distanceLengths))
+    if (!literals.assign(lengths.literals()) || !distances.assign(lengths.distances()))
         return false;
-    literals.tabulate(literalTable, isRare, makeLiteralEntry);
-    distances.tabulate(distanceTable, 0, makeDistanceEntry);
+    literals.tabulate(literalTable, LiteralEntry::rare(), LiteralEntry::of);
+    distances.tabulate(distanceTable, DistanceEntry::rare(), DistanceEntry::of);
     return true;
 }
 
@@ -378,14 +162,14 @@ bool InterleavedInflater::Lane::takeRareSymbol() {
         return false;
     } else {
         const unsigned index = symbol - firstLength;
-        if (index >= leastLength.size())
+        if (index >= leastLengths.size())
             return false;
-        const std::size_t length = leastLength[index] + reader.take(lengthExtraBits[index]);
+        const std::size_t length = leastLengths[index] + reader.take(lengthExtraBits[index]);
         const auto [distanceIndex, distanceBitCount] = distances.find(reader.bits);
         reader.bits >>= distanceBitCount;
-        if (distanceIndex >= leastDistance.size())
+        if (distanceIndex >= leastDistances.size())
             return false;
-        const std::size_t distance = leastDistance[distanceIndex] + reader.take(distanceExtraBits[distanceIndex]);
+        const std::size_t distance = leastDistances[distanceIndex] + reader.take(distanceExtraBits[distanceIndex]);
         if (distance > static_cast<std::size_t>(out - outBegin))
             return false;
         copyMatch(out, distance, length);
@@ -398,30 +182,29 @@ bool InterleavedInflater::Lane::takeRareSymbol() {
 /// Takes the next symbol if it is a literal of the table.
 [[gnu::always_inline]] inline void InterleavedInflater::Lane::takeLiteral(std::uint64_t& bits,
                                                                           std::uint8_t*& to) const {
-    const std::uint32_t entry = literalEntry(bits);
-    *to = static_cast<std::uint8_t>(entry >> 8);
-    to += entry >> 31;
+    const LiteralEntry entry = literalEntry(bits);
+    *to = entry.byte();
+    to += entry.literalCount();
     asm("" : "+r"(to)); // no instruction: the compiler is to add here, not to keep what it has to add for later
-    bits >>= entry % 64;
+    bits >>= entry.literalCodeBits();
 }
 
 /// Takes the match that comes next, or one of no length where that is a literal. `next` is its entry, unless there were
 /// too few bits left to look it up. False when the lane has come to the end of a block or has failed.
-[[gnu::always_inline]] inline bool InterleavedInflater::Lane::takeMatch(std::uint32_t next, std::uint64_t& bits,
+[[gnu::always_inline]] inline bool InterleavedInflater::Lane::takeMatch(LiteralEntry next, std::uint64_t& bits,
                                                                         const std::uint8_t*& in, std::uint8_t*& to) {
-    refill(bits, in);
+    BitReader::refill(bits, in);
     // All of it without a branch: which of the lanes have a match is anyone's guess.
-    const auto noMatch = static_cast<std::uint32_t>(static_cast<std::int32_t>(next) >> 31);
-    const std::uint32_t entry = next & ~noMatch;
-    const auto lengthBits = static_cast<std::uint8_t>(entry >> 8);
-    const std::size_t length = (entry >> 16) % 512 + (lowBits(bits, lengthBits) >> (entry >> 25) % 64);
+    const std::uint32_t noMatch = next.literalMask();
+    const LiteralEntry entry{next.word & ~noMatch};
+    const std::uint8_t lengthBits = entry.matchBits();
+    const std::size_t length = entry.leastLength() + (lowBits(bits, lengthBits) >> entry.matchCodeBits());
     const std::uint64_t rest = bits >> lengthBits % 64;
-    const std::uint32_t found = distanceEntry(rest);
-    const std::uint32_t distant = (found & ~noMatch) | (plainDistance & noMatch);
-    const auto distanceBits = static_cast<std::uint8_t>(distant);
-    const std::size_t distance = (distant >> 16) + (lowBits(rest, distanceBits) >> (distant >> 8) % 64);
+    const DistanceEntry distant{(distanceEntry(rest).word & ~noMatch) | (plainDistance.word & noMatch)};
+    const std::uint8_t distanceBits = distant.allBits();
+    const std::size_t distance = distant.leastDistance() + (lowBits(rest, distanceBits) >> distant.codeBits());
 
-    const bool isRareSymbol = entry >= isRare || distant == 0 || distance > static_cast<std::size_t>(to - outBegin);
+    const bool isRareSymbol = entry.isRare() || distant.isRare() || distance > static_cast<std::size_t>(to - outBegin);
     if (next != literalEntry(bits) || isRareSymbol) {
         reader = {bits, in};
         out = to;
@@ -445,8 +228,8 @@ bool InterleavedInflater::Lane::takeRareSymbol() {
 /// Lets the lane go round with the others in no state of its own: a literal without bits comes next for ever.
 void InterleavedInflater::Lane::park() {
     static constexpr std::array<std::uint8_t, sizeof(std::uint64_t)> nothing{};
-    reader = {marker, nothing.data()};
-    literalTable[0] = isLiteral;
+    reader = {BitReader::marker, nothing.data()};
+    literalTable[0] = LiteralEntry::literal(0, 0);
     outBegin = parking.data();
     out = parkedOut();
 }
@@ -458,7 +241,7 @@ KRO_WITH_BIT_INSTRUCTIONS void InterleavedInflater::run() {
     constexpr std::size_t roundInput = 14;
     constexpr std::size_t roundOutput = literalsPerRound + 258;
     constexpr std::size_t mostRounds = 256;
-    static_assert(literalsPerRound * literalTableBits <= 56);
+    static_assert(literalsPerRound * LiteralEntry::tableBits <= BitReader::readyBitCount);
     static_assert(roundInput + 2 * sizeof(std::uint64_t) <= readSlack);
     static_assert(roundOutput + longestPlainLength <= writeSlack);
     static_assert(shortestPlainDistance + (mostRounds + 1) * literalsPerRound + longestPlainLength <=
@@ -493,7 +276,7 @@ KRO_WITH_BIT_INSTRUCTIONS void InterleavedInflater::run() {
         for (++rounds; goesOn && rounds > 0; --rounds) {
 #pragma GCC unroll 4
             for (std::size_t lane = 0; lane < laneCount; ++lane)
-                refill(bits[lane], in[lane]);
+                BitReader::refill(bits[lane], in[lane]);
 #pragma GCC unroll 5
             for (std::size_t count = 0; count < literalsPerRound; ++count)
 #pragma GCC unroll 4
@@ -501,14 +284,14 @@ KRO_WITH_BIT_INSTRUCTIONS void InterleavedInflater::run() {
                     lanes[lane].takeLiteral(bits[lane], out[lane]);
 
             // With too few bits left this is a guess, which is looked at again.
-            std::array<std::uint32_t, laneCount> next;
-            std::uint32_t common = isLiteral;
+            std::array<LiteralEntry, laneCount> next;
+            LiteralEntry common{~0u};
 #pragma GCC unroll 4
             for (std::size_t lane = 0; lane < laneCount; ++lane) {
                 next[lane] = lanes[lane].literalEntry(bits[lane]);
-                common &= next[lane];
+                common.word &= next[lane].word;
             }
-            if (common == 0)
+            if (common.literalCount() == 0) // some are none
 #pragma GCC unroll 4
                 for (std::size_t lane = 0; lane < laneCount; ++lane)
                     goesOn &= lanes[lane].takeMatch(next[lane], bits[lane], in[lane], out[lane]);

@@ -8,7 +8,9 @@
 namespace veltra::vtkfile {
 
 /// Inflates several zlib streams by turns, a symbol of each: while the processor waits to learn where the next symbol
-/// of one begins, it works on the others. What is damaged or out of the ordinary is left to Inflater.
+/// of one begins, it works on the others. It takes streams with a window of 32 KiB, no dictionary, complete codes and
+/// up to 64 blocks; what is damaged or otherwise out of the ordinary is left to Inflater. Checksums are not looked at,
+/// since zlib too gives the bytes before it finds a wrong one.
 ///
 /// Not for use by two threads at once.
 class InterleavedInflater {
