@@ -1,5 +1,7 @@
 #include "krohost/Journal.h"
 
+#include "krohost/text/printable.h"
+
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
@@ -60,18 +62,7 @@ Journal::Redirection::~Redirection() {
 }
 
 std::string quoted(std::string_view text) {
-    std::string result{'"'};
-    for (const char character : text) {
-        if (character == '\n')
-            result += "\\n";
-        else if (character == '"' || character == '\\')
-            result += {'\\', character};
-        else if (static_cast<unsigned char>(character) < 0x20)
-            result += fmt::format("\\x{:02x}", static_cast<unsigned>(character));
-        else
-            result += character;
-    }
-    return result + '"';
+    return '"' + printableLine(text, "\"\\") + '"';
 }
 
 std::string quoted(const char* text) {

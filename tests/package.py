@@ -45,7 +45,7 @@ class Package(unittest.TestCase):
         text = run(self.usr / "bin/krohost", self.usr / "share/doc/krohost/examples/wing.vtu", expected=4)
         moved.rename(add_on)
         for place in [self.usr / "lib/vtk-data-loader.so", add_on]:
-            self.assertIn(f"\n  {place}\n", text)
+            self.assertIn(f'"{place}"', text)
 
     def test_nothing_refers_to_the_places_of_the_build(self):
         for file in self.files("*"):

@@ -1,5 +1,6 @@
 #include "krohost/check/arrayChecks.h"
 
+#include "krohost/text/printable.h"
 #include "krohost/vtu/values.h"
 
 #include <fmt/format.h>
@@ -89,7 +90,7 @@ bool needsData(const Array& array) {
 
 std::string nameInText(const Array& array) {
     constexpr std::size_t lengthLimit = 80;
-    return "DataArray \"" + array.name.substr(0, lengthLimit) + '"';
+    return fmt::format("DataArray \"{}\"", beginning(array.name, lengthLimit));
 }
 
 std::optional<std::uint64_t> neededValueCount(const Array& array) {

@@ -1,6 +1,7 @@
 #include "krohost/check/documentChecks.h"
 
 #include "krohost/check/arrayChecks.h"
+#include "krohost/text/printable.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -68,7 +69,7 @@ constexpr std::array<NumberRule, 4> numberRules{{{"Piece", "NumberOfPoints", any
 /// A hostile file may have a value as long as a tag.
 std::string quoted(const std::string& value) {
     constexpr std::size_t lengthLimit = 80;
-    return value.size() > lengthLimit ? '"' + value.substr(0, lengthLimit) + "...\"" : '"' + value + '"';
+    return fmt::format("\"{}{}\"", beginning(value, lengthLimit), value.size() > lengthLimit ? "..." : "");
 }
 
 void checkWord(const WordRule& rule, const Element& element, Findings& findings) {

@@ -1,5 +1,7 @@
 #include "krohost/cli/Console.h"
 
+#include "krohost/text/printable.h"
+
 #include <fmt/format.h>
 
 #include <unistd.h>
@@ -30,23 +32,6 @@ bool applies(When when, int descriptor) {
     return when == When::always || (when == When::automatic && isatty(descriptor) == 1);
 }
 
-std::string printable(const std::string& text) {
-    std::string result;
-    const auto at = [&](std::size_t index) {
-        return index < text.size() ? static_cast<unsigned char>(text[index]) : 0;
-    };
-    for (std::size_t index = 0; index < text.size(); ++index) {
-        const int byte = at(index);
-        if (byte == 0xC2 && at(index + 1) >= 0x80 && at(index + 1) < 0xA0) // U+0080 to U+009F
-            result += fmt::format("\\x{:02x}", at(++index));
-        else if ((byte < 0x20 && byte != '\n' && byte != '\t') || byte == 0x7F)
-            result += fmt::format("\\x{:02x}", byte);
-        else
-            result += text[index];
-    }
-    return result;
-}
-
 std::string Style::wrapped(const char* code, std::string_view text) const {
     return isColoured_ ? fmt::format("{}{}\x1b[0m", code, text) : std::string{text};
 }
@@ -56,7 +41,11 @@ Console::Console(const CommandLine& line)
       errorStyle_{isColoured(line.color, STDERR_FILENO)} {}
 
 void Console::error(const std::string& text) const {
-    fmt::print(stderr, "{}\n", errorStyle_.error(printable(text)));
+    fmt::print(stderr, "{}\n", errorStyle_.error(printableLine(text)));
+}
+
+void Console::dialog(const std::string& text) const {
+    fmt::print(stderr, "{}\n", errorStyle_.error(printableParagraph(text)));
 }
 
 void Console::hint(const std::string& text) const {
@@ -65,12 +54,12 @@ void Console::hint(const std::string& text) const {
 
 void Console::warning(const std::string& text) const {
     if (!isQuiet_)
-        fmt::print(stderr, "krohost: warning: {}\n", printable(text));
+        fmt::print(stderr, "krohost: warning: {}\n", printableLine(text));
 }
 
 void Console::note(const std::string& text) const {
     if (isVerbose_)
-        fmt::print(stderr, "krohost: {}\n", printable(text));
+        fmt::print(stderr, "krohost: {}\n", printableLine(text));
 }
 
 int Console::print(const std::string& text, int exitCode) const {

@@ -28,9 +28,11 @@ public:
 
     Style outputStyle() const { return outputStyle_; }
 
-    /// Each a line, or some, on standard error: what went wrong; what to do about it; what may be wrong, unless the
-    /// user wants quiet; what is being done, if the user wants to know.
+    /// Each a line on standard error, whatever names are in it: what went wrong; what may be wrong, unless the user
+    /// wants quiet; what is being done, if the user wants to know. A dialog of an add-on and a hint of krohost's own,
+    /// about what to do, may have several.
     void error(const std::string& text) const;
+    void dialog(const std::string& text) const;
     void hint(const std::string& text) const;
     void warning(const std::string& text) const;
     void note(const std::string& text) const;
@@ -48,8 +50,5 @@ private:
 
 /// Whether something that is done only at some times is done for the stream with this descriptor.
 bool applies(When when, int descriptor);
-
-/// The text without control characters other than line ends and tabs, which a terminal could take for commands.
-std::string printable(const std::string& text);
 
 } // namespace krohost::cli

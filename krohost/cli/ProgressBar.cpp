@@ -3,6 +3,7 @@
 #include "krohost/cli/Console.h"
 #include "krohost/cli/byteText.h"
 #include "krohost/cli/processFigure.h"
+#include "krohost/text/printable.h"
 
 #include <fmt/format.h>
 
@@ -65,7 +66,7 @@ void ProgressBar::show(double fraction, const std::string& text) {
     const int filled = static_cast<int>(fraction * width);
     const std::string line = fmt::format("[{:#<{}}{:<{}}] {:3.0f} %{}  {} read{}  {}", "", filled, "", width - filled,
                                          fraction * 100, fileText(text), byteText(readByteCount() - earlierByteCount_),
-                                         timeLeft(work_.seconds(), fraction), printable(text));
+                                         timeLeft(work_.seconds(), fraction), printableLine(text));
     draw(fmt::format("{:.{}}", line, columnCount() - 1));
 }
 

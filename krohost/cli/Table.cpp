@@ -1,5 +1,7 @@
 #include "krohost/cli/Table.h"
 
+#include "krohost/text/printable.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -23,8 +25,7 @@ Table::Table(std::vector<Column> columns) : columns_{std::move(columns)} {
 
 void Table::addRow(std::vector<std::string> row) {
     for (std::size_t index = 0; index < row.size(); ++index) {
-        row[index] = printable(row[index]);
-        std::replace(row[index].begin(), row[index].end(), '\n', ' ');
+        row[index] = printableLine(row[index]);
         widths_[index] = std::max(widths_[index], width(row[index]));
     }
     rows_.push_back(std::move(row));

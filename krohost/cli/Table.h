@@ -20,7 +20,7 @@ class Table {
 public:
     explicit Table(std::vector<Column> columns);
 
-    /// A row may have fewer cells than there are columns. Control characters in them are shown as what they are.
+    /// A row may have fewer cells than there are columns. Each is printed as one line.
     void addRow(std::vector<std::string> row);
 
     /// With at most this many rows, and below them how many are left out.

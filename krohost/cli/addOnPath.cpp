@@ -1,8 +1,10 @@
 #include "krohost/cli/addOnPath.h"
 
 #include "krohost/Host.h"
+#include "krohost/Journal.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <cstdlib>
 #include <sstream>
@@ -42,15 +44,16 @@ path addOnPath(const CommandLine& line) {
         return addOnAt(*line.addOn);
     const char* variable = std::getenv("KROHOST_ADDON_PATH");
     const bool hasVariable = variable != nullptr && *variable != '\0';
-    std::string text = hasVariable ? "No add-on was found in KROHOST_ADDON_PATH. krohost looked for"
-                                   : "No add-on was found. krohost looked for";
+    std::vector<std::string> places;
     for (const path& file : hasVariable ? splitList(variable) : placesBesideKrohost()) {
         std::error_code ignored;
         if (std::filesystem::exists(file, ignored))
             return file;
-        text += fmt::format("\n  {}", file.string());
+        places.push_back(krohost::quoted(file.string()));
     }
-    throw AddOnError(text + "\nName one with --addon FILE or in the environment variable KROHOST_ADDON_PATH.");
+    throw AddOnError(fmt::format("No add-on was found{}. krohost looked for {}. Name one with --addon FILE or in the "
+                                 "environment variable KROHOST_ADDON_PATH.",
+                                 hasVariable ? " in KROHOST_ADDON_PATH" : "", fmt::join(places, ", ")));
 }
 
 } // namespace krohost::cli

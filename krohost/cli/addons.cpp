@@ -2,6 +2,7 @@
 
 #include "krohost/cli/Table.h"
 #include "krohost/cli/options.h"
+#include "krohost/text/printable.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -31,9 +32,10 @@ ordered_json addOnsDocument(const Host& host, const std::filesystem::path& path)
 std::string addOnsTable(const ordered_json& document, Style style) {
     std::string result;
     for (const ordered_json& addOn : document["addOns"])
-        result += fmt::format("{} {} ({})\n", printable(addOn["name"]), printable(addOn["version"]),
-                              printable(addOn["author"]));
-    result += fmt::format("  {}\n\n", printable(document["path"]));
+        result += fmt::format("{} {} ({})\n", printableLine(addOn["name"].get<std::string>()),
+                              printableLine(addOn["version"].get<std::string>()),
+                              printableLine(addOn["author"].get<std::string>()));
+    result += fmt::format("  {}\n\n", printableLine(document["path"].get<std::string>()));
     Table table{{{"Loader", Align::left}, {"Files", Align::left}, {"At once", Align::left}}};
     for (const ordered_json& loader : document["loaders"])
         table.addRow({loader["name"],

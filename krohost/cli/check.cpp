@@ -3,6 +3,7 @@
 #include "krohost/check/checkFile.h"
 #include "krohost/cli/Failure.h"
 #include "krohost/cli/options.h"
+#include "krohost/text/printable.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -145,8 +146,8 @@ std::string checkText(const Check& check) {
     for (const Finding& finding : check.findings) {
         const std::string place =
             finding.position ? fmt::format(":{}:{}", finding.position->line, finding.position->column) : "";
-        text += fmt::format("{}{}: {}: {} [{}]\n", finding.file, place, inWords(finding.severity), finding.message,
-                            finding.code);
+        text += fmt::format("{}{}: {}: {} [{}]\n", printableLine(finding.file), place, inWords(finding.severity),
+                            printableLine(finding.message), finding.code);
     }
     const bool isAll = check.loadedArrayCount == check.arrayCount;
     const std::size_t warningCount = check.count(Severity::warning);

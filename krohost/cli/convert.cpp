@@ -2,6 +2,7 @@
 
 #include "krohost/cli/Failure.h"
 #include "krohost/cli/options.h"
+#include "krohost/text/printable.h"
 #include "krohost/write/WriteError.h"
 
 #include <CLI/CLI.hpp>
@@ -125,10 +126,10 @@ ConvertOutcome repair(const CommandLine& line, const Plan& plan) {
 
 std::string convertText(const CommandLine& line, const ConvertOutcome& outcome) {
     const write::Conversion& conversion = outcome.conversion;
-    return outcome.isConverted()
-               ? fmt::format("{}: {} in {}, {} bytes\n", line.convert.output, plural(conversion.zoneCount, "zone"),
-                             plural(conversion.files.size(), "file"), byteCount(conversion))
-               : "";
+    return outcome.isConverted() ? fmt::format("{}: {} in {}, {} bytes\n", printableLine(line.convert.output),
+                                               plural(conversion.zoneCount, "zone"),
+                                               plural(conversion.files.size(), "file"), byteCount(conversion))
+                                 : "";
 }
 
 nlohmann::ordered_json convertDocument(const ConvertOutcome& outcome) {

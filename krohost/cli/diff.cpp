@@ -1,5 +1,6 @@
 #include "krohost/cli/diff.h"
 
+#include "krohost/cli/jsonReport.h"
 #include "krohost/cli/loading.h"
 #include "krohost/cli/options.h"
 #include "krohost/timesFromFileNames.h"
@@ -54,10 +55,6 @@ VariablesByKey byKey(const std::vector<NamedVariable>& variables) {
     for (const NamedVariable& variable : variables)
         result.emplace(variable.key(), &variable);
     return result;
-}
-
-std::string jsonText(const ordered_json& value) {
-    return value.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }
 
 std::string extremeText(const char* kind, const Extreme& extreme) {

@@ -1,8 +1,10 @@
 #include "krohost/cli/dump.h"
 
 #include "krohost/cli/Failure.h"
+#include "krohost/cli/jsonReport.h"
 #include "krohost/cli/selection.h"
 #include "krohost/itemType.h"
+#include "krohost/text/printable.h"
 
 #include <fmt/compile.h>
 #include <nlohmann/json.hpp>
@@ -126,7 +128,8 @@ void writeCsv(OutputStream& output, const Dataset& dataset, const Selection& sel
             names.push_back(fmt::format("node{}", number));
     else
         for (const LoadedPart& part : parts)
-            names.push_back(csvField(dataset.variables[static_cast<std::size_t>(part.target.variable) - 1]));
+            names.push_back(
+                csvField(printableLine(dataset.variables[static_cast<std::size_t>(part.target.variable) - 1])));
     print(output, "{}\n", fmt::join(names, ","));
     for (std::int64_t row = parts.front().begin; row < parts.front().end && !Host::isInterrupted(); ++row) {
         writeRow(output, parts, row, ",");
@@ -158,10 +161,6 @@ void writeNpy(OutputStream& output, const LoadedPart& part) {
     output.buffer().push_back(static_cast<char>(length >> 8));
     print(output, "{:<{}}\n", header, length - 1);
     writeRaw(output, part);
-}
-
-std::string jsonText(const ordered_json& value) {
-    return value.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
 }
 
 /// What is known of a part without its values.

@@ -1,5 +1,7 @@
 #include "krohost/cli/jsonReport.h"
 
+#include "krohost/text/printable.h"
+
 #include <nlohmann/json.hpp>
 
 namespace krohost::cli {
@@ -84,10 +86,14 @@ std::string finished(ordered_json document, const std::vector<std::string>& dial
     document["error"] = textOrNull(error);
     document["dialogs"] = dialogs;
     document["violations"] = violations;
-    return document.dump(indent, ' ', false, ordered_json::error_handler_t::replace) + '\n';
+    return jsonText(document, indent) + '\n';
 }
 
 } // namespace
+
+std::string jsonText(const ordered_json& value, int indent) {
+    return printableJson(value.dump(indent, ' ', false, ordered_json::error_handler_t::replace));
+}
 
 ordered_json jsonReport(const Report& report, const Dataset& dataset) {
     const auto instructions = dataset.instructions ? dataset.instructions->strings : std::vector<std::string>{};

@@ -13,8 +13,11 @@ namespace krohost::cli {
 /// The document of `krohost info --json`, its dialogs and violations still empty.
 nlohmann::ordered_json jsonReport(const Report& report, const Dataset& dataset);
 
-/// The finished document as text: with what went wrong, the first thing as its `error` (empty: nothing did). Text that
-/// is not UTF-8 gets replacement characters.
+/// JSON that a terminal shows as it is: of what it could take for a command, escapes; of what is not UTF-8, replacement
+/// characters. On one line when there is no indent.
+std::string jsonText(const nlohmann::ordered_json& value, int indent = -1);
+
+/// The finished document as text: with what went wrong, the first thing as its `error` (empty: nothing did).
 std::string jsonText(nlohmann::ordered_json document, const std::vector<std::string>& dialogs,
                      const std::vector<std::string>& violations, const std::string& error);
 /// The same on one line.

@@ -2,6 +2,7 @@
 
 #include "krohost/cli/Failure.h"
 #include "krohost/cli/smallFile.h"
+#include "krohost/text/printable.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -16,9 +17,9 @@ namespace {
 
 std::string layoutText(const std::string& path, const Instructions& instructions) {
     try {
-        return nlohmann::ordered_json{{"loader", instructions.loaderName}, {"instructions", instructions.strings}}.dump(
-                   2) +
-               '\n';
+        const nlohmann::ordered_json document{{"loader", instructions.loaderName},
+                                              {"instructions", instructions.strings}};
+        return printableJson(document.dump(2)) + '\n';
     } catch (const nlohmann::json::type_error&) {
         throw Failure(fmt::format("The layout \"{}\" cannot be written: a file name is not UTF-8.", path), Exit_Failed);
     }

@@ -17,6 +17,7 @@
 #include "krohost/cli/loading.h"
 #include "krohost/cli/tableReport.h"
 #include "krohost/cli/trace.h"
+#include "krohost/text/printable.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -72,7 +73,7 @@ std::string errorText(const Host& host, int exitCode) {
 
 void printProblems(const Host& host, const Console& console, const std::string& stoppedAt) {
     for (const Dialog& dialog : host.dialogs())
-        console.error(dialog.text);
+        console.dialog(dialog.text);
     if (!stoppedAt.empty())
         console.error(fmt::format("krohost: the load stopped at \"{}\"", stoppedAt));
     for (const std::string& violation : host.violations())
@@ -114,7 +115,7 @@ int finishTrace(Host& host, const CommandLine& line, const Console& console, con
         text = jsonText({{"calls", std::move(calls)}}, dialogTexts(host), host.violations(), errorText(host, code));
     else {
         for (nlohmann::ordered_json& call : calls)
-            text += call.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + '\n';
+            text += jsonText(call) + '\n';
         text += jsonLine({{"kind", "end"}}, dialogTexts(host), host.violations(), errorText(host, code));
     }
     return console.print(text, code);

@@ -2,6 +2,7 @@
 
 #include "krohost/cli/Table.h"
 #include "krohost/cli/summaryReport.h"
+#include "krohost/text/printable.h"
 
 #include <fmt/format.h>
 
@@ -59,17 +60,17 @@ std::string variableTable(const Report& report, const Dataset& dataset, const Zo
 
 std::string tableReport(const Report& report, const Dataset& dataset, Style style, bool isShowingAll) {
     constexpr std::size_t manyZones = 33;
-    std::string result = style.heading(fmt::format("{} ({}): {} zone{}, {} variables", printable(dataset.title),
-                                                   report.loaderName, dataset.zones.size(),
+    std::string result = style.heading(fmt::format("{} ({}): {} zone{}, {} variables", printableLine(dataset.title),
+                                                   printableLine(report.loaderName), dataset.zones.size(),
                                                    dataset.zones.size() == 1 ? "" : "s", dataset.variables.size())) +
                          "\n\n";
     if (dataset.zones.size() >= manyZones && !isShowingAll)
         return result + summaryReport(report, dataset, style);
     result += zoneTable(dataset, dataset.zones.size(), style);
     for (const Zone& zone : dataset.zones) {
-        result += '\n' + style.heading(fmt::format("Zone {}, {}", zone.number, printable(zone.name))) + '\n';
+        result += '\n' + style.heading(fmt::format("Zone {}, {}", zone.number, printableLine(zone.name))) + '\n';
         for (const auto& [name, value] : zone.auxiliaryData)
-            result += fmt::format("  {} = {}\n", printable(name), printable(value));
+            result += fmt::format("  {} = {}\n", printableLine(name), printableLine(value));
         result += sectionTable(report, zone, style) + variableTable(report, dataset, zone, style);
     }
     return result;

@@ -2,6 +2,7 @@
 
 #include "krohost/cli/Console.h"
 #include "krohost/cli/options.h"
+#include "krohost/text/printable.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
@@ -99,7 +100,7 @@ std::string traceText(const Journal& journal, const CommandLine& line) {
     std::string text;
     for (const std::string& call : journal.lines())
         if (isWanted(call, line.tracedPrefixes))
-            text += printable(call) + '\n';
+            text += printableLine(call) + '\n';
     return text;
 }
 

@@ -1,5 +1,7 @@
 #include "krohost/vtu/text.h"
 
+#include "krohost/text/printable.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -61,7 +63,8 @@ std::optional<Fault> decodeText(FileSource& source, ElementType type, const Byte
             return std::nullopt;
         const std::size_t byteCount = toValue(word, value);
         if (byteCount == 0)
-            return Fault{.kind = FaultKind::foreignText, .byte = end - word.size(), .text = word.substr(0, 40)};
+            return Fault{
+                .kind = FaultKind::foreignText, .byte = end - word.size(), .text = std::string(beginning(word, 40))};
         sink(std::span{value}.first(byteCount));
         word.clear();
         return std::nullopt;

@@ -1,6 +1,7 @@
 #include "krohost/write/csv.h"
 
 #include "krohost/itemType.h"
+#include "krohost/text/printable.h"
 #include "krohost/write/Loaded.h"
 #include "krohost/write/OutputFile.h"
 #include "krohost/write/WriteError.h"
@@ -84,7 +85,7 @@ void writeTable(Host& host, ValueLocation_e location, const char* rowTitle, cons
     OutputFile file{path};
     std::string header = fmt::format("zone,{}", rowTitle);
     for (const std::int32_t number : columns)
-        header += ',' + quoted(host.dataset().variables[static_cast<std::size_t>(number) - 1]);
+        header += ',' + quoted(printableLine(host.dataset().variables[static_cast<std::size_t>(number) - 1]));
     file.write(header + '\n');
     for (const Zone& zone : host.dataset().zones)
         writeRows(host, zone, location, columns, file);

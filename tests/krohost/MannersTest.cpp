@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <cstdlib>
 #include <sstream>
 
 namespace {
@@ -22,8 +23,6 @@ protected:
             wing.write(folder / name);
         folder.write("run.pvd", collection(2));
         folder.write("many.pvd", collection(60));
-        folder.write("blocks.vtm", R"(<VTKFile type="vtkMultiBlockDataSet"><vtkMultiBlockDataSet>
-            <DataSet name="a&#x9b;b" file="wing.vtu"/></vtkMultiBlockDataSet></VTKFile>)");
         run("wing.vtu --record layout.json");
     }
 
@@ -82,8 +81,98 @@ TEST_F(Manners, ColoursAreForTerminals) {
     }
 }
 
-TEST_F(Manners, NamesCannotCommandATerminal) {
-    EXPECT_THAT(run("blocks.vtm").output, HasSubstr("Zone 1, a\\x9bb\n"));
+TEST_F(Manners, NamesCannotCommandATerminalOrForgeALine) {
+    // What XML lets into a name, and what a file's own name may hold besides.
+    const std::string inXml = "a&#10;FORGED&#x9;&#x9b;\u202e\u2066\u200f\u061c\u2028\u200b\ufeff&quot;\\ \u00e4";
+    const std::string variable = "a\nFORGED\t\u009b\u202e\u2066\u200f\u061c\u2028\u200b\ufeff\"\\ \u00e4";
+    const std::string file = "a\nFORGED\t\x1b[2J\a\x7f\u009b\u202e\xc2\xff\u00e4";
+    setenv("v", variable.c_str(), 1);
+    setenv("f", file.c_str(), 1);
+    const auto mesh = test::hexahedron().withPointData(reals(inXml, test::ElementType::Float64, values));
+    test::vtu().fieldData(reals(inXml, test::ElementType::Int8, {1})).piece(mesh).write(folder / (file + ".vtu"));
+    folder.write("run.pvd", R"(<VTKFile type="Collection"><Collection><DataSet file=")" + file +
+                                R"(.vtu"/><DataSet file="a&#10;FORGED)"
+                                "\x1b"
+                                R"(.vtu"/></Collection></VTKFile>)");
+    folder.write("blocks.vtm", R"(<VTKFile type="vtkMultiBlockDataSet"><vtkMultiBlockDataSet><DataSet name=")" + inXml +
+                                   R"(" file="wing.vtu"/><DataSet name="b" file=")" + inXml +
+                                   R"("/></vtkMultiBlockDataSet></VTKFile>)");
+    folder.write("all.vtm", R"(<VTKFile type="vtkMultiBlockDataSet"><vtkMultiBlockDataSet><Block name="k)" + inXml +
+                                R"("><DataSet name=")" + inXml +
+                                R"(" file="wing.vtu"/></Block></vtkMultiBlockDataSet></VTKFile>)");
+    folder.write("odd.vtu", test::vtu()
+                                .piece(mesh)
+                                .attribute("VTKFile", "compressor", inXml)
+                                .attribute("VTKFile", "version", inXml)
+                                .attribute(inXml, "type", inXml)
+                                .text());
+    folder.write("layout.json", R"({"loader": "\nFORGED\u001b\u009b", "instructions": []})");
+    folder.write("bad.json", R"({"loader": "VTK Data Loader", "instructions": ["\nFORGED\u001b\u009b"]})");
+    folder.write("\nFORGED\x1b.json", "{");
+    folder.write("\nFORGED\x1b.pvd",
+                 R"(<VTKFile type="Collection"><Collection><DataSet timestep=")" + inXml + R"("/>)");
+    for (const char* arguments : {"\"$f.vtu\"",
+                                  "\"$f.vtu\" --demand --progress always -v",
+                                  "--json \"$f.vtu\"",
+                                  "all.vtm",
+                                  "all.vtm --json",
+                                  "all.vtm --record \"$f/x\"",
+                                  "blocks.vtm",
+                                  "run.pvd",
+                                  "odd.vtu",
+                                  "odd.vtu --json",
+                                  "trace all.vtm",
+                                  "trace --json all.vtm",
+                                  "trace --jsonl \"$f.vtu\"",
+                                  "dump \"$f.vtu\" --variable \"$v\"",
+                                  "dump \"$f.vtu\" --variable \"$v\" --json",
+                                  "dump \"$f.vtu\" --variable \"$v\" --format csv",
+                                  "dump \"$f.vtu\" --variable \"$f\"",
+                                  "dump \"$f.vtu\" --node-map --zone \"$f\"",
+                                  "dump all.vtm --node-map",
+                                  "dump wing.vtu --variable X -o \"$f/x\"",
+                                  "dump wing.vtu --variable X --range \"$f\"",
+                                  "dump wing.vtu --variable X --format \"$f\"",
+                                  "diff \"$f.vtu\" wing.vtu",
+                                  "diff all.vtm \"$f.vtu\" --json",
+                                  "check --deep --explain \"$f.vtu\" all.vtm blocks.vtm odd.vtu run.pvd",
+                                  "check --json --explain odd.vtu",
+                                  "check --explain blocks.vtm --json",
+                                  "convert \"$f.vtu\" -o \"$f.csv\"",
+                                  "convert \"$f.vtu\" -o \"$f/x.vtu\"",
+                                  "convert \"$f.vtu\" -o \"$f\" --json",
+                                  "convert all.vtm -o \"$f.vtm\" -v",
+                                  "convert \"$f.vtu\" -o \"$f.cgns\"",
+                                  "convert --repair odd.vtu -o \"$f-2.vtu\"",
+                                  "convert wing.vtu -o x.vtu --compress \"$f\"",
+                                  "replay layout.json",
+                                  "replay bad.json --json",
+
+                                  "replay \"\nFORGED\x1b.json\"",
+                                  "\"\nFORGED\x1b.pvd\"",
+                                  "bench \"$f.vtu\" --variable \"$f\"",
+                                  "addons --addon \"$f\"",
+                                  "addons --json --addon \"$f\"",
+                                  "wing.vtu --\"$f\"",
+                                  "inof\"$f\"",
+                                  "\"$f\"",
+                                  "wing.vtu --loader \"$f\"",
+                                  "wing.vtu --times \"$f\"",
+                                  "wing.vtu --max-memory \"$f\"",
+                                  "completion \"$f\"",
+                                  "wing.vtu \"$f\" --append \"$f\""}) {
+        const Outcome outcome = run(arguments);
+        EXPECT_TRUE((outcome.exitCode >= 0 && outcome.exitCode <= 5)) << arguments << outcome.exitCode;
+        std::string text = outcome.output + '\n' + outcome.errors;
+        for (std::size_t at = text.find("\r\x1b[K"); at != text.npos; at = text.find("\r\x1b[K"))
+            text.erase(at, 4); // krohost's own progress
+        EXPECT_NO_THROW((void)nlohmann::json(text).dump()) << arguments << ": not UTF-8\n" << text;
+        for (const char* piece : {"\nFORGED", "\t", "\x1b", "\a", "\x7f", "\u009b", "\u202e", "\u2066", "\u200f",
+                                  "\u061c", "\u2028", "\u200b", "\ufeff"})
+            EXPECT_EQ(text.find(piece), text.npos) << arguments << '\n' << text;
+    }
+    EXPECT_THAT(run("all.vtm").output, HasSubstr("Zone 1, a\\nFORGED\\t\\u009b\\u202e\\u2066"));
+    EXPECT_EQ(nlohmann::json::parse(run("all.vtm --json").output)["zones"][0]["name"], variable);
 }
 
 TEST_F(Manners, ManyZonesAreSummedUp) {

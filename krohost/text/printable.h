@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace krohost {
+
+/// Text from a stranger, made fit to be shown. What a terminal could take for a command, what changes the order of the
+/// letters around it, what cannot be seen and what is not UTF-8 is written as `\x1b` (a byte) or `\u202e` (a
+/// character); all else stays as it is. The result is valid UTF-8. [any thread]
+
+/// Of one or several lines: line feeds and tabs stay.
+std::string printable(std::string_view text);
+
+/// On one line: a line feed becomes `\n` and a tab `\t`. The ASCII characters in `marked` get a backslash.
+std::string printableLine(std::string_view text, std::string_view marked = {});
+
+/// Of several lines that may hold any names: those after the first are indented, so that no name begins a line.
+std::string printableParagraph(std::string_view text);
+
+/// The same JSON document, with escapes of JSON in the place of such characters. It must be valid UTF-8.
+std::string printableJson(std::string_view json);
+
+/// The beginning of a text, with at most so many bytes and cut between characters.
+std::string_view beginning(std::string_view text, std::size_t byteLimit);
+
+} // namespace krohost
