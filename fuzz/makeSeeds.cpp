@@ -187,6 +187,17 @@ Inputs cellLists() {
     return inputs;
 }
 
+Inputs names() {
+    return {{"plain", "wing \u00fc \U0001f600 \\ \"x\""},
+            {"lines", "a\nb\t\n\nc\r"},
+            {"controls", "\x1b[2J\a\x7f\u009b"},
+            {"direction", "\u202ea\u2066\u200f\u061c"},
+            {"unseen", "\u200b\u2028\ufeff\u00ad\U000e0041"},
+            {"cut", "\x05"
+                    "abcd\u00e4\u20ac"},
+            {"not UTF-8", "\xc3\x28\xff\xed\xa0\x80\xf4\x90\x80\x80\xc0\x80"}};
+}
+
 Inputs nodeMaps() {
     Inputs inputs;
     for (int kind = 0; kind < 256; kind += 17) {
@@ -238,6 +249,7 @@ int main(int argumentCount, char** arguments) {
                                                         {"inflate", inflateSeeds()},
                                                         {"instructions", instructionLists()},
                                                         {"load", files()},
+                                                        {"names", names()},
                                                         {"node_map", nodeMaps()},
                                                         {"numbers", numberTexts()},
                                                         {"sections", cellLists()},
