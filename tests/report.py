@@ -9,12 +9,14 @@ def path(text):
     return pathlib.Path(text).resolve()
 
 
-def options(description, *names):
-    """The command line: krohost, and a path for each of these names."""
+def options(description, *names, **others):
+    """The command line: krohost, a path for each of these names, and others of these types, which are 1 unless given."""
     parser = argparse.ArgumentParser(description=description, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("krohost", type=path)
     for name in names:
         parser.add_argument(f"--{name}", type=path, required=True)
+    for name, kind in others.items():
+        parser.add_argument(f"--{name}", type=kind, default=1)
     return parser.parse_args()
 
 
