@@ -5,10 +5,15 @@ set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON) # tests need not be built for it
 set(library_folder ${CMAKE_INSTALL_LIBDIR}/krohost)
 file(RELATIVE_PATH library_from_tool /${CMAKE_INSTALL_BINDIR} /${library_folder})
 target_compile_definitions(krohost PRIVATE KROHOST_ADDON_FOLDER="${library_from_tool}/addons")
-set_target_properties(krohost PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tool}")
+
+# The build tree has the libraries where an installed krohost finds them. CMake changes no search path then, and leaves no
+# room for it: empty entries, each of which stands for the current folder.
+cmake_path(SET built_library_folder NORMALIZE "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${library_from_tool}")
+set_target_properties(krohost_library krohost_hdf PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${built_library_folder})
+set_target_properties(krohost PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tool}" BUILD_WITH_INSTALL_RPATH ON)
+set_target_properties(krohost_hdf PROPERTIES INSTALL_RPATH "$ORIGIN" BUILD_WITH_INSTALL_RPATH ON)
 
 install(TARGETS krohost krohost_library RUNTIME LIBRARY DESTINATION ${library_folder})
-set_target_properties(krohost_hdf PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS krohost_hdf LIBRARY DESTINATION ${library_folder})
 install(TARGETS vtk-data-loader LIBRARY DESTINATION ${library_folder}/addons)
 install(FILES host/kro.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/krohost)

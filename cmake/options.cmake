@@ -12,6 +12,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
 endif()
 target_include_directories(kro_options INTERFACE ${PROJECT_SOURCE_DIR})
 
+# Nothing is left to be written over that decides which code runs.
+target_link_options(kro_options INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
+
 if(KRO_SANITIZE)
   target_compile_options(kro_options INTERFACE -fsanitize=${KRO_SANITIZE} -fno-sanitize-recover=all
     -fno-omit-frame-pointer)

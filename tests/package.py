@@ -3,6 +3,7 @@
 import json
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -50,6 +51,19 @@ class Package(unittest.TestCase):
     def test_nothing_refers_to_the_places_of_the_build(self):
         for file in self.files("*"):
             self.assertNotIn(str(BUILD).encode(), file.read_bytes(), file)
+
+    def test_no_file_runs_or_looks_for_code_where_a_stranger_may_put_it(self):
+        places = [BUILD / "bin", BUILD / "lib", self.usr, self.folder / "a prefix"]
+        files = [file for place in places for file in place.rglob("*") if file.is_file()]
+        binaries = [file for file in files if file.read_bytes()[:4] == b"\x7fELF"]
+        self.assertGreater(len(binaries), 12)
+        for file in binaries:
+            text = run("readelf", "-hldW", "--dyn-syms", file)
+            for path in re.findall(r"(?:RPATH|RUNPATH).*\[(.*)\]", text):
+                for entry in path.split(":"):
+                    self.assertRegex(entry, r"^(/|\$ORIGIN(/|$))", file)
+            for expected in [r"Type: +DYN", "BIND_NOW|FLAGS_1.* NOW", "GNU_RELRO", "GNU_STACK .* RW "]:
+                self.assertRegex(text, expected, file)
 
     def test_the_libraries_it_needs_are_dependencies(self):
         depends = run("dpkg-deb", "-f", self.package, "Depends")

@@ -10,11 +10,11 @@ namespace krohost::write {
 
 namespace {
 
-/// Beside the host's library.
+/// Beside the host's library; a name without a folder would be looked for elsewhere.
 std::string moduleFile() {
     Dl_info library{};
     dladdr(reinterpret_cast<const void*>(&Host::isInterrupted), &library);
-    return std::filesystem::path{library.dli_fname}.replace_filename("libkrohost-hdf.so");
+    return std::filesystem::absolute(library.dli_fname).replace_filename("libkrohost-hdf.so");
 }
 
 } // namespace
