@@ -4,7 +4,7 @@ set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON) # tests need not be built for it
 
 set(library_folder ${CMAKE_INSTALL_LIBDIR}/krohost)
 file(RELATIVE_PATH library_from_tool /${CMAKE_INSTALL_BINDIR} /${library_folder})
-target_compile_definitions(krohost PRIVATE KROHOST_ADDON_FOLDER="${library_from_tool}/addons")
+target_compile_definitions(krohost_cli PRIVATE KROHOST_ADDON_FOLDER="${library_from_tool}/addons")
 
 # The build tree has the libraries where an installed krohost finds them. CMake changes no search path then, and leaves no
 # room for it: empty entries, each of which stands for the current folder.
