@@ -2,6 +2,6 @@
 
 /// What libFuzzer calls.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t byteCount) {
-    fuzz::outcome({data, byteCount});
+    fuzz::limitedOutcome({data, byteCount});
     return 0;
 }

@@ -1,8 +1,10 @@
 #include "fuzz/fuzz.h"
 
+#include "fuzz/cost.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <cctype>
+#include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
 
@@ -13,6 +15,22 @@ void require(bool holds, std::string_view claim) {
         return;
     std::fprintf(stderr, "this does not hold: %.*s\n", static_cast<int>(claim.size()), claim.data());
     std::abort();
+}
+
+std::string limitedOutcome(Bytes input) {
+    static const char* const factor = std::getenv("KRO_FUZZ_COST");
+    static const double most = factor != nullptr ? std::atof(factor) : 1;
+    const auto limit =
+        static_cast<std::uint64_t>(most * static_cast<double>(std::max(64ul << 20, 1100 * input.size())));
+    Cost::begin();
+    const std::string outcome = fuzz::outcome(input);
+    const Cost cost = Cost::sinceBegin();
+    if (factor != nullptr)
+        std::fprintf(stderr, "%zu bytes: %" PRIu64 " of memory, %" PRIu64 " read: %s\n", input.size(),
+                     cost.peakByteCount, cost.readByteCount, outcome.c_str());
+    require(cost.peakByteCount <= limit, "an input takes no more memory than 64 MB or 1100 times its size");
+    require(cost.readByteCount <= limit, "for an input no more is read than 64 MB or 1100 times its size");
+    return outcome;
 }
 
 std::string sentence(std::string_view message) {

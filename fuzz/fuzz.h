@@ -19,6 +19,11 @@ using Bytes = std::span<const std::uint8_t>;
 /// that it can be seen how deep stored inputs reach.
 std::string outcome(Bytes input);
 
+/// What a program calls: the outcome of one input, within what an input may cost. More memory than 64 MB or 1100 times
+/// the input, whichever is more, and more than that read from files, is a finding. KRO_FUZZ_COST=FACTOR in the
+/// environment is for these limits times FACTOR, and prints what each input costs.
+std::string limitedOutcome(Bytes input);
+
 /// Ends the process, with the claim on standard error, unless it holds.
 void require(bool holds, std::string_view claim);
 
