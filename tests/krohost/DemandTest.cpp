@@ -38,12 +38,3 @@ TEST(Demand, SizesThatWrapAreADialogToo) {
     EXPECT_EQ(box.host.dialogs().front().text, R"(Not enough memory for the node map of zone 1 "wing": )"
                                                "more than 9223372036854775807 bytes are needed");
 }
-
-TEST(Demand, AnInterruptStopsWhatIsBegunAndWhatIsNot) {
-    Box box;
-    box.loadP = [](KroFieldData*) { return KroBool{KroUtilInterruptIsSet() == 0}; };
-    box.host.interruptAtPoll(1);
-    EXPECT_EQ(demandAll(box), (std::vector{true, false, false}));
-    box.host.clearInterrupt();
-    EXPECT_EQ(demandAll(box), (std::vector{true, true, true}));
-}
