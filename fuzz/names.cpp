@@ -58,13 +58,15 @@ void checkLines(std::string_view text) {
     fuzz::require(isHarmless(lines, "\n\t"), "lines are harmless");
     fuzz::require(krohost::printableLine(line) == line && krohost::printable(lines) == lines,
                   "harmless text stays as it is");
-    const std::string dialog = krohost::printableParagraph(text);
+    const std::string dialog = krohost::printableDialog(text);
     fuzz::require(isHarmless(dialog, "\n"), "a dialog is harmless");
     std::istringstream paragraph{dialog};
-    std::string first, later;
-    std::getline(paragraph, first);
+    std::string later;
+    std::getline(paragraph, later);
+    int reasonCount = later.starts_with("Reason: ") ? 1 : 0;
     while (std::getline(paragraph, later))
-        fuzz::require(later.empty() || later.starts_with("  "), "no name begins a line");
+        fuzz::require(later.empty() || later.starts_with("  ") || (later.starts_with("Reason: ") && ++reasonCount == 1),
+                      "no name begins a line");
 }
 
 void checkDocuments(std::string_view text) {

@@ -45,7 +45,7 @@ void Console::error(const std::string& text) const {
 }
 
 void Console::dialog(const std::string& text) const {
-    fmt::print(stderr, "{}\n", errorStyle_.error(printableParagraph(text)));
+    fmt::print(stderr, "{}\n", errorStyle_.error(printableDialog(text)));
 }
 
 void Console::hint(const std::string& text) const {

@@ -120,11 +120,14 @@ std::string printableLine(std::string_view text, std::string_view marked) {
     });
 }
 
-std::string printableParagraph(std::string_view text) {
+std::string printableDialog(std::string_view text) {
     std::string result;
+    bool isReasonSaid = false;
     while (true) {
         const std::string line = printableLine(text.substr(0, text.find('\n')));
-        result += (result.empty() || line.empty() ? "" : "  ") + line;
+        const bool isReason = !isReasonSaid && line.starts_with("Reason: ");
+        isReasonSaid = isReasonSaid || isReason;
+        result += (result.empty() || line.empty() || isReason ? "" : "  ") + line;
         if (text.find('\n') == text.npos)
             return result;
         text.remove_prefix(text.find('\n') + 1);

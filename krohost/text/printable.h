@@ -16,8 +16,9 @@ std::string printable(std::string_view text);
 /// On one line: a line feed becomes `\n` and a tab `\t`. The ASCII characters in `marked` get a backslash.
 std::string printableLine(std::string_view text, std::string_view marked = {});
 
-/// Of several lines that may hold any names: those after the first are indented, so that no name begins a line.
-std::string printableParagraph(std::string_view text);
+/// A dialog: a message and often, on a line of its own, "Reason: " with what the message is about. Any further line is
+/// indented, because it may begin within a name.
+std::string printableDialog(std::string_view text);
 
 /// The same JSON document, with escapes of JSON in the place of such characters. It must be valid UTF-8.
 std::string printableJson(std::string_view json);

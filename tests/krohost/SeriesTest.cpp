@@ -51,7 +51,7 @@ protected:
 
 TEST_F(Series, IsWhatTheUserNames) {
     const std::string loadFailed =
-        "1 VTK Data Loader: An error occurred while reading data from the VTK file.\n  Reason: ";
+        "1 VTK Data Loader: An error occurred while reading data from the VTK file.\nReason: ";
     const std::string gone = loadFailed + "Failed to open VTK file for reading\n"
                                           "krohost: the load stopped at \"other/gone.vtu: Opening file...\"\n";
     const std::vector<std::pair<const char*, std::string>> rows{
