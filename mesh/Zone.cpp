@@ -10,11 +10,12 @@
 #include <boost/algorithm/string/case_conv.hpp>
 
 #include <algorithm>
+#include <deque>
 #include <limits>
 #include <locale>
 #include <map>
-#include <optional>
 #include <tuple>
+#include <utility>
 
 namespace veltra::vtkfile {
 
@@ -29,33 +30,60 @@ std::uint64_t sum(const std::vector<Piece>& pieces, std::uint64_t Piece::*count,
     return total;
 }
 
-bool continues(const DataArray& array, const DataArray& other) {
-    return other.type == array.type && other.valueLocation == array.valueLocation &&
-           equalsIgnoringCase(*other.name, *array.name);
-}
-
-/// Finds the arrays of a piece by what must agree between pieces.
-class VariableIndex {
+/// The variables of a piece, each of which continues one of the first piece's.
+class VariableMatcher {
 public:
-    explicit VariableIndex(const Piece& piece) {
-        for (const DataArray& array : piece.variables)
-            arrays_.emplace(keyOf(array), &array);
+    explicit VariableMatcher(const Piece& piece) : arrays_(piece.variables), isTaken_(arrays_.size()) {
+        for (std::size_t index = 0; index < arrays_.size(); ++index) {
+            exact_.emplace(ExactKey(arrays_[index].valueLocation, *arrays_[index].name), index);
+            similar_[similarKey(arrays_[index])].push_back(index);
+        }
     }
 
-    const DataArray* find(const DataArray& array) const {
-        const auto found = arrays_.find(keyOf(array));
-        return found == arrays_.end() ? nullptr : found->second;
+    /// The array of just this name; null when there is none. One of another type is none that could be passed over.
+    const DataArray* takeNamesake(const DataArray& array) {
+        const auto found = exact_.find({array.valueLocation, *array.name});
+        if (found == exact_.end())
+            return nullptr;
+        if (arrays_[found->second].type != array.type)
+            throw IOException(inconsistentPieces);
+        return take(found->second);
+    }
+
+    /// The first of those whose names differ in letter case only and that nothing else has taken.
+    const DataArray& takeSimilar(const DataArray& array) {
+        std::deque<std::size_t>& candidates = similar_[similarKey(array)];
+        while (!candidates.empty() && isTaken_[candidates.front()])
+            candidates.pop_front();
+        if (candidates.empty())
+            throw IOException(inconsistentPieces);
+        return *take(candidates.front());
     }
 
 private:
-    using Key = std::tuple<ValueLocation_e, DataArrayType, std::string>;
+    using ExactKey = std::pair<ValueLocation_e, std::string>;
+    using SimilarKey = std::tuple<ValueLocation_e, DataArrayType, std::string>;
 
-    static Key keyOf(const DataArray& array) {
+    static SimilarKey similarKey(const DataArray& array) {
         return {array.valueLocation, array.type, boost::algorithm::to_lower_copy(*array.name, std::locale::classic())};
     }
 
-    std::map<Key, const DataArray*> arrays_;
+    const DataArray* take(std::size_t index) {
+        isTaken_[index] = true;
+        return &arrays_[index];
+    }
+
+    const std::vector<DataArray>& arrays_;
+    std::vector<bool> isTaken_;
+    std::map<ExactKey, std::size_t> exact_;
+    std::map<SimilarKey, std::deque<std::size_t>> similar_; // in file order
 };
+
+bool areListedAlike(const Piece& first, const Piece& piece) {
+    return std::ranges::equal(first.variables, piece.variables, [](const DataArray& array, const DataArray& other) {
+        return other.type == array.type && other.valueLocation == array.valueLocation && *other.name == *array.name;
+    });
+}
 
 } // namespace
 
@@ -109,19 +137,17 @@ std::vector<const DataArray*> matchVariables(const Piece& first, const Piece& pi
     if (piece.variables.size() != first.variables.size())
         throw IOException(inconsistentPieces);
     std::vector<const DataArray*> matches;
-    std::optional<VariableIndex> index; // needed only when a writer has changed the order
-    for (std::size_t place = 0; place < first.variables.size(); ++place) {
-        const DataArray& array = first.variables[place];
-        const DataArray* match = &piece.variables[place];
-        if (!continues(array, *match)) {
-            if (!index)
-                index.emplace(piece);
-            match = index->find(array);
-        }
-        if (!match)
-            throw IOException(inconsistentPieces);
-        matches.push_back(match);
+    if (areListedAlike(first, piece)) {
+        for (const DataArray& array : piece.variables)
+            matches.push_back(&array);
+        return matches;
     }
+    VariableMatcher matcher(piece);
+    for (const DataArray& array : first.variables)
+        matches.push_back(matcher.takeNamesake(array));
+    for (std::size_t index = 0; index < matches.size(); ++index)
+        if (!matches[index])
+            matches[index] = &matcher.takeSimilar(first.variables[index]);
     return matches;
 }
 

@@ -54,8 +54,9 @@ struct CellArrays {
 /// exactly these three.
 CellArrays cellArrays(const Piece& piece);
 
-/// For each variable array of a zone's first piece, the array of `piece` that continues it: of the same name in any
-/// letter case, element type and value location. Throws IOException unless there is one for each and no other.
+/// For each variable array of a zone's first piece, the array of `piece` that continues it: the one of the same name
+/// and value location, else the first in file order that differs in letter case and continues no other. No array
+/// continues two. Throws IOException unless there is one of the same element type for each and no other.
 std::vector<const DataArray*> matchVariables(const Piece& first, const Piece& piece);
 
 /// Whether there is nothing of a mesh in the zone. Writers of parallel files leave such members behind.

@@ -69,6 +69,29 @@ TEST(Pieces, ListTheirArraysInAnyOrderAndLetterCase) {
     expectZone(load, vtu().piece(first).piece(first).expected());
 }
 
+TEST(Pieces, ContinueTheArraysOfTheirExactNamesFirst) {
+    const std::vector<std::string> names{"p", "P", "q"};
+    // The arrays of the second piece, and which of the first each continues.
+    const std::vector<std::vector<std::pair<std::string, std::size_t>>> rows{{{"P", 1}, {"p", 0}, {"q", 2}},
+                                                                             {{"q", 2}, {"P", 1}, {"p", 0}},
+                                                                             {{"Q", 2}, {"P", 1}, {"p", 0}},
+                                                                             {{"P", 1}, {"P", 0}, {"q", 2}},
+                                                                             {{"p", 0}, {"p", 1}, {"Q", 2}}};
+    const auto add = [&](MeshPiece& piece, const std::string& name, std::size_t index) {
+        std::vector<std::int64_t> list = numbers(8 + index); // each begins with another number
+        piece = piece.withPointData(integers(name, ElementType::Int16, {list.end() - 8, list.end()}));
+    };
+    for (const auto& row : rows) {
+        MeshPiece first = hexahedron(), second = hexahedron();
+        for (std::size_t index = 0; index < names.size(); ++index)
+            add(first, names[index], index);
+        for (const auto& [name, index] : row)
+            add(second, name, index);
+        Load load{vtu().piece(first).piece(second)};
+        expectZone(load, vtu().piece(first).piece(first).expected());
+    }
+}
+
 TEST(Pieces, HoldTheThreeCellArraysInAnyOrderAndLetterCase) {
     const VtuBuilder file =
         vtu().piece(mixed()).markup("\"connectivity\"", "\"CONNECTIVITY\"").markup("\"types\"", "\"Types\"");

@@ -85,6 +85,14 @@ VtuBuilder withCells(const std::string& cells) {
     return vtu().piece(piece);
 }
 
+/// Two pieces with two arrays each, of which the second piece has the one as the other's type.
+VtuBuilder withSwappedTypes(const std::string& name, const std::string& secondName) {
+    VtuBuilder file = withArrays(name, secondName);
+    return file.piece(hexahedron()
+                          .withPointData(variedValues(secondName, ElementType::Float32, 8))
+                          .withPointData(variedValues(name, ElementType::Int8, 8)));
+}
+
 std::string repeated(const std::string& text, int count) {
     std::string repetition;
     while (count-- > 0)
@@ -180,6 +188,7 @@ TEST(Refusals, OfMeshesHaveTheseTexts) {
          {withMarkup("</Cells>", "<DataArray Name=\"faces\"> 1 </DataArray></Cells>"), badCells},
          {withOtherPiece([](MeshPiece& piece) { piece.pointData.pop_back(); }), differentPieces},
          {withOtherPiece([](MeshPiece& piece) { piece.pointData[0].type = ElementType::Float64; }), differentPieces},
+         {withSwappedTypes("p", "P"), differentPieces},
          {withArrays("a", "a"), duplicate("a")},
          {withArrays("a", "a_Z", 3), duplicate("a_Z")},
          {withArrays("a", "X"), duplicate("X")},
