@@ -1,5 +1,9 @@
 #include "streams/AsciiTokenizer.h"
 
+#include "host/exceptions.h"
+#include "host/format.h"
+#include "host/messages.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -8,7 +12,7 @@ namespace veltra::vtkfile {
 
 namespace {
 
-constexpr std::size_t bufferByteCount = 0x10000;
+constexpr std::size_t bufferByteCount = AsciiTokenizer::tokenLimit;
 
 } // namespace
 
@@ -42,6 +46,8 @@ std::string_view AsciiTokenizer::takeToken() {
             ++length;
     } while (begin_ + length == end_ && fill());
     const std::string_view token(begin_, length);
+    if (length == tokenLimit)
+        throw bad_lexical_cast(notANumber(token, (format("a number of fewer than %1% characters") % tokenLimit).str()));
     begin_ += length;
     return token;
 }

@@ -16,9 +16,12 @@ namespace veltra::vtkfile {
 /// Takes numbers from the text of a stream, one token after the other.
 ///
 /// White space separates tokens, and so does a minus sign behind a digit, which begins the next one: "7-8" is 7 and -8,
-/// "1.5e-3" is one number. A token longer than the buffer is not a number. The stream is read ahead.
+/// "1.5e-3" is one number. The stream is read ahead.
 class AsciiTokenizer {
 public:
+    /// A token of so many characters, and any longer one, is not a number, whatever they are.
+    static constexpr std::size_t tokenLimit = 0x10000;
+
     explicit AsciiTokenizer(dataio::InputStreamInterface& stream) : stream_(stream) {}
 
     /// The next number. Throws bad_lexical_cast for a token that is none, which the end of the text is as well, and

@@ -170,6 +170,8 @@ TEST(Refusals, OfNumbersInALoadHaveTheseTexts) {
     expectRefusals("", {{with("Piece", "NumberOfPoints", "abc"), badValue + "\"abc\" is not a whole number"},
                         {withText("types", "12 13 x 10"), badValue + "\"x\" is not a whole number"},
                         {withText("types", "12 13 300 10"), unknownError},
+                        {withText("types", std::string(0x10000, '0') + "12 13 14 10"),
+                         badValue + "\"" + repeated("0", 80) + "...\" is not a number of fewer than 65536 characters"},
                         {with("VTKFile", "version", "1..0"), unknownError},
                         {with("VTKFile", "version", "99999999999.0"), unknownError},
                         {sound().attribute("Piece", "NumberOfPoints", "0").attribute("Piece", "NumberOfCells", "0"),
@@ -289,11 +291,16 @@ TEST(Refusals, OfInstructionsHaveTheseTexts) {
 }
 
 TEST(Refusals, OfDemandsHaveTheseTexts) {
-    const std::string longest(80, 'x');
+    const std::string longest(80, 'x'), zeros(0x10000, '0'),
+        notInBuffer = repeated("0", 80) + "...\" is not a number of "
+                                          "fewer than 65536 characters";
     expectRefusals(
         "", {{withText("pressure", "1 2 abc"), badNumber + "\"abc\" is not a number", "pressure"},
              {withText("pressure", longest), badNumber + "\"" + longest + "\" is not a number", "pressure"},
              {withText("pressure", longest + "x"), badNumber + "\"" + longest + "...\" is not a number", "pressure"},
+             {withText("pressure", zeros + "1 2 3"), badNumber + "\"" + notInBuffer, "pressure"},
+             {withText("velocity", "1 " + zeros + "1 2 3"), badNumber + "\"" + notInBuffer, "velocity_X"},
+             {withText("connectivity", zeros + "1 2 3"), badNodeNumber + "\"" + notInBuffer, "node map"},
              {withText("connectivity", "1 2 abc"), badNodeNumber + "\"abc\" is not a whole number", "node map"},
              {withText("pressure", "1e39"), numberTooLarge("1e39", "-3.4028235e+38 to 3.4028235e+38"), "pressure"},
              {withText("material", "4000000000 2 3 4"), numberTooLarge("4000000000", "0 to 255"), "material"},
