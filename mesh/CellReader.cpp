@@ -59,8 +59,6 @@ bool CellReader::nextBlock(std::vector<CellRun>& runs) {
     const std::size_t cellCount = std::min<std::uint64_t>(blockCellCount, unreadCount_);
     readBlock(cellCount);
     findRuns(runs, cellCount);
-    if (unreadCount_ == 0)
-        checkEnd();
     return true;
 }
 
@@ -85,13 +83,6 @@ void CellReader::findRuns(std::vector<CellRun>& runs, std::size_t cellCount) {
         previousOffset_ = offsets_[end - 1];
         begin = end;
     }
-}
-
-void CellReader::checkEnd() {
-    if (!typesReader_->isTextExhausted())
-        throw IOException(textTooLong(arrays_.types, arrays_.types.numberOfTuples));
-    if (!offsetsReader_->isTextExhausted())
-        throw IOException(textTooLong(arrays_.offsets, arrays_.offsets.numberOfTuples));
 }
 
 } // namespace veltra::vtkfile

@@ -22,7 +22,7 @@ struct CellRun {
 /// Reads the cells of a piece from its "types" and "offsets" arrays, a block at a time. One thread per reader.
 class CellReader {
 public:
-    /// For both arrays of a piece of `cellCount` cells. Throws IOException when either does not hold as many values.
+    /// For both arrays of a piece of `cellCount` cells. Throws IOException when either holds fewer values.
     CellReader(const FilePtr& file, const CellArrays& arrays, std::uint64_t cellCount);
 
     /// Gives the runs of the next block of cells, the first of which may continue the block before; false behind the
@@ -34,7 +34,6 @@ private:
 
     void readBlock(std::size_t cellCount);
     void findRuns(std::vector<CellRun>& runs, std::size_t cellCount);
-    void checkEnd();
 
     const CellArrays& arrays_;
     std::unique_ptr<StreamReader> typesReader_;

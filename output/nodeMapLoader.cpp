@@ -5,7 +5,6 @@
 #include "mesh/CellReader.h"
 
 #include "streams/dataArrayReader.h"
-#include "streams/messages.h"
 
 #include <algorithm>
 #include <new>
@@ -115,8 +114,6 @@ private:
         const auto nodes = static_cast<std::size_t>(target.next - dst);
         const auto reader = openDataArrayOf(file_, connectivity, nodes);
         readIntegers(*reader, connectivity, dst, nodes);
-        if (!reader->isTextExhausted())
-            throw IOException(textTooLong(connectivity, nodes));
         shift(dst, nodes, piece.nodeOffset);
     }
 
@@ -125,19 +122,14 @@ private:
         std::uint64_t heldCount = 0;
         const auto reader = openDataArrayReader(file_, connectivity, heldCount);
         CellReader cells(file_, piece.arrays, piece.cellCount);
-        std::uint64_t usedCount = 0;
         std::vector<CellRun> runs;
         while (cells.nextBlock(runs))
-            usedCount += distributeBlock(runs, *reader, connectivity, piece.nodeOffset);
-        if (connectivity.format != DataArrayFormat::Ascii && usedCount != heldCount)
-            throw IOException(valueCountMismatch(connectivity, usedCount, heldCount));
-        if (!reader->isTextExhausted())
-            throw IOException(textTooLong(connectivity, usedCount));
+            distributeBlock(runs, *reader, connectivity, piece.nodeOffset);
     }
 
-    /// Reads the nodes of a block of cells and hands each run of cells to its section. Returns the nodes read.
-    std::size_t distributeBlock(const std::vector<CellRun>& runs, StreamReader& reader, const DataArray& connectivity,
-                                std::uint64_t nodeOffset) {
+    /// Reads the nodes of a block of cells and hands each run of cells to its section.
+    void distributeBlock(const std::vector<CellRun>& runs, StreamReader& reader, const DataArray& connectivity,
+                         std::uint64_t nodeOffset) {
         std::size_t nodeCount = 0;
         for (const CellRun& run : runs) {
             if (findSection(record_.sections, run.type, run.nodeCount) == record_.sections.size())
@@ -150,7 +142,6 @@ private:
         const Node* nodes = block_.data();
         for (const CellRun& run : runs)
             nodes = distributeRun(run, nodes);
-        return nodeCount;
     }
 
     const Node* distributeRun(const CellRun& run, const Node* nodes) {

@@ -56,12 +56,12 @@ std::unique_ptr<StreamReader> stackStreams(const FilePtr& file, const DataArray&
     return std::make_unique<StreamReader>(std::move(stream), binary, needsSwap(array.bigEndian));
 }
 
-/// Opens an array that is expected to take this many bytes and must hold `valueCount` values.
+/// Opens an array that is expected to take this many bytes and must hold `valueCount` values or more.
 std::unique_ptr<StreamReader> openHolding(const FilePtr& file, const DataArray& array, std::uint64_t valueCount,
                                           std::uint64_t expectedByteCount) {
     std::uint64_t heldCount = 0;
     auto reader = stackStreams(file, array, expectedByteCount, heldCount);
-    if (array.format != DataArrayFormat::Ascii && heldCount != valueCount)
+    if (array.format != DataArrayFormat::Ascii && heldCount < valueCount)
         throw IOException(valueCountMismatch(array, valueCount, heldCount));
     return reader;
 }
@@ -110,8 +110,6 @@ void readComponent(const FilePtr& file, const DataArray& array, std::uint16_t co
         reader->readValues<Dst, Src>(dst, array.numberOfTuples, static_cast<short>(array.numberOfComponents),
                                      static_cast<short>(component));
     });
-    if (!reader->isTextExhausted())
-        throw IOException(textTooLong(array, valueCount));
 }
 
 template void readComponent(const FilePtr&, const DataArray&, std::uint16_t, std::uint8_t*);

@@ -25,20 +25,20 @@ FilePtr openFile(const DataArray& array);
 std::unique_ptr<StreamReader> openDataArrayReader(const FilePtr& file, const DataArray& array,
                                                   std::uint64_t& valueCount);
 
-/// Opens an array that must hold `valueCount` values. Throws IOException when binary data hold another number.
-/// [any thread]
+/// Opens an array that must hold `valueCount` values; more may follow, which some writers leave there. Throws
+/// IOException when binary data hold fewer. [any thread]
 std::unique_ptr<StreamReader> openDataArrayOf(const FilePtr& file, const DataArray& array, std::uint64_t valueCount);
 
 /// The values that an array's record announces: tuples times components. Throws IOException when there are more
 /// components than readers count or there is no such number.
 std::uint64_t announcedValueCount(const DataArray& array);
 
-/// Throws IOException when an array cannot hold the values that its record announces: binary data hold another number,
-/// or ascii text is too short for so many. Reads headers at most. [any thread]
+/// Throws IOException when an array cannot hold the values that its record announces: binary data hold fewer, or ascii
+/// text is too short for so many. Reads headers at most. [any thread]
 void checkValueCount(const FilePtr& file, const DataArray& array);
 
 /// Reads one component of every tuple of an array into `dst`, which has room for numberOfTuples values. Throws
-/// IOException when the array holds fewer or more values, and what StreamReader::readValues throws. [any thread]
+/// IOException when the array holds fewer values, and what StreamReader::readValues throws. [any thread]
 ///
 /// Dst is std::uint8_t, std::int16_t, std::int32_t, float or double.
 template <class Dst>

@@ -69,10 +69,6 @@ std::string textTooShort(const DataArray& array, std::uint64_t neededCount) {
         .str();
 }
 
-std::string textTooLong(const DataArray& array, std::uint64_t neededCount) {
-    return (format("%1% holds more than the %2% values that are needed") % quotedName(array) % neededCount).str();
-}
-
 std::string notAnIntegerArray(const DataArray& array) {
     return quotedName(array) + " holds floating-point numbers where integers are needed";
 }

@@ -22,7 +22,6 @@ std::string tooManyComponents(const DataArray& array);
 std::string valueCountOverflow(const DataArray& array);
 std::string valueCountMismatch(const DataArray& array, std::uint64_t neededCount, std::uint64_t heldCount);
 std::string textTooShort(const DataArray& array, std::uint64_t neededCount);
-std::string textTooLong(const DataArray& array, std::uint64_t neededCount);
 std::string notAnIntegerArray(const DataArray& array);
 
 inline constexpr const char* endOfCompressedData = "Unexpected end of compressed data";

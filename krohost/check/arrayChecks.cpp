@@ -109,9 +109,15 @@ std::optional<std::uint64_t> neededValueCount(const Array& array) {
 
 void checkValueCount(const Array& array, std::uint64_t heldCount, Findings& findings) {
     const auto needed = neededValueCount(array);
-    if (needed && heldCount != *needed)
-        findings.error("value-count", dataPosition(array, array.begin),
-                       fmt::format("{} holds {} values, but {} are needed", nameInText(array), heldCount, *needed));
+    if (!needed || heldCount == *needed)
+        return;
+    const vtu::Position position = dataPosition(array, array.begin);
+    const std::string message =
+        fmt::format("{} holds {} values, but {} are needed", nameInText(array), heldCount, *needed);
+    if (heldCount < *needed)
+        findings.error("value-count", position, message);
+    else
+        findings.warning("value-count", position, message + "; those behind are passed over");
 }
 
 void reportFaults(const Array& array, const vtu::Decoded& decoded, Findings& findings) {

@@ -86,7 +86,7 @@ public:
         const bool isWhole = read(offsets, check);
         if (isWhole)
             checkValueCount(offsets, cell, findings_);
-        hasOffsets_ = isWhole && cell == cellCount_ && falling.isEmpty();
+        hasOffsets_ = isWhole && cell >= cellCount_ && falling.isEmpty();
         falling.report("offsets", offsets, findings_);
         wrongCounts.report("cell-nodes", offsets, findings_);
     }
@@ -97,7 +97,8 @@ public:
         std::uint64_t place = 0;
         Tally outside;
         const bool isWhole = read(connectivity, [&](std::int64_t node) {
-            if (node < 0 || static_cast<std::uint64_t>(node) >= pointCount)
+            const bool isPassedOver = hasOffsets_ && place >= static_cast<std::uint64_t>(lastOffset_);
+            if (!isPassedOver && (node < 0 || static_cast<std::uint64_t>(node) >= pointCount))
                 outside.add([&] {
                     return fmt::format("node number {} at place {} of connectivity (accepted: 0 to {})", node, place,
                                        static_cast<std::int64_t>(pointCount) - 1);
@@ -105,13 +106,21 @@ public:
             ++place;
         });
         outside.report("node-number", connectivity, findings_);
-        if (isWhole && hasOffsets_ && place != static_cast<std::uint64_t>(lastOffset_))
-            findings_.error(
-                "connectivity", connectivity.element.position,
-                fmt::format("connectivity holds {} node numbers, but the last offset is {}", place, lastOffset_));
+        if (isWhole && hasOffsets_)
+            compareWithOffsets(connectivity, place);
     }
 
 private:
+    void compareWithOffsets(const Array& connectivity, std::uint64_t nodeCount) {
+        const auto needed = static_cast<std::uint64_t>(lastOffset_);
+        const std::string message =
+            fmt::format("connectivity holds {} node numbers, but the last offset is {}", nodeCount, lastOffset_);
+        if (nodeCount < needed)
+            findings_.error("connectivity", connectivity.element.position, message);
+        else if (nodeCount > needed)
+            findings_.warning("connectivity", connectivity.element.position, message);
+    }
+
     const Array& array(std::string_view name) const {
         return *std::find_if(piece_.cells.begin(), piece_.cells.end(),
                              [name](const Array& entry) { return vtu::equalsIgnoringCase(entry.name, name); });
@@ -153,7 +162,7 @@ private:
         mixed.report("mixed-dimensions", types, findings_);
         if (isWhole)
             checkValueCount(types, count, findings_);
-        return isWhole && count == cellCount_;
+        return isWhole && count >= cellCount_;
     }
 
     static bool hasNodeCount(const CellType& type, std::int64_t count) {

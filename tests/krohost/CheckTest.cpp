@@ -96,6 +96,7 @@ const char* const pressure = "<DataArray type=\"Float32\" Name=\"pressure\"";
 const char* const points = "<DataArray type=\"Float32\" Name=\"Points\"";
 const char* const connectivity = "<DataArray type=\"Int64\" Name=\"connectivity\"";
 const char* const offsets = "<DataArray type=\"Int64\" Name=\"offsets\"";
+const char* const material = "<DataArray type=\"UInt8\" Name=\"material\"";
 const char* const types = "<DataArray type=\"UInt8\" Name=\"types\"";
 
 test::MeshPiece withArray(test::Array array) {
@@ -176,6 +177,9 @@ TEST(Check, GoesDeepIntoWhatALoaderPassesOver) {
          {withText("pressure", "1e-99 1e39"), "foreign-text", pressure, Loader::failsOnDemand},
          {sound().base64().inlineText("pressure", "XAAA?AAA"), "foreign-text", pressure, Loader::failsOnDemand},
          {withText("pressure", "1 2 3"), "value-count", pressure, Loader::failsOnDemand},
+         {sound().values("types", {12, 13, 14, 10, 42}), "value-count", types, Loader::passesOver},
+         {sound().values("material", test::numbers(5)).base64(), "value-count", material, Loader::passesOver},
+         {sound().values("connectivity", test::numbers(24)), "connectivity", connectivity, Loader::passesOver},
          {vtu().piece(withArray(reals("p", ElementType::Float64, odd))).appendedRaw(), "not-finite",
           "<DataArray type=\"Float64\" Name=\"p\"", Loader::passesOver},
          {with("pressure", "NumberOfTuples", "22"), "tuple-count", pressure, Loader::passesOver},

@@ -71,6 +71,30 @@ TEST(Encodings, AttributesMayBeSpeltAndPaddedAsWritersDo) {
         }
 }
 
+TEST(Encodings, ValuesBehindThoseThatAreNeededArePassedOver) {
+    MeshPiece piece = mixed();
+    std::vector<double> coordinates = valuesAs<double>(piece.points);
+    coordinates.insert(coordinates.end(), {7, 8, 9});
+    piece.points.values = coordinates;
+    piece.pointData = {variedValues("pressure", ElementType::Float32, 30),
+                       variedValues("velocity", ElementType::Float64, 24, 3)};
+    const auto expectLoaded = [](const VtuBuilder& file, const MeshPiece& expected) {
+        Load load{file};
+        expectZone(load, vtu().piece(expected).expected());
+    };
+    VtuBuilder several = vtu().piece(piece).attribute("Piece", "NumberOfPoints", "23");
+    several.values("material", {1, 2, 2, 255, 9}).values("connectivity", numbers(40));
+    several.values("offsets", {8, 14, 19, 23, 1}).values("types", {12, 13, 14, 10, 42, 5});
+    VtuBuilder single = vtu().piece(singleCell(12)).values("connectivity", numbers(9));
+    for (Encoding encoding : allEncodings()) {
+        SCOPED_TRACE(encoding.name());
+        encoding.blockByteCount = 20; // of which those behind the needed values are not inflated
+        expectLoaded(several.encoding(encoding), mixed());
+        expectLoaded(single.encoding(encoding), singleCell(12));
+    }
+    expectLoaded(vtu().piece(mixed()).appendedRaw().headerWord("pressure", 0, 200), mixed());
+}
+
 TEST(Encodings, ADamagedBlockIsPassedOverAndWhatFollowsMovesUp) {
     constexpr std::size_t blockByteCount = 512;
     const Array values = integers("values", ElementType::Int32, numbers(512)); // four blocks

@@ -49,11 +49,11 @@ TEST(HostileSizes, ThatAFileDoesNotHoldAreRefusedInEveryEncoding) {
             if (!isText || count[0] != '2') // one more point is found out when the text is read
                 expectOneFailure(file(mixed()).attribute("Piece", "NumberOfPoints", count));
         }
-        for (const std::size_t count : {0, 1, 22, 24, 46})
+        for (const std::size_t count : {0, 1, 22})
             expectOneFailure(file(mixed()).values("pressure", numbers(count)), pressure);
         for (const MeshPiece& piece : {mixed(), singleCell(12), singleCell(11)}) {
             const std::size_t count = piece.pointCount(); // which is the number of nodes of these cells
-            for (const std::size_t wrong : {2 * count, count - 1, std::size_t{0}})
+            for (const std::size_t wrong : {count - 1, std::size_t{0}})
                 expectOneFailure(file(piece).values("connectivity", std::vector<std::int64_t>(wrong)), nodeMap);
         }
         for (const auto& [compressed, position, word] : words)
