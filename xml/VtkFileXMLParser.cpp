@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -57,12 +58,14 @@ bool isSecondOf(const std::optional<std::string>& value, const char* first, cons
     return true;
 }
 
-// A part that is no number passes as std::stoi reports it, in the words that users' scripts know.
+// A part that is no number passes as std::stoi reports it, in the words that users' scripts know. What is beyond any
+// version there will be stays the newest.
 std::uint16_t versionPart(const std::string& digits) {
+    constexpr int newest = std::numeric_limits<std::uint16_t>::max();
     if (digits.empty())
         throw std::invalid_argument("invalid stoi argument");
     try {
-        return static_cast<std::uint16_t>(std::stoi(digits));
+        return static_cast<std::uint16_t>(std::min(std::stoi(digits), newest));
     } catch (const std::out_of_range&) {
         throw std::out_of_range("stoi argument out of range");
     }
@@ -162,8 +165,8 @@ void VtkFileXMLParser::parsePieceElement() {
 void VtkFileXMLParser::parsePiece() {
     Piece piece;
     piece.name = xml_.hasAnyAttribute(nameSpellings) ? xml_.getAnyAttribute(nameSpellings) : fileStem();
-    piece.numberOfPoints = xml_.getAttributeAs<std::uint64_t>("NumberOfPoints", 0);
-    piece.numberOfCells = xml_.getAttributeAs<std::uint64_t>("NumberOfCells", 0);
+    piece.numberOfPoints = count("NumberOfPoints");
+    piece.numberOfCells = count("NumberOfCells");
     piece.points.file = path_;
     piece.points.name = std::make_shared<const std::string>();
 
@@ -191,28 +194,64 @@ void VtkFileXMLParser::parseSection(const Section& section, std::vector<DataArra
             continue;
         if (section.element == "Points" && !arrays.empty())
             throw IOException(tooManyPointsArrays);
-        arrays.push_back(parseDataArray(section));
+        if (std::optional<DataArray> array = describeArray(section)) {
+            locateData(*array, section);
+            arrays.push_back(std::move(*array));
+        }
         reportProgress(section.element);
     }
 }
 
-DataArray VtkFileXMLParser::parseDataArray(const Section& section) {
+/// What the attributes say. None for field data that are no array the loader knows: nobody misses a remark.
+std::optional<DataArray> VtkFileXMLParser::describeArray(const Section& section) const {
+    try {
+        return arrayAttributes(section);
+    } catch (const ExceptionBase&) {
+        if (section.element != fieldDataSection.element)
+            throw;
+        return std::nullopt;
+    }
+}
+
+DataArray VtkFileXMLParser::arrayAttributes(const Section& section) const {
     DataArray array;
     array.file = path_;
     array.format = arrayFormat(optionalAttribute("format").value_or("ascii"));
     array.type = arrayType(optionalAttribute("type").value_or("Float32"));
     array.name = std::make_shared<const std::string>(xml_.getOptionalAttribute(nameSpellings));
     array.numberOfTuples = section.tupleCount;
-    array.numberOfComponents = xml_.getAttributeAs<std::uint16_t>("NumberOfComponents", 1);
+    array.numberOfComponents = componentCount(*array.name);
     array.valueLocation = section.valueLocation;
     array.compressed = header_.compressed;
     array.bigEndian = header_.bigEndian;
     array.headerSize = header_.headerSize;
     if (array.format == DataArrayFormat::Appended)
-        array.offset = xml_.getAttributeAs<std::uint64_t>("offset", 0);
-    else if (!locateInlineData(array) && section.element == fieldDataSection.element)
-        array.numberOfTuples = 0; // no piece says how many values there should be
+        array.offset = count("offset");
     return array;
+}
+
+std::uint16_t VtkFileXMLParser::componentCount(const std::string& arrayName) const {
+    constexpr const char* attribute = "NumberOfComponents";
+    try {
+        return xml_.getAttributeAs<std::uint16_t>(attribute, 1);
+    } catch (const bad_numeric_cast&) {
+        throw IOException(unsupportedComponentCount(arrayName, xml_.getAttribute(attribute)));
+    }
+}
+
+/// A number of 64 bits; 0 where there is none.
+std::uint64_t VtkFileXMLParser::count(std::string_view attribute) const {
+    try {
+        return xml_.getAttributeAs<std::uint64_t>(attribute, 0);
+    } catch (const bad_numeric_cast& error) {
+        throw IOException(attributeOutOfRange(attribute, error.what()));
+    }
+}
+
+void VtkFileXMLParser::locateData(DataArray& array, const Section& section) {
+    if (array.format != DataArrayFormat::Appended && !locateInlineData(array) &&
+        section.element == fieldDataSection.element)
+        array.numberOfTuples = 0; // no piece says how many values there should be
 }
 
 /// Finds where an array's text stands; false when there is none.

@@ -62,7 +62,11 @@ private:
     void parsePieceElement();
     void parsePiece();
     void parseSection(const Section& section, std::vector<DataArray>& arrays);
-    DataArray parseDataArray(const Section& section);
+    std::optional<DataArray> describeArray(const Section& section) const;
+    DataArray arrayAttributes(const Section& section) const;
+    std::uint16_t componentCount(const std::string& arrayName) const;
+    std::uint64_t count(std::string_view attribute) const;
+    void locateData(DataArray& array, const Section& section);
     bool locateInlineData(DataArray& array);
     void parseAppendedData();
     void addReference(const std::string& reference);

@@ -2,6 +2,8 @@
 
 #include "host/format.h"
 
+#include <limits>
+
 namespace veltra::vtkfile {
 
 namespace {
@@ -67,6 +69,18 @@ std::string unsupportedArrayType(const std::string& value) {
 
 std::string badAppendedEncoding(const std::string& value) {
     return quoted("AppendedData's encoding \"%1%\" is unknown; expected \"raw\" or \"base64\"", value);
+}
+
+std::string unsupportedComponentCount(const std::string& arrayName, const std::string& value) {
+    const std::string most = std::to_string(std::numeric_limits<short>::max());
+    const bool isNegative = value.find('-') != value.npos;
+    return (format("DataArray \"%1%\" has %2% components, %3%") % arrayName % value %
+            (isNegative ? "fewer than none" : "more than the " + most + " that are supported"))
+        .str();
+}
+
+std::string attributeOutOfRange(std::string_view attribute, const std::string& error) {
+    return (format("The value of the attribute \"%1%\" cannot be used: %2%") % attribute % error).str();
 }
 
 } // namespace veltra::vtkfile

@@ -19,6 +19,9 @@ std::string badHeaderType(const std::string& value);
 std::string unsupportedArrayFormat(const std::string& value);
 std::string unsupportedArrayType(const std::string& value);
 std::string badAppendedEncoding(const std::string& value);
+std::string unsupportedComponentCount(const std::string& arrayName, const std::string& value);
+/// `error` names the value and the range.
+std::string attributeOutOfRange(std::string_view attribute, const std::string& error);
 
 inline constexpr const char* utf16Unsupported = "UTF-16 encoding is not currently supported";
 inline constexpr const char* openFailed = "Failed to open VTK file for reading";

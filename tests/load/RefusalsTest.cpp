@@ -172,6 +172,9 @@ TEST(Refusals, OfNumbersInALoadHaveTheseTexts) {
                         {withText("types", "12 13 300 10"), unknownError},
                         {withText("types", std::string(0x10000, '0') + "12 13 14 10"),
                          badValue + "\"" + repeated("0", 80) + "...\" is not a number of fewer than 65536 characters"},
+                        {with("Piece", "NumberOfPoints", "-1"),
+                         fileError + "The value of the attribute \"NumberOfPoints\" cannot be used: \"-1\" is not in "
+                                     "the range from 0 to 18446744073709551615"},
                         {with("VTKFile", "version", "1..0"), unknownError},
                         {with("VTKFile", "version", "99999999999.0"), unknownError},
                         {sound().attribute("Piece", "NumberOfPoints", "0").attribute("Piece", "NumberOfCells", "0"),
@@ -200,6 +203,9 @@ TEST(Refusals, OfMeshesHaveTheseTexts) {
           "VTK file specifies 17 unique cell type and grid orders combinations, but Veltra only supports a maximum of "
           "16 sections"},
          {sound().base64().values("types", {12, 13, 14}), "DataArray \"types\" holds 3 values but 4 are needed"},
+         {with("pressure", "NumberOfComponents", "65536"),
+          "DataArray \"pressure\" has 65536 components, more than the 32767 that are supported"},
+         {with("pressure", "NumberOfComponents", "-1"), "DataArray \"pressure\" has -1 components, fewer than none"},
          {with("types", "type", "Float32"),
           "DataArray \"types\" holds floating-point numbers where integers are needed"},
          {withMarkup("NumberOfPoints=\"23\"", ""), "Zone \"mesh\" has cells but no points"},
