@@ -4,6 +4,7 @@
 
 #include "host/exceptions.h"
 #include "host/lexical_cast.h"
+#include "host/messages.h"
 #include "xml/equalsIgnoringCase.h"
 
 #include <boost/algorithm/string/case_conv.hpp>
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <locale>
 #include <new>
 #include <string_view>
@@ -60,7 +62,10 @@ std::string fixedPoint(double value) {
 }
 
 double toTime(const std::string& text) {
-    return lexical_cast<double>(text);
+    const auto time = lexical_cast<double>(text);
+    if (!std::isfinite(time))
+        throw bad_lexical_cast(notANumber(text, "a time"));
+    return time;
 }
 
 /// Walks the items of an instruction list from the first to the last.
@@ -122,7 +127,8 @@ private:
             try {
                 entries.push_back(convert(text));
             } catch (const ExceptionBase&) {
-                // Layouts written by hand hold blanks and remarks among their times; such entries never counted.
+                // Layouts written by hand hold blanks and remarks among their times; such entries never counted, nor
+                // do times without an end or a value, as in field data.
             }
         }
         return entries;

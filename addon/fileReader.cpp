@@ -3,6 +3,7 @@
 #include "addon/messages.h"
 
 #include "output/fieldData.h"
+#include "output/solutionTimes.h"
 
 #include "xml/VtkFileXMLParser.h"
 
@@ -51,12 +52,25 @@ void parse(VtkFileXMLParser& parser) {
         throw InterruptedException();
 }
 
+/// Adds a file's own field data to those that its collection gives it. They replace what has the same name, but not the
+/// time: there the collection's goes first, as it does for the solution time.
+void addTexts(std::vector<NameValuePair>& texts, const std::vector<NameValuePair>& own) {
+    const std::size_t givenCount = texts.size();
+    const auto isGiven = [&](const std::string& name) {
+        return std::any_of(texts.begin(), texts.begin() + static_cast<std::ptrdiff_t>(givenCount),
+                           [&](const NameValuePair& given) { return given.first == name; });
+    };
+    for (const NameValuePair& pair : own)
+        if (!isTimeName(pair.first) || !isGiven(pair.first))
+            texts.push_back(pair);
+}
+
 /// The records of one file as a zone, and its field data as those of the load's current file.
 void addZone(const Path& path, VtkFileXMLParser& parser, LoadedFiles& loaded, Zone zone) {
     const std::vector<NameValuePair> fieldData = readFieldData(parser.fieldData());
     LoadedFile& file = loaded.files.back();
     file.fieldData.insert(file.fieldData.end(), fieldData.begin(), fieldData.end());
-    zone.auxiliaryData.insert(zone.auxiliaryData.end(), fieldData.begin(), fieldData.end());
+    addTexts(zone.auxiliaryData, fieldData);
     zone.pieces = parser.takePieces();
     if (zone.pieces.empty())
         return;

@@ -9,6 +9,8 @@
 #include <array>
 #include <charconv>
 #include <optional>
+#include <set>
+#include <string_view>
 #include <type_traits>
 
 namespace veltra::vtkfile {
@@ -34,7 +36,7 @@ std::optional<std::string> singleValue(const FilePtr& file, const DataArray& arr
     if (announcedValueCount(array) != 1)
         return std::nullopt;
     std::uint64_t valueCount = 0;
-    const auto reader = openDataArrayReader(file, array, valueCount);
+    const auto reader = openDataArrayReader(file, array, valueCount, DamagedBlock::refused);
     const bool ascii = array.format == DataArrayFormat::Ascii;
     if (ascii ? reader->isTextExhausted() : valueCount != 1)
         return std::nullopt;
@@ -43,21 +45,31 @@ std::optional<std::string> singleValue(const FilePtr& file, const DataArray& arr
     return reader->isTextExhausted() ? std::optional(std::move(text)) : std::nullopt;
 }
 
+/// The same; none either when it cannot be read: a remark does not keep the mesh from its user.
+std::optional<std::string> readableValue(const FilePtr& file, const DataArray& array) {
+    try {
+        return singleValue(file, array);
+    } catch (const FileAccessException&) {
+        throw;
+    } catch (const IOException&) {
+    } catch (const bad_lexical_cast&) {
+    } catch (const bad_numeric_cast&) {
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 std::vector<NameValuePair> readFieldData(const std::vector<DataArray>& arrays) {
     std::vector<NameValuePair> pairs;
+    std::set<std::string_view> names;
     const FilePtr file = arrays.empty() ? nullptr : openFile(arrays.front());
     for (const DataArray& array : arrays) {
-        if (array.name->empty())
+        if (array.name->empty() || names.contains(*array.name))
             continue;
-        try {
-            if (std::optional<std::string> value = singleValue(file, array))
-                pairs.emplace_back(*array.name, std::move(*value));
-        } catch (const FileAccessException&) {
-            throw;
-        } catch (const IOException&) {
-            // A remark that cannot be read does not keep the mesh from its user.
+        if (std::optional<std::string> value = readableValue(file, array)) {
+            pairs.emplace_back(*array.name, std::move(*value));
+            names.insert(*array.name);
         }
     }
     return pairs;

@@ -7,8 +7,8 @@
 namespace veltra::vtkfile {
 
 /// The names and values of those field-data arrays that hold one value, as the shortest decimal text that reads back to
-/// it. Arrays that have no name or that the file does not hold are left out. Throws bad_lexical_cast and
-/// bad_numeric_cast for text that is no number.
+/// it. Arrays that have no name, that have the name of one before, or that cannot be read for whatever reason that is
+/// theirs are left out. Throws FileAccessException, InterruptedException and std::bad_alloc.
 std::vector<NameValuePair> readFieldData(const std::vector<DataArray>& arrays);
 
 } // namespace veltra::vtkfile

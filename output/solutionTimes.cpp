@@ -3,25 +3,19 @@
 #include "host/StringList.h"
 #include "host/kro.h"
 #include "host/lexical_cast.h"
-
-#include <boost/algorithm/string/case_conv.hpp>
+#include "xml/equalsIgnoringCase.h"
 
 #include <algorithm>
 #include <cmath>
-#include <locale>
 #include <optional>
 
 namespace veltra::vtkfile {
 
 namespace {
 
-bool isTime(const NameValuePair& pair) {
-    const std::string name = boost::algorithm::to_lower_copy(pair.first, std::locale::classic());
-    return name == "time" || name == "timevalue";
-}
-
 std::optional<double> timeOf(const LoadedFile& file) {
-    const auto found = std::find_if(file.fieldData.begin(), file.fieldData.end(), isTime);
+    const auto found = std::find_if(file.fieldData.begin(), file.fieldData.end(),
+                                    [](const NameValuePair& pair) { return isTimeName(pair.first); });
     if (found == file.fieldData.end())
         return std::nullopt;
     const auto time = lexical_cast<double>(found->second);
@@ -50,6 +44,10 @@ std::vector<double> timesFromFileNames(const std::vector<LoadedFile>& files) {
 }
 
 } // namespace
+
+bool isTimeName(const std::string& name) {
+    return equalsIgnoringCase(name, "time") || equalsIgnoringCase(name, "timevalue");
+}
 
 std::vector<double> solutionTimes(const std::vector<LoadedFile>& files, vtk::SolutionTimeSource source) {
     using enum vtk::SolutionTimeSource;

@@ -19,11 +19,13 @@ Inflater::Inflater() : decompressor_(libdeflate_alloc_decompressor()) {
 Inflater::~Inflater() = default;
 
 std::size_t Inflater::inflate(std::span<const std::uint8_t> compressed, std::span<std::uint8_t> room) {
+    wasSound_ = false;
     if (compressed.empty() || room.empty())
         return 0;
     std::size_t byteCount = 0;
-    if (libdeflate_zlib_decompress(decompressor_.get(), compressed.data(), compressed.size(), room.data(), room.size(),
-                                   &byteCount) == LIBDEFLATE_SUCCESS)
+    wasSound_ = libdeflate_zlib_decompress(decompressor_.get(), compressed.data(), compressed.size(), room.data(),
+                                           room.size(), &byteCount) == LIBDEFLATE_SUCCESS;
+    if (wasSound_)
         return byteCount;
     // libdeflate says nothing of how far it came. zlib does, and what it leaves behind is what the loader always gave
     // for damaged blocks; its result code therefore tells only of memory.

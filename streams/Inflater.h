@@ -21,6 +21,9 @@ public:
     /// zlib refuses although the data and their checksum are right may be accepted.
     std::size_t inflate(std::span<const std::uint8_t> compressed, std::span<std::uint8_t> room);
 
+    /// Whether the last stream was neither damaged nor longer than the room for it.
+    bool wasSound() const { return wasSound_; }
+
     /// The most that a zlib stream of this many bytes can inflate to.
     static std::uint64_t largestOutput(std::uint64_t compressedByteCount);
 
@@ -29,6 +32,7 @@ private:
         void operator()(libdeflate_decompressor* decompressor) const;
     };
     std::unique_ptr<libdeflate_decompressor, Deleter> decompressor_;
+    bool wasSound_ = false;
 };
 
 } // namespace veltra::vtkfile

@@ -16,8 +16,9 @@
 namespace veltra::vtkfile {
 
 VtkZLibDataInputStream::VtkZLibDataInputStream(dataio::InputStreamPtr source, const DataArray& array,
-                                               std::uint64_t& valueCount)
-    : source_(std::move(source)), swapBytes_(needsSwap(array.bigEndian)), headerSize_(array.headerSize) {
+                                               std::uint64_t& valueCount, DamagedBlock damagedBlock)
+    : source_(std::move(source)), swapBytes_(needsSwap(array.bigEndian)), damagedBlock_(damagedBlock),
+      headerSize_(array.headerSize) {
     readBlockTable(array);
     valueCount = array.format == DataArrayFormat::Ascii ? 0 : uncompressedSize_ / elementByteCount(array.type);
 }
@@ -180,6 +181,8 @@ std::size_t VtkZLibDataInputStream::inflateNextBlock(std::span<std::uint8_t> roo
     if (isFetched)
         compressed = {fetched_.get(), fetchedSize_};
     const std::size_t byteCount = inflater_->inflate(compressed.first(compressedSize), room);
+    if (damagedBlock_ == DamagedBlock::refused && (!inflater_->wasSound() || byteCount != blockByteCount(nextBlock_)))
+        throw IOException(blockIsDamaged);
     if (!isFetched)
         source_->skip(compressedSize);
     passBlocks(1);

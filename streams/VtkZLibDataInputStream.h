@@ -14,17 +14,24 @@
 
 namespace veltra::vtkfile {
 
+/// What is made of a block that does not inflate to what its array's block table says.
+enum class DamagedBlock {
+    passedOver, ///< in silence
+    refused     ///< with an IOException, wherever the damage can be seen
+};
+
 /// The inflated bytes of an array that is stored in zlib blocks.
 ///
 /// Blocks are inflated as they are read: a few at once where that is faster, others straight into the caller's buffer
-/// where a whole one fits. A damaged block that yields too little is passed over in silence: the bytes of the blocks
-/// behind it move up, and the missing bytes at the array's end are zero.
+/// where a whole one fits. Where a damaged block that yields too little is passed over, the bytes of the blocks behind
+/// it move up, and the missing bytes at the array's end are zero.
 class VtkZLibDataInputStream final : public dataio::InputStreamInterface {
 public:
     /// `source` stands at the array's first header word. Reads the block table, inflates nothing. `valueCount` receives
     /// the whole values that the inflated data hold. Throws IOException when the table or the blocks it announces do
     /// not fit what `source` can hold, or when the blocks cannot inflate to what the table claims.
-    VtkZLibDataInputStream(dataio::InputStreamPtr source, const DataArray& array, std::uint64_t& valueCount);
+    VtkZLibDataInputStream(dataio::InputStreamPtr source, const DataArray& array, std::uint64_t& valueCount,
+                           DamagedBlock damagedBlock = DamagedBlock::passedOver);
 
     void read(std::uint8_t* dst, std::size_t byteCount) override;
     void skip(std::size_t byteCount) override;
@@ -49,6 +56,7 @@ private:
 
     dataio::InputStreamPtr source_;
     bool swapBytes_;
+    DamagedBlock damagedBlock_;
     std::uint8_t headerSize_;
     std::uint64_t numberOfBlocks_ = 0;
     std::uint64_t blockSize_ = 0;

@@ -32,7 +32,8 @@ std::uint64_t usualByteCount(const DataArray& array, std::uint64_t valueCount) {
 
 /// Stacks the streams over an array that is expected to take this many bytes.
 std::unique_ptr<StreamReader> stackStreams(const FilePtr& file, const DataArray& array, std::uint64_t expectedByteCount,
-                                           std::uint64_t& valueCount) {
+                                           std::uint64_t& valueCount,
+                                           DamagedBlock damagedBlock = DamagedBlock::passedOver) {
     const bool binary = array.format != DataArrayFormat::Ascii;
     const bool raw = array.format == DataArrayFormat::Appended && array.appendedRaw;
     dataio::InputStreamPtr stream = std::make_shared<dataio::FileInputStream>(file);
@@ -48,7 +49,7 @@ std::unique_ptr<StreamReader> stackStreams(const FilePtr& file, const DataArray&
     else if (binary)
         stream = std::make_shared<dataio::Base64InputStream>(std::move(stream));
     if (binary && array.compressed)
-        stream = std::make_shared<VtkZLibDataInputStream>(std::move(stream), array, valueCount);
+        stream = std::make_shared<VtkZLibDataInputStream>(std::move(stream), array, valueCount, damagedBlock);
     else
         stream = std::make_shared<VtkDataInputStream>(std::move(stream), array, valueCount);
     if (binary && !raw && !array.compressed)
@@ -73,8 +74,8 @@ FilePtr openFile(const DataArray& array) {
 }
 
 std::unique_ptr<StreamReader> openDataArrayReader(const FilePtr& file, const DataArray& array,
-                                                  std::uint64_t& valueCount) {
-    return stackStreams(file, array, std::numeric_limits<std::uint64_t>::max(), valueCount);
+                                                  std::uint64_t& valueCount, DamagedBlock damagedBlock) {
+    return stackStreams(file, array, std::numeric_limits<std::uint64_t>::max(), valueCount, damagedBlock);
 }
 
 std::unique_ptr<StreamReader> openDataArrayOf(const FilePtr& file, const DataArray& array, std::uint64_t valueCount) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "streams/StreamReader.h"
+#include "streams/VtkZLibDataInputStream.h"
 
 #include "xml/DataArray.h"
 
@@ -23,7 +24,8 @@ FilePtr openFile(const DataArray& array);
 ///
 /// Throws IOException when the array's header claims what the file cannot hold, and std::bad_alloc. [any thread]
 std::unique_ptr<StreamReader> openDataArrayReader(const FilePtr& file, const DataArray& array,
-                                                  std::uint64_t& valueCount);
+                                                  std::uint64_t& valueCount,
+                                                  DamagedBlock damagedBlock = DamagedBlock::passedOver);
 
 /// Opens an array that must hold `valueCount` values; more may follow, which some writers leave there. Throws
 /// IOException when binary data hold fewer. [any thread]

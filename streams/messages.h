@@ -25,5 +25,6 @@ std::string textTooShort(const DataArray& array, std::uint64_t neededCount);
 std::string notAnIntegerArray(const DataArray& array);
 
 inline constexpr const char* endOfCompressedData = "Unexpected end of compressed data";
+inline constexpr const char* blockIsDamaged = "A compressed block is damaged";
 
 } // namespace veltra::vtkfile

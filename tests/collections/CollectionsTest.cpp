@@ -101,6 +101,50 @@ TEST(Collections, GiveTheirMembersTheFirstOfTheirFieldData) {
     EXPECT_EQ(outcome({"FILENAME_FILE", path}, pairs), "1007 ");
 }
 
+TEST(FieldData, ThatCannotBeReadAreLeftOut) {
+    const TemporaryFolder folder;
+    const auto timeAndTexts = [](const krohost::Zone& zone) {
+        std::string text = (std::ostringstream{} << zone.solutionTime).str();
+        for (const auto& [name, value] : zone.auxiliaryData)
+            text += " " + name + "=" + value;
+        return text;
+    };
+    const auto loaded = [&](const std::string& text) {
+        return outcome({"FILENAME_FILE", folder.write("a.vtu", text)}, timeAndTexts);
+    };
+    const std::string time = "<DataArray Name='TimeValue' ", sound = time + "type='Float64'>4</DataArray>";
+    const std::vector<std::pair<std::string, std::string>> rows{
+        {time + "type='Float64'>1.#QNAN</DataArray>", "0 "},
+        {time + "type='Int8'>300</DataArray>", "0 "},
+        {time + ">n/a</DataArray>" + sound, "4 TimeValue=4 "},
+        {time + "type='String'>1</DataArray>" + sound, "4 TimeValue=4 "},
+        {time + "format='hex'>1</DataArray>" + sound, "4 TimeValue=4 "},
+        {time + "NumberOfComponents='x'>1</DataArray>", "0 "},
+        {time + "NumberOfComponents='70000'>1</DataArray>", "0 "},
+        {time + "NumberOfComponents='40000'>1</DataArray>", "0 "},
+        {time + "format='appended' offset='x'/>", "0 "},
+        {time + "format='appended' offset='99999999999999999999'/>", "0 "},
+        {time + "format='appended' offset='999999'/>", "0 "},
+        {time + "format='binary'>?AAA</DataArray>", "0 "},
+        {time + "format='binary'>/////wAA</DataArray>", "0 "},
+        {time + ">" + std::string(0x10001, '0') + "</DataArray>", "0 "},
+        {time + "type='Float64'>3</DataArray>" + sound, "3 TimeValue=3 "},
+        {time + "type='Float64'>nan</DataArray>" + sound, "0 TimeValue=nan "}};
+    for (const auto& [arrays, expected] : rows)
+        EXPECT_EQ(loaded(cube().markup("<Piece", "<FieldData>" + arrays + "</FieldData><Piece").text()), expected)
+            << arrays.substr(0, 100);
+
+    const test::Encoding zlib{test::Format::AppendedRaw, true};
+    const std::string text = cube().timeValue(2.5).encoding(zlib).text(),
+                      stored = encodedArray(reals("TimeValue", ElementType::Float64, {2.5}), zlib);
+    constexpr std::size_t tableByteCount = 4 * 4;
+    for (std::size_t place = tableByteCount; place < stored.size(); ++place) {
+        std::string damaged = text;
+        damaged.at(damaged.find(stored) + place) ^= 0x55;
+        EXPECT_EQ(loaded(damaged), "0 ") << place;
+    }
+}
+
 TEST(SolutionTimes, MayHaveAnyTypeAndEncoding) {
     using test::Format;
     const TemporaryFolder folder;
@@ -153,6 +197,8 @@ TEST(SolutionTimes, ComeFromEachSourceWhereverATimeStands) {
         {{"step3.vtu", "p.vtu"}, {"SOLUTIONTIMESOURCE", "FROMFILENAME"}, "0 0 "},
         {{"step3.vtu", "own.vtm"}, {"SOLUTIONTIMESOURCE", "NONE"}, "0 0 0 "},
         {{"step3.vtu", "own.vtm"}, {"SOLUTION_TIMES", "3", "5", "x", "1e-9"}, "5 1e-09 1e-09 "},
+        {{"step3.vtu"}, {"SOLUTION_TIMES", "1", "nan"}, "1e-310 "},
+        {{"step3.vtu"}, {"SOLUTION_TIMES", "1", "-inf"}, "1e-310 "},
         {{"step3.vtu"}, {"SOLUTIONTIMESOURCE", "AUTO", "SOLUTION_TIMES", "1", "0"}, "0 "}};
     const auto time = [](const krohost::Zone& zone) { return (std::ostringstream{} << zone.solutionTime).str(); };
     for (const auto& [files, more, times] : rows) {
