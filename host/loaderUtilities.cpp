@@ -39,13 +39,11 @@ bool addV3LoaderSelectedOptions(toolbox::ArgList& options, bool resetStyle, bool
            options.appendInt("PromptForOptions", promptForOptions ? 1 : 0);
 }
 
-bool AuxDataAssigner::assign(std::size_t zoneIndex, std::int32_t zoneNumber) const {
+void AuxDataAssigner::assign(std::size_t zoneIndex, std::int32_t zoneNumber) const {
     if (zoneIndex >= pairsByZone_.size())
-        return true;
-    const NameValuePairs& pairs = pairsByZone_[zoneIndex];
-    return std::all_of(pairs.begin(), pairs.end(), [&](const auto& pair) {
-        return KroUtilZoneSetAuxData(zoneNumber, pair.first.c_str(), pair.second.c_str()) == 1;
-    });
+        return;
+    for (const auto& [name, value] : pairsByZone_[zoneIndex])
+        KroUtilZoneSetAuxData(zoneNumber, name.c_str(), value.c_str());
 }
 
 } // namespace veltra::kroutildataio_utils

@@ -43,9 +43,9 @@ public:
     /// One list of (name, value) pairs per zone of the load, in the order of the zones.
     explicit AuxDataAssigner(std::vector<NameValuePairs> pairsByZone) : pairsByZone_(std::move(pairsByZone)) {}
 
-    /// Gives the load's zone `zoneIndex` (from 0), which the dataset holds as `zoneNumber`, its data. False when the
-    /// host refuses one. [main thread, host locked]
-    bool assign(std::size_t zoneIndex, std::int32_t zoneNumber) const;
+    /// Gives the load's zone `zoneIndex` (from 0), which the dataset holds as `zoneNumber`, its data, as far as the
+    /// host takes them: a zone is no worse for a remark that it goes without. [main thread, host locked]
+    void assign(std::size_t zoneIndex, std::int32_t zoneNumber) const;
 
 private:
     std::vector<NameValuePairs> pairsByZone_;

@@ -60,7 +60,8 @@ public:
         if (!addToDataSet(zone, sections, nodes, cells))
             return false;
         const std::int32_t zoneNumber = KroUtilDataSetGetNumZones();
-        return auxiliaryData_.assign(zoneIndex, zoneNumber) && registerValues(zone, zoneNumber) &&
+        auxiliaryData_.assign(zoneIndex, zoneNumber);
+        return registerValues(zone, zoneNumber) &&
                (zoneType(sections) == ZoneType_Ordered ||
                 registerNodeMapLoader(registration_.loaderName, zoneNumber, zone, sections));
     }

@@ -121,6 +121,22 @@ TEST(Pieces, WithoutCellsHaveNoLoaderForTheirValuesInCells) {
     EXPECT_EQ(load.host.dataset().find({1, load.variableNumber("material")}), nullptr);
 }
 
+TEST(Variables, OfComponentsAreThoseOfTheirNames) {
+    const Array scalar = variedValues("v_Y", ElementType::Float32, 8),
+                vector = variedValues("v", ElementType::Int16, 8, 3);
+    Load load{Files{{"both.pvtu", R"(<VTKFile type="PUnstructuredGrid"><Piece Source="a.vtu"/><Piece Source="b.vtu"/>
+                                     </VTKFile>)"},
+                    {"a.vtu", vtu().piece(hexahedron().withPointData(scalar)).text()},
+                    {"b.vtu", vtu().piece(hexahedron().withPointData(vector)).text()}}};
+    const std::vector<double> second = valuesAs<double>(vector);
+    for (std::size_t component = 0; component < 3; ++component) {
+        const auto found = load.host.demandValues(2, load.variableNumber(std::string("v_") + "XYZ"[component]));
+        ASSERT_TRUE(found) << load.dialog();
+        for (std::size_t node = 0; node < 8; ++node)
+            EXPECT_EQ((*found)[node], second[3 * node + component]);
+    }
+}
+
 TEST(Variables, OfOneNameAtNodesAndCellsAreTwoAndPlanesAndLinesHaveFewerCoordinates) {
     MeshPiece line = singleCell(3).withPointData(variedValues("p", ElementType::Float32, 2));
     line.points = reals("coordinates", ElementType::Float64, {0, 1, 2, 3}, 2);
