@@ -14,6 +14,18 @@ std::int32_t truncateToInt32(Src value) {
                                             : std::numeric_limits<std::int32_t>::min();
 }
 
+/// The nearest float; infinity where that would be beyond the largest one. The language has no such conversion for
+/// numbers beyond it, although processors do.
+inline float roundToFloat(double value) {
+    constexpr double largest = std::numeric_limits<float>::max();
+    constexpr double nearerToInfinity = 0x1.ffffffp127; // half a step further
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    const double below = value > largest ? largest : value; // not a number passes
+    const double within = below < -largest ? -largest : below;
+    const auto nearest = static_cast<float>(within);
+    return value >= nearerToInfinity ? infinity : value <= -nearerToInfinity ? -infinity : nearest;
+}
+
 template <class T>
 constexpr auto storedType() {
     if constexpr (std::is_enum_v<T>)
@@ -26,8 +38,8 @@ constexpr auto storedType() {
 template <class Dst, class Src>
 inline constexpr bool isStoredAsRead = std::is_same_v<decltype(storedType<Dst>()), std::type_identity<Src>>;
 
-/// The plain conversion from a file's type to a stored type: no rounding and no check. Floating point goes to an
-/// integer type through 32 bits; a narrower integer keeps the low-order bits; an enumeration takes the integer as its
+/// The plain conversion from a file's type to a stored type: no check. Floating point goes to an integer type through
+/// 32 bits, without rounding; a narrower integer keeps the low-order bits; an enumeration takes the integer as its
 /// value.
 template <class Dst, class Src>
 Dst convertValue(Src value) {
@@ -35,6 +47,8 @@ Dst convertValue(Src value) {
         return static_cast<Dst>(convertValue<std::underlying_type_t<Dst>>(value));
     else if constexpr (std::is_floating_point_v<Src> && std::is_integral_v<Dst>)
         return static_cast<Dst>(truncateToInt32(value));
+    else if constexpr (std::is_same_v<Src, double> && std::is_same_v<Dst, float>)
+        return roundToFloat(value);
     else
         return static_cast<Dst>(value);
 }

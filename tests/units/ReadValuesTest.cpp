@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace test {
 
@@ -62,6 +64,21 @@ TEST(ReadValues, KeepsWhatWasStoredBeforeAFailure) {
         EXPECT_EQ(stored(-1.0, bytes, true), (std::vector{1, 2, -1, -1}));
         EXPECT_EQ(stored(-1, "1 2 x 4", false), (std::vector{1, 2, -1, -1}));
     }
+}
+
+TEST(ReadValues, RoundsToTheNearestFloatWhichMayBeInfinity) {
+    constexpr double largest = std::numeric_limits<float>::max(), infinity = std::numeric_limits<double>::infinity();
+    for (const auto& [value, nearest] : {std::pair{1e39, infinity},
+                                         {1.7e308, infinity},
+                                         {infinity, infinity},
+                                         {0x1.ffffffp127, infinity},
+                                         {0x1.fffffefffffffp127, largest},
+                                         {largest, largest},
+                                         {1e-50, 0.0},
+                                         {0.1, double{0.1F}}})
+        for (const double sign : {1.0, -1.0})
+            EXPECT_EQ(veltra::vtkfile::convertValue<float>(sign * value), sign * nearest) << value;
+    EXPECT_TRUE(std::isnan(veltra::vtkfile::convertValue<float>(std::numeric_limits<double>::quiet_NaN())));
 }
 
 TEST(Text, MayCutANumberAtTheBuffersEdge) {
