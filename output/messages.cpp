@@ -27,4 +27,12 @@ std::string cellsWithoutPoints(const std::string& zoneName) {
     return (format("Zone \"%1%\" has cells but no points") % zoneName).str();
 }
 
+std::string valuesOfOtherVertices(const std::string& zoneName, std::uint64_t cellCount, std::uint64_t pointCount) {
+    return (format(
+                "Zone \"%1%\" has values at %2% cells, all of them vertices, which are not its %3% points one by one; "
+                "a zone of vertices only has values at its points") %
+            zoneName % cellCount % pointCount)
+        .str();
+}
+
 } // namespace veltra::vtkfile

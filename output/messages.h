@@ -13,6 +13,7 @@ std::string valueCountNotAllotted(const DataArray& array, std::uint64_t valueCou
 std::string missingComponent(const DataArray& array, std::uint16_t component);
 std::string nodesNotAllotted(std::size_t sectionIndex, std::uint64_t roomCount);
 std::string cellsWithoutPoints(const std::string& zoneName);
+std::string valuesOfOtherVertices(const std::string& zoneName, std::uint64_t cellCount, std::uint64_t pointCount);
 
 inline constexpr const char* noFileProvidedData = "None of the VTK files provided any data";
 inline constexpr const char* cellsChanged =

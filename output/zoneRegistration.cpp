@@ -6,6 +6,7 @@
 #include "output/valueLoader.h"
 
 #include "mesh/sections.h"
+#include "mesh/vertexCells.h"
 
 #include "host/ArgList.h"
 #include "host/exceptions.h"
@@ -24,6 +25,13 @@ std::string zoneName(const Zone& zone) {
     if (zone.pieces.size() == 1 && !zone.pieces.front().name.empty())
         return zone.pieces.front().name;
     return zone.file->stem().string();
+}
+
+bool hasValuesAtCells(const Zone& zone, std::uint64_t cells) {
+    const std::vector<DataArray>& variables = zone.pieces.front().variables;
+    return cells > 0 && std::any_of(variables.begin(), variables.end(), [](const DataArray& array) {
+               return array.valueLocation == ValueLocation_CellCentered && array.numberOfComponents > 0;
+           });
 }
 
 template <class Item, class Projection>
@@ -57,6 +65,9 @@ public:
         const FilePtr file = openFile(zone.pieces.front().points);
         checkPoints(file, zone);
         const std::vector<Section> sections = groupSections(file, zone);
+        if (zoneType(sections) == ZoneType_Ordered && hasValuesAtCells(zone, cells) &&
+            !areVerticesThePoints(file, zone))
+            throw IOException(valuesOfOtherVertices(zoneName(zone), cells, nodes));
         if (!addToDataSet(zone, sections, nodes, cells))
             return false;
         const std::int32_t zoneNumber = KroUtilDataSetGetNumZones();

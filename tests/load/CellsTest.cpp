@@ -40,6 +40,12 @@ TEST(Cells, VerticesAmongOthersBecomeDegenerateCellsOfTheFirstOtherShape) {
     expectUndisturbed(vtu().piece(sideBySide({singleCell(1), singleCell(13)})));
 }
 
+TEST(Cells, ThatAreThePointsMayHaveValues) {
+    const MeshPiece points = sideBySide(std::vector(20000, singleCell(1)));
+    const MeshPiece piece = points.withCellData(variedValues("c", ElementType::Int16, 20000));
+    expectUndisturbed(vtu().piece(piece).piece(piece));
+}
+
 TEST(Cells, SixteenSectionsAreTheMost) {
     std::vector<MeshPiece> cells;
     for (const CellKind& kind : acceptedCells)
