@@ -1,5 +1,7 @@
 #include "host/ArgList.h"
 
+#include "host/utf8.h"
+
 #include <new>
 
 namespace veltra::toolbox {
@@ -19,7 +21,7 @@ ArgList::ArgList() : list_(KroUtilArgListAlloc()) {
 }
 
 bool ArgList::appendString(const char* name, const std::string& value) {
-    return KroUtilArgListAppendString(get(), name, value.c_str()) == 1;
+    return KroUtilArgListAppendString(get(), name, validUtf8(value).c_str()) == 1;
 }
 
 bool ArgList::appendInt(const char* name, std::int64_t value) {

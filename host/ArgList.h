@@ -17,6 +17,7 @@ public:
     /// Throws std::bad_alloc when the host cannot make a list.
     ArgList();
 
+    /// What is not UTF-8 in the value is replaced.
     [[nodiscard]] bool appendString(const char* name, const std::string& value);
     [[nodiscard]] bool appendInt(const char* name, std::int64_t value);
     [[nodiscard]] bool appendDouble(const char* name, double value);

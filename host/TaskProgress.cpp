@@ -2,6 +2,7 @@
 
 #include "host/exceptions.h"
 #include "host/kro.h"
+#include "host/utf8.h"
 
 #include <algorithm>
 #include <utility>
@@ -41,7 +42,7 @@ public:
         if (text == text_)
             return;
         text_ = text;
-        KroUtilProgressText(text_.c_str());
+        KroUtilProgressText(validUtf8(text_).c_str());
     }
 
 private:

@@ -1,6 +1,7 @@
 #include "host/messages.h"
 
 #include "host/format.h"
+#include "host/utf8.h"
 
 namespace veltra {
 
@@ -8,9 +9,9 @@ namespace {
 
 /// Keeps a dialog readable where a whole damaged file stands in one word.
 std::string quoted(std::string_view text) {
-    constexpr std::size_t characterLimit = 80;
-    const bool isLong = text.size() > characterLimit;
-    return '"' + std::string(text.substr(0, characterLimit)) + (isLong ? "...\"" : "\"");
+    constexpr std::size_t byteLimit = 80;
+    const bool isLong = text.size() > byteLimit;
+    return '"' + std::string(utf8Beginning(text, byteLimit)) + (isLong ? "...\"" : "\"");
 }
 
 } // namespace

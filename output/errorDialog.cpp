@@ -2,6 +2,7 @@
 
 #include "host/kro.h"
 #include "host/loaderUtilities.h"
+#include "host/utf8.h"
 
 #include <exception>
 
@@ -10,7 +11,7 @@ namespace veltra::vtkfile {
 void showError(const std::string& loaderName, const char* message, const char* reason) noexcept {
     try {
         const std::string text = kroutildataio_utils::composeErrorMessage({loaderName, std::string(message) + reason});
-        KroUtilDialogErrMsg(text.c_str());
+        KroUtilDialogErrMsg(validUtf8(text).c_str());
     } catch (const std::exception&) {
         KroUtilDialogErrMsg(message); // no memory to compose in, but the user still has to know
     }

@@ -24,7 +24,8 @@ std::string zoneName(const Zone& zone) {
         return zone.name;
     if (zone.pieces.size() == 1 && !zone.pieces.front().name.empty())
         return zone.pieces.front().name;
-    return zone.file->stem().string();
+    const std::string stem = zone.file->stem().string();
+    return stem.empty() ? zone.file->filename().string() : stem; // of a file called ".vtu"
 }
 
 bool hasValuesAtCells(const Zone& zone, std::uint64_t cells) {

@@ -78,6 +78,9 @@ TEST(Collections, NameTheirMembersAndTheZonesTheyBecome) {
         {"nested.pvtu", parallel(R"(<Piece Source="case.vtm"/>)"), nested},
         {"missing.vtm", blocks(R"(<DataSet file="p.vtu"/><DataSet file="gone.vtu"/>)"),
          failed + "Failed to open VTK file for reading"},
+        {".vtu", cube().text(), ".vtu[] "},
+        {"é\xC0\xAF\xED\xA0\x80\xF4\x90\x80\x80\xE2\x82 😀.vtu", cube().text(),
+         "é\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD 😀[] "},
         {"empty.vtm", blocks(""), failed + "VTK unstructured file doesn't appear to contain any Piece data"}};
     const auto nameAndBlock = [](const krohost::Zone& zone) {
         const auto block = zone.auxiliaryData.find("Block.name");
