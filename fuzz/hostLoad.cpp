@@ -14,38 +14,52 @@ struct Shown {
     std::string content;
 };
 
-std::string describe(const krohost::Dataset& dataset) {
+std::string describe(const krohost::Dataset& dataset, bool hasAuxiliaryData = true) {
     std::string text;
     for (const std::string& variable : dataset.variables)
         text += variable + '\n';
     for (const krohost::Zone& zone : dataset.zones) {
         text += zone.name + ' ' + std::to_string(zone.type) + ' ' + std::to_string(zone.nodeCount) + ' ' +
                 std::to_string(zone.elementCount) + ' ' + std::to_string(zone.solutionTime) + '\n';
-        for (const auto& [name, value] : zone.auxiliaryData)
-            text += name + '=' + value + '\n';
+        for (const krohost::Section& section : zone.sections)
+            text += std::to_string(section.shape) + ' ' + std::to_string(section.gridOrder) + ' ' +
+                    std::to_string(section.elementCount) + '\n';
+        if (hasAuxiliaryData)
+            for (const auto& [name, value] : zone.auxiliaryData)
+                text += name + '=' + value + '\n';
     }
     return text;
 }
 
-Shown demandAll(krohost::Host& host) {
-    Shown shown{"loaded", describe(host.dataset())};
+/// Adds the checksums of everything, and gives how many demands have failed.
+std::size_t addChecksums(krohost::Host& host, std::string& content) {
     std::size_t failureCount = 0;
     for (const krohost::DemandResult& result : host.demandAll()) {
         failureCount += result.isLoaded ? 0 : 1;
         for (const krohost::StorageSummary& part : result.parts)
-            shown.content += std::to_string(part.count) + ' ' + std::to_string(part.crc32) + '\n';
+            content += std::to_string(part.count) + ' ' + std::to_string(part.crc32) + '\n';
     }
+    return failureCount;
+}
+
+Shown demandAll(krohost::Host& host) {
+    Shown shown{"loaded", describe(host.dataset())};
+    const std::size_t failureCount = addChecksums(host, shown.content);
     require(host.dialogs().size() == failureCount, "each demand that fails shows one dialog");
     if (failureCount > 0)
         shown.outcome += ", but " + sentence(host.dialogs().front().text);
     return shown;
 }
 
-Shown load(const std::filesystem::path& path, int nodeBitCount, const std::function<void(krohost::Host&)>& look) {
+krohost::HostOptions hostOptions(int nodeBitCount) {
     krohost::HostOptions options;
     options.nodeBitCount = nodeBitCount;
     options.storageByteLimit = 1 << 24;
-    krohost::Host host(std::move(options));
+    return options;
+}
+
+Shown load(const std::filesystem::path& path, int nodeBitCount, const std::function<void(krohost::Host&)>& look) {
+    krohost::Host host(hostOptions(nodeBitCount));
     host.loadAddOn(ADD_ON);
     const bool isLoaded = host.loadFiles({path});
     require(host.dialogs().size() == (isLoaded ? 0 : 1), "a load that fails, and no other, shows one dialog");
@@ -72,6 +86,17 @@ std::string loadInHost(const std::filesystem::path& path, int nodeBitCount,
     const Shown second = load(path, nodeBitCount, {});
     require(first.content == second.content, "a file gives the same each time it is loaded");
     return first.outcome;
+}
+
+std::optional<std::string> loadedContent(const std::filesystem::path& path) {
+    krohost::Host host(hostOptions(0));
+    host.loadAddOn(ADD_ON);
+    if (!host.loadFiles({path}))
+        return std::nullopt;
+    std::string content = describe(host.dataset(), false);
+    if (addChecksums(host, content) > 0)
+        return std::nullopt;
+    return content;
 }
 
 } // namespace fuzz

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace fuzz {
@@ -13,5 +14,9 @@ namespace fuzz {
 /// and both times the same comes of it. `look` sees the host once everything is loaded. Returns the outcome.
 std::string loadInHost(const std::filesystem::path& path, int nodeBitCount = 0,
                        const std::function<void(krohost::Host&)>& look = {});
+
+/// The zones of a file as the add-on loads it, with checksums of everything; nothing where the load or a demand fails.
+/// Auxiliary data are left out.
+std::optional<std::string> loadedContent(const std::filesystem::path& path);
 
 } // namespace fuzz

@@ -25,10 +25,12 @@ using Inputs = std::map<std::string, std::string>;
 /// Two pieces with a point, a cell and a field array in each encoding, and what is not mesh.
 Inputs files() {
     Inputs files;
-    const MeshPiece piece = mixed().withPointData(integers("i", ElementType::Int64, numbers(12)));
+    const MeshPiece piece = singleCell(10)
+                                .withPointData(variedValues("v", ElementType::Int64, 4, 3))
+                                .withCellData(integers("c", ElementType::UInt8, {7}));
     for (const Encoding& encoding : allEncodings())
         if (!encoding.bigEndian)
-            files[encoding.name()] = vtu().piece(hexahedron()).timeValue(1.5).encoding(encoding).text();
+            files[encoding.name()] = vtu().piece(piece).piece(piece).timeValue(1.5).encoding(encoding).text();
     files["mixed"] = vtu().piece(mixed()).piece(mixed()).appendedRaw().bigEndian().text();
     files["points"] = vtu().piece(singleCell(1)).version({2, 1}).text();
     files["high order"] = vtu().piece(singleCell(72, 3)).base64().compressed(100).text();
@@ -39,6 +41,15 @@ Inputs files() {
     files["short"] = "<VTKFile type='UnstructuredGrid'><Piece NumberOfPoints='1'><PointData>"
                      "<DataArray>1</DataArray></PointData></Piece></VTKFile>";
     return files;
+}
+
+/// Some files once for each format, which the sum of their bytes chooses.
+Inputs conversions() {
+    Inputs inputs = files();
+    for (const std::string name : {"mixed", "points", "high order"})
+        for (std::size_t more = 1; more < 8; ++more)
+            inputs[name + " " + std::to_string(more)] = inputs[name] + std::string(more, '\t');
+    return inputs;
 }
 
 std::string blocks(const std::string& content) {
@@ -241,19 +252,14 @@ int main(int argumentCount, char** arguments) {
         std::cerr << "usage: fuzz_seeds DIR\n";
         return 2;
     }
-    const std::map<std::string, Inputs> inputsOfTargets{{"base64", base64s()},
-                                                        {"collection", collections()},
-                                                        {"document", documents()},
-                                                        {"file_model", documents()},
-                                                        {"header", headers()},
-                                                        {"inflate", inflateSeeds()},
-                                                        {"instructions", instructionLists()},
-                                                        {"load", files()},
-                                                        {"names", names()},
-                                                        {"node_map", nodeMaps()},
-                                                        {"numbers", numberTexts()},
-                                                        {"sections", cellLists()},
-                                                        {"values", valueLists()}};
+    const std::map<std::string, Inputs> inputsOfTargets{
+        {"base64", base64s()},       {"collection", collections()},
+        {"convert", conversions()},  {"document", documents()},
+        {"file_model", documents()}, {"header", headers()},
+        {"inflate", inflateSeeds()}, {"instructions", instructionLists()},
+        {"load", files()},           {"names", names()},
+        {"node_map", nodeMaps()},    {"numbers", numberTexts()},
+        {"sections", cellLists()},   {"values", valueLists()}};
     try {
         for (const auto& [target, inputs] : inputsOfTargets)
             for (const auto& [name, bytes] : inputs) {

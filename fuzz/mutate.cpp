@@ -8,6 +8,7 @@
 #include <cctype>
 #include <cstring>
 #include <random>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -154,6 +155,11 @@ private:
         return below(8) == 0 ? std::to_string(static_cast<std::int64_t>(number)) : std::to_string(number);
     }
 
+    static void changeCase(std::span<char> text) {
+        for (char& letter : text)
+            letter = static_cast<char>(std::isalpha(static_cast<unsigned char>(letter)) != 0 ? letter ^ 32 : letter);
+    }
+
     /// Data arrays carry most of what is read.
     const Element& element() {
         for (int attempt = 0; attempt < 3; ++attempt)
@@ -173,7 +179,7 @@ private:
             if (std::ranges::equal(name, attribute.name, [](char a, char b) { return (a | 32) == (b | 32); })) {
                 std::string value(below(3) == 0 ? now : any(values));
                 if (value == now) // the same in another case
-                    std::ranges::for_each(value, [](char& letter) { letter ^= std::isalpha(letter) ? 32 : 0; });
+                    changeCase(value);
                 return value;
             }
         if (below(4) != 0 || now.empty() || now.size() > 18 || !std::ranges::all_of(now, ::isdigit))
@@ -206,7 +212,11 @@ private:
 
     void changeElement() {
         const Element &first = element(), &second = below(2) == 0 ? first : element();
-        const std::string copy(in(text_, first.whole));
+        std::string copy(in(text_, first.whole));
+        for (const Attribute& attribute : first.attributes)
+            if ((attribute.name == "Name" || attribute.name == "name") && below(3) == 0)
+                changeCase(std::span(copy).subspan(attribute.value.begin - first.whole.begin,
+                                                   attribute.value.end - attribute.value.begin));
         if (&first == &second && below(2) == 0)
             return replace(first.whole, "");
         if (below(4) == 0) // within it, before its own content
@@ -258,7 +268,8 @@ private:
     }
 
     void changeWord(std::string& bytes, std::size_t begin) {
-        const std::size_t byteCount = below(2) == 0 ? 4 : 8, place = begin + byteCount * below(6);
+        const bool isWide = (text_.find("header_type=\"UInt64") != text_.npos) != (below(8) == 0);
+        const std::size_t byteCount = isWide ? 8 : 4, place = begin + byteCount * below(1 + below(6));
         if (place + byteCount > bytes.size())
             return;
         std::uint64_t word = 0;
