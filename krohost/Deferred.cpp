@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <new>
 #include <utility>
 
 namespace krohost {
@@ -65,14 +66,25 @@ bool Deferred::unload(Journal& journal) {
     return !isLoaded_;
 }
 
+// A line that the journal has no memory for does not keep the client from its last call.
 void Deferred::cleanup(Journal& journal) noexcept {
-    unload(journal);
-    run(Phase::cleanup, journal);
+    try {
+        unload(journal);
+    } catch (const std::bad_alloc&) {
+        journal.noteLoss();
+    }
+    try {
+        run(Phase::cleanup, journal);
+    } catch (const std::bad_alloc&) {
+        journal.noteLoss();
+    }
 }
 
 bool Deferred::run(Phase phase, Journal& journal) {
     const CallbackScope scope{*this, phase};
-    return callAddOn(journal, callbackName(phase), describe(target_), [&] { return callClient(phase); });
+    return callAddOn(
+        journal, callbackName(phase), [this] { return describe(target_); },
+        [this, phase] { return callClient(phase); });
 }
 
 void Deferred::verifyGuards(Journal& journal) const {

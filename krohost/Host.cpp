@@ -8,6 +8,7 @@
 #include <dlfcn.h>
 
 #include <algorithm>
+#include <new>
 #include <stdexcept>
 #include <utility>
 
@@ -34,7 +35,11 @@ EntryPoint openAddOn(const std::filesystem::path& path) {
 Host::Host(HostOptions options) : state_{std::make_unique<HostState>(std::move(options))} {}
 
 Host::~Host() {
-    shutDown();
+    try {
+        shutDown();
+    } catch (const std::bad_alloc&) {
+        // Who wants to know has called it before.
+    }
 }
 
 void Host::loadAddOn(const std::filesystem::path& path) {

@@ -112,7 +112,8 @@ public:
     std::int64_t pollCount() const;
 
     /// Tells add-ons of the end and cleans up everything, so that violations() is complete; dataset() is empty then.
-    /// Only the first call does anything, and no load or demand may follow.
+    /// Only the first call does anything, and no load or demand may follow. Throws std::bad_alloc when there was no
+    /// memory for all that the journal should hold.
     void shutDown();
 
 private:

@@ -103,7 +103,8 @@ std::string HostState::lastError() const {
 
 bool HostState::call(const std::string& name, const std::string& arguments,
                      const std::function<std::optional<KroBool>()>& callback) {
-    const bool result = callAddOn(journal, name, arguments, callback);
+    const bool result = callAddOn(
+        journal, name, [&] { return arguments; }, callback);
     for (const std::string& open : brackets.closeAll())
         journal.violation(fmt::format("{} returned with {}", name, open));
     return result;
@@ -161,11 +162,17 @@ void HostState::dropDataset() {
     dataset.reset();
 }
 
-void HostState::cleanUp(const Dataset& ended) {
-    for (const Target& target : ended.targets()) {
-        Deferred& deferred = *ended.find(target);
-        clientRecords_.erase(deferred.clientData());
-        budget.cleanup(deferred, journal);
+void HostState::cleanUp(Dataset& ended) noexcept {
+    const auto cleanUpOne = [this](Deferred* deferred) {
+        if (!deferred)
+            return;
+        clientRecords_.erase(deferred->clientData());
+        budget.cleanup(*deferred, journal);
+    };
+    for (Zone& zone : ended.zones) {
+        cleanUpOne(zone.nodeMap.get());
+        for (ZoneVariable& variable : zone.variables)
+            cleanUpOne(variable.data.get());
     }
 }
 
@@ -202,15 +209,15 @@ std::optional<std::string> HostState::fill(const Dataset& owner, Deferred& defer
     if (answer == MemoryBudget::Answer::refused)
         return fmt::format("Not enough memory for {}: {} bytes are needed beside what is in use, {} may be used",
                            owner.name(deferred.target()), byteCount, options.memoryByteBudget);
-    std::string reason;
     try {
         if (answer == MemoryBudget::Answer::loaded || deferred.load(journal))
             return std::nullopt;
     } catch (const std::bad_alloc&) {
-        reason = fmt::format("Not enough memory for {}: {} bytes are needed", owner.name(deferred.target()), byteCount);
+        budget.end(deferred, journal);
+        return fmt::format("Not enough memory for {}: {} bytes are needed", owner.name(deferred.target()), byteCount);
     }
     budget.end(deferred, journal);
-    return reason;
+    return std::string();
 }
 
 void HostState::shutDown() {
@@ -221,13 +228,15 @@ void HostState::shutDown() {
             callback(Kro_StateChangeShutdown);
             return std::nullopt;
         });
-    for (const Dataset& earlier : earlierDatasets)
+    for (Dataset& earlier : earlierDatasets)
         cleanUp(earlier);
     earlierDatasets.clear();
     dropDataset();
     hasEnded_ = true;
     if (const std::int64_t count = liveListCount; count != 0)
         journal.violation(fmt::format("{} string or argument lists were not freed", count));
+    if (journal.hasLoss())
+        throw std::bad_alloc();
 }
 
 } // namespace krohost

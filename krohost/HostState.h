@@ -102,7 +102,7 @@ private:
     std::optional<std::string> refusalOfStorage(const Dataset& owner, const Deferred& deferred,
                                                 std::optional<std::uint64_t> byteCount) const;
     std::optional<std::string> fill(const Dataset& owner, Deferred& deferred, std::uint64_t byteCount, bool isKeeping);
-    void cleanUp(const Dataset& ended);
+    void cleanUp(Dataset& ended) noexcept;
 
     std::thread::id mainThread_ = std::this_thread::get_id();
     mutable std::mutex lastErrorMutex_;

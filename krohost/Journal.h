@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -44,6 +45,10 @@ public:
     const std::vector<std::string>& violations() const { return record_.violations; }
     void clearLines() { record_.lines.clear(); }
 
+    /// For where memory runs out in an end that must not fail: what should be here is not all here.
+    void noteLoss() noexcept { hasLoss_ = true; }
+    bool hasLoss() const noexcept { return hasLoss_; }
+
     /// Writes a line; does nothing when the journal is off.
     void line(std::string text);
     void dialog(Dialog dialog);
@@ -64,6 +69,7 @@ public:
 
 private:
     JournalDetail detail_;
+    std::atomic<bool> hasLoss_{false};
     std::mutex mutex_;
     Record record_;
 };

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 
 namespace krohost {
 
@@ -26,12 +27,17 @@ MemoryBudget::Answer MemoryBudget::begin(Deferred& data, std::uint64_t byteCount
     return isLoaded ? Answer::loaded : Answer::granted;
 }
 
-// Allocates nothing, since uses end in destructors.
-void MemoryBudget::end(Deferred& data, Journal& journal) {
+// Allocates nothing but lines of the journal, since uses end in destructors. Data whose unloading fails for want of
+// such a line stay loaded, as those do whose client does not agree.
+void MemoryBudget::end(Deferred& data, Journal& journal) noexcept {
     std::unique_lock lock{mutex_};
     if (data.room.useCount == 1 && !data.room.isKept) {
         lock.unlock(); // giving back large storage takes a while
-        data.unload(journal);
+        try {
+            data.unload(journal);
+        } catch (const std::bad_alloc&) {
+            journal.noteLoss();
+        }
         lock.lock();
     }
     --useCountOfThread;
@@ -54,7 +60,7 @@ bool MemoryBudget::unload(Deferred& data, Journal& journal) {
     return true;
 }
 
-void MemoryBudget::cleanup(Deferred& data, Journal& journal) {
+void MemoryBudget::cleanup(Deferred& data, Journal& journal) noexcept {
     const std::lock_guard lock{mutex_};
     data.cleanup(journal);
     if (data.room.isTaken)

@@ -27,12 +27,12 @@ public:
     /// no two threads wait for each other. Kept data stay loaded behind their last use, as long as there is room.
     Answer begin(Deferred& data, std::uint64_t byteCount, bool isKept, Journal& journal);
     /// Ends a use, on the thread that began it. Behind the last one, unloads data that are not kept.
-    void end(Deferred& data, Journal& journal);
+    void end(Deferred& data, Journal& journal) noexcept;
 
     /// Unloads data that nobody uses; true when they are not loaded afterwards.
     bool unload(Deferred& data, Journal& journal);
     /// Cleans up data that nobody uses and forgets them.
-    void cleanup(Deferred& data, Journal& journal);
+    void cleanup(Deferred& data, Journal& journal) noexcept;
 
 private:
     using List = std::list<Deferred*>;

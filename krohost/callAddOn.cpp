@@ -11,7 +11,7 @@ namespace {
 
 thread_local CodeScope::Owner owner = CodeScope::Owner::host;
 
-std::optional<KroBool> catchAll(Journal& journal, const std::string& name,
+std::optional<KroBool> catchAll(Journal& journal, std::string_view name,
                                 const std::function<std::optional<KroBool>()>& call) {
     try {
         const CodeScope scope{CodeScope::Owner::addOn};
@@ -36,10 +36,10 @@ CodeScope::Owner CodeScope::current() noexcept {
     return owner;
 }
 
-bool callAddOn(Journal& journal, const std::string& name, const std::string& arguments,
+bool callAddOn(Journal& journal, std::string_view name, const std::function<std::string()>& describe,
                const std::function<std::optional<KroBool>()>& call) {
     if (journal.isOn())
-        journal.line(fmt::format("-> {}({})", name, arguments));
+        journal.line(fmt::format("-> {}({})", name, describe()));
     const std::optional<KroBool> result = catchAll(journal, name, call);
     if (journal.isOn())
         journal.line(result ? fmt::format("<- {} = {}", name, *result) : fmt::format("<- {}", name));

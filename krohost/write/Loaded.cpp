@@ -6,18 +6,11 @@
 
 namespace krohost::write {
 
-Loaded::Loaded(Host& host, Target target)
-    : host_{host}, deferred_{*host.dataset().find(target)}, wasLoaded_{deferred_.isLoaded()} {
-    const bool isLoaded = host.load(target);
+Loaded::Loaded(Host& host, Target target) : hold_{host.hold(host.dataset(), target)} {
     if (Host::isInterrupted())
         throw Interrupted();
-    if (!isLoaded)
+    if (!hold_.data())
         throw WriteError(fmt::format("Nothing was written, because {} cannot be loaded.", host.dataset().name(target)));
-}
-
-Loaded::~Loaded() {
-    if (!wasLoaded_)
-        host_.unload(deferred_.target());
 }
 
 SectionNodes::SectionNodes(const Loaded& nodeMap, std::size_t sectionIndex) {

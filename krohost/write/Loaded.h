@@ -8,26 +8,23 @@
 
 namespace krohost::write {
 
-/// One variable or node map of the host, loaded as long as the object lives. What was loaded before stays loaded.
+/// One variable or node map of the host's dataset, held for as long as the object lives.
 class Loaded {
 public:
     /// Throws WriteError when it cannot be loaded, for the reason that the last dialog gives, and Interrupted.
     Loaded(Host& host, Target target);
-    ~Loaded();
-    Loaded(const Loaded&) = delete;
-    Loaded& operator=(const Loaded&) = delete;
 
-    std::size_t itemByteCount() const { return deferred_.itemByteCount(); }
-    std::span<const std::byte> bytes(std::size_t partIndex = 0) const { return deferred_.parts()[partIndex].bytes(); }
+    std::size_t itemByteCount() const { return hold_.data()->itemByteCount(); }
+    std::span<const std::byte> bytes(std::size_t partIndex = 0) const { return part(partIndex).bytes(); }
     template <class Item>
     std::span<const Item> items(std::size_t partIndex = 0) const {
-        return deferred_.parts()[partIndex].items<Item>();
+        return part(partIndex).items<Item>();
     }
 
 private:
-    Host& host_;
-    const Deferred& deferred_;
-    bool wasLoaded_;
+    const Storage& part(std::size_t index) const { return hold_.data()->parts()[index]; }
+
+    Hold hold_;
 };
 
 /// The node numbers of one section, whatever the width they are stored in.
