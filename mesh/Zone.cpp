@@ -2,6 +2,7 @@
 
 #include "mesh/messages.h"
 
+#include "streams/Inflater.h"
 #include "streams/dataArrayReader.h"
 
 #include "host/exceptions.h"
@@ -104,8 +105,17 @@ void checkPieces(const Zone& zone) {
 }
 
 void checkPoints(const FilePtr& file, const Zone& zone) {
-    for (const Piece& piece : zone.pieces)
+    // Pieces that are plausible one by one may share their arrays.
+    const std::uint64_t most = Inflater::largestOutput(file->byteCount());
+    std::uint64_t byteCount = 0;
+    for (const Piece& piece : zone.pieces) {
         checkValueCount(file, piece.points);
+        byteCount += announcedValueCount(piece.points) * elementByteCount(piece.points.type);
+        if (byteCount > most)
+            throw IOException(piecesBeyondFile(file->byteCount()));
+    }
+    if (cellCount(zone) > most)
+        throw IOException(piecesBeyondFile(file->byteCount()));
 }
 
 std::uint16_t gridVariableCount(const Zone& zone) {

@@ -36,7 +36,8 @@ std::uint64_t cellCount(const Zone& zone);
 /// variables, three arrays of cells, and the same variables.
 void checkPieces(const Zone& zone);
 
-/// Throws IOException unless the zone's file can hold as many points as its pieces announce.
+/// Throws IOException unless the zone's file can hold as many points as each of its pieces announces, and as many
+/// points and cells as all of them together. Arrays that pieces share count as often as they are used.
 void checkPoints(const FilePtr& file, const Zone& zone);
 
 /// The components that the points of every piece have: the number of grid variables, 1 to 3, and 0 for a zone without

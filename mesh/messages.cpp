@@ -40,6 +40,12 @@ std::string duplicateVariable(const std::string& name) {
         .str();
 }
 
+std::string piecesBeyondFile(std::uint64_t byteCount) {
+    return (format("The pieces of a zone have more points or cells than the %1% bytes of the file can hold") %
+            byteCount)
+        .str();
+}
+
 std::string tooManyVariables(std::size_t limit) {
     return (format("The arrays of the VTK files have more than %1% components, each of which would be a variable") %
             limit)

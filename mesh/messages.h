@@ -13,6 +13,7 @@ std::string mixedDimensions(std::string_view typeName, std::uint32_t dimension, 
 std::string unsupportedNodeCount(std::string_view typeName, std::int64_t nodeCount);
 std::string tooManySections(std::size_t sectionCount);
 std::string duplicateVariable(const std::string& name);
+std::string piecesBeyondFile(std::uint64_t byteCount);
 std::string tooManyVariables(std::size_t limit);
 
 inline constexpr const char* badGridVariableCount =

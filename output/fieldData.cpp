@@ -2,9 +2,11 @@
 
 #include "streams/dataArrayReader.h"
 #include "streams/elementTypes.h"
+#include "streams/heldValueCount.h"
 #include "streams/readValues.h"
 
 #include "host/exceptions.h"
+#include "host/kro.h"
 
 #include <array>
 #include <charconv>
@@ -16,6 +18,8 @@
 namespace veltra::vtkfile {
 
 namespace {
+
+constexpr std::size_t arraysBetweenPolls = 64;
 
 template <class T>
 std::string shortestText(T value) {
@@ -35,6 +39,8 @@ std::string readValue(StreamReader& reader) {
 std::optional<std::string> singleValue(const FilePtr& file, const DataArray& array) {
     if (announcedValueCount(array) != 1)
         return std::nullopt;
+    if (array.format != DataArrayFormat::Ascii && heldValueCount(file, array) != 1)
+        return std::nullopt; // before a table of blocks is read, which many arrays may share
     std::uint64_t valueCount = 0;
     const auto reader = openDataArrayReader(file, array, valueCount, DamagedBlock::refused);
     const bool ascii = array.format == DataArrayFormat::Ascii;
@@ -64,7 +70,10 @@ std::vector<NameValuePair> readFieldData(const std::vector<DataArray>& arrays) {
     std::vector<NameValuePair> pairs;
     std::set<std::string_view> names;
     const FilePtr file = arrays.empty() ? nullptr : openFile(arrays.front());
+    std::size_t arrayCount = 0;
     for (const DataArray& array : arrays) {
+        if (++arrayCount % arraysBetweenPolls == 0 && KroUtilInterruptIsSet())
+            throw InterruptedException();
         if (array.name->empty() || names.contains(*array.name))
             continue;
         if (std::optional<std::string> value = readableValue(file, array)) {

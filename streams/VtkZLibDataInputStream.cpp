@@ -33,6 +33,8 @@ void VtkZLibDataInputStream::readBlockTable(const DataArray& array) {
     const auto available = static_cast<std::uint64_t>(source_->available());
     if (numberOfBlocks_ > available / headerSize_)
         throw IOException(blockTableBeyondFile(array, numberOfBlocks_, available));
+    if (blockSize_ == 0 && numberOfBlocks_ > 1) // a table that takes time and gives nothing
+        throw IOException(blocksWithoutBytes(array, numberOfBlocks_));
     const std::uint64_t compressedSize = readCompressedSizes(array, available - numberOfBlocks_ * headerSize_);
 
     // The sum over the blocks, all but the last of which are full.

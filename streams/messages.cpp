@@ -28,6 +28,10 @@ std::string compressedBlocksBeyondFile(const DataArray& array, std::uint64_t byt
         .str();
 }
 
+std::string blocksWithoutBytes(const DataArray& array, std::uint64_t blockCount) {
+    return (format("%1% claims %2% compressed blocks that inflate to nothing") % quotedName(array) % blockCount).str();
+}
+
 std::string inflatedSizeOverflow(const DataArray& array, std::uint64_t blockCount, std::uint64_t blockByteCount) {
     return (format("%1% claims %2% blocks of %3% bytes, more than any memory holds") % quotedName(array) % blockCount %
             blockByteCount)

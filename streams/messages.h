@@ -14,6 +14,7 @@ std::string quotedName(const DataArray& array);
 std::string dataBeyondFile(const DataArray& array, std::uint64_t claimedByteCount, std::uint64_t byteCount);
 std::string blockTableBeyondFile(const DataArray& array, std::uint64_t blockCount, std::uint64_t byteCount);
 std::string compressedBlocksBeyondFile(const DataArray& array, std::uint64_t byteCount);
+std::string blocksWithoutBytes(const DataArray& array, std::uint64_t blockCount);
 std::string inflatedSizeOverflow(const DataArray& array, std::uint64_t blockCount, std::uint64_t blockByteCount);
 std::string inflatedSizeImplausible(const DataArray& array, std::uint64_t claimedByteCount,
                                     std::uint64_t compressedByteCount);

@@ -1,0 +1,29 @@
+#include "streams/heldValueCount.h"
+
+#include "streams/VtkXMLDataHeader.h"
+#include "streams/byteOrder.h"
+
+#include "host/Base64InputStream.h"
+#include "host/FileInputStream.h"
+
+namespace veltra::vtkfile {
+
+std::uint64_t heldValueCount(const FilePtr& file, const DataArray& array) {
+    dataio::InputStreamPtr stream = std::make_shared<dataio::FileInputStream>(file);
+    stream->skip(array.offset);
+    if (array.format != DataArrayFormat::Appended || !array.appendedRaw)
+        stream = std::make_shared<dataio::Base64InputStream>(std::move(stream));
+    const auto readWord = [&] {
+        return readDataHeader(*stream, needsSwap(array.bigEndian), array.headerSize)->value();
+    };
+    std::uint64_t byteCount = readWord();
+    if (array.compressed && byteCount > 0) {
+        const std::uint64_t fullBlockCount = byteCount - 1, blockSize = readWord(), lastBlockSize = readWord();
+        if (__builtin_mul_overflow(fullBlockCount, blockSize, &byteCount) ||
+            __builtin_add_overflow(byteCount, lastBlockSize == 0 ? blockSize : lastBlockSize, &byteCount))
+            return 0;
+    }
+    return byteCount / elementByteCount(array.type);
+}
+
+} // namespace veltra::vtkfile
