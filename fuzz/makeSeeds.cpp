@@ -64,11 +64,13 @@ std::string parallel(const std::string& content) {
 
 Inputs documents() {
     Inputs documents = files();
-    documents["markup"] = "\xEF\xBB\xBF<?xml version='1.0'?><!-- a > b --><a b='&lt;>'><![CDATA[<x>]]]><?p <y> ?>"
-                          "<DataArray> 1 2 </DataArray><DataArray/><n:c xmlns:n='u' n:d='e'/>text</a>";
-    documents["entities"] = "<?xml version='1.0' encoding='ISO-8859-1'?><!DOCTYPE a [<!ENTITY e '<b>x</b>'><!-- > -->]>"
-                            "<a b='&e;'>&e;<DataArray>&e;</DataArray></a>";
-    documents["ends early"] = "<a><DataArray>1";
+    documents["markup"] = "\xEF\xBB\xBF<?xml version='1.0'?><!-- a > b --><VTKFile type='UnstructuredGrid' "
+                          "b='&lt;>'><![CDATA[<x>]]]><?p <y> ?>"
+                          "<DataArray> 1 2 </DataArray><DataArray/><n:c xmlns:n='u' n:d='e'/>text</VTKFile>";
+    documents["entities"] =
+        "<?xml version='1.0' encoding='ISO-8859-1'?><!DOCTYPE VTKFile [<!ENTITY e '<b>x</b>'><!-- > -->]>"
+        "<VTKFile type='UnstructuredGrid' b='&e;'>&e;<DataArray>&e;</DataArray></VTKFile>";
+    documents["ends early"] = "<VTKFile type='UnstructuredGrid'><DataArray>1";
     documents["parallel"] = parallel("<Piece Source='a.vtu'/>");
     documents["blocks"] = blocks("<Block name='b'><DataSet file='a.vtu' name='c'/></Block><DataSet file='/x'/>");
     return documents;

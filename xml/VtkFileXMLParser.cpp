@@ -108,8 +108,16 @@ void VtkFileXMLParser::parse() {
     while (keepGoing_ && !appendedDataFound_ && xml_.hasMoreInput()) {
         if (!xml_.readNext())
             throw IOException(xml_.errorString());
+        if (!rootFound_ && xml_.isStartElement())
+            checkRoot();
         dispatch();
     }
+}
+
+void VtkFileXMLParser::checkRoot() {
+    if (!xml_.isStartElement("VTKFile"))
+        throw IOException(notAVtkFile(xml_.elementName()));
+    rootFound_ = true;
 }
 
 void VtkFileXMLParser::dispatch() {

@@ -55,6 +55,7 @@ private:
     struct Section;
     static const Section fieldDataSection;
 
+    void checkRoot();
     void dispatch();
     void parseHeader();
     void parseBlock();
@@ -82,6 +83,7 @@ private:
     std::unique_ptr<ParseProgress> progress_;
     XMLParser xml_;
     bool keepGoing_ = true;
+    bool rootFound_ = false;
     bool appendedDataFound_ = false;
     std::uint64_t reportedPosition_ = 0;
     std::string blockName_;

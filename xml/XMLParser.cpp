@@ -1,5 +1,7 @@
 #include "xml/XMLParser.h"
 
+#include "xml/Utf8Check.h"
+#include "xml/equalsIgnoringCase.h"
 #include "xml/messages.h"
 
 #include "host/BufferedInputStream.h"
@@ -12,7 +14,10 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <optional>
 #include <span>
+#include <utility>
+#include <vector>
 
 namespace veltra::vtkfile {
 
@@ -28,6 +33,12 @@ constexpr std::size_t referenceLimit = 1000; // each may be an entity of 4096 ch
 
 /// Elements within elements; the XML reader keeps a record of each.
 constexpr std::size_t depthLimit = 1000;
+
+/// Declarations of namespaces that are in force; the XML reader looks through them at every tag.
+constexpr std::size_t namespaceLimit = 100;
+
+/// Characters of a tag's attributes once entities have been replaced: no more than a tag could hold without any.
+constexpr std::size_t expandedLimit = markupByteLimit;
 
 constexpr std::string_view whitespace = " \t\n\v\f\r";
 
@@ -89,6 +100,8 @@ void checkEncoding(std::span<const std::uint8_t> bytes) {
 }
 
 struct XMLParser::Impl {
+    static constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
     boost::filesystem::path path;
     std::shared_ptr<dataio::FileInputStream> file;
     std::shared_ptr<dataio::BufferedInputStream> stream;
@@ -101,11 +114,36 @@ struct XMLParser::Impl {
     bool emptyElement = false;       // the last tag fed ended in "/>"
     bool declarationFed = false;
     bool rootBegun = false;
-    std::size_t depth = 0;           // of open elements
-    std::size_t openMarkupBytes = 0; // fed since the last whole token; not 0 within a tag or comment
-    std::size_t innerEndCount = 0;   // of the `>` among them
-    std::size_t equalsCount = 0;     // of the `=`
-    std::size_t referenceCount = 0;  // of the `&`
+    std::size_t depth = 0;                             // of open elements
+    std::size_t namespaceCount = 0;                    // of declarations in force
+    std::vector<std::size_t> namespaceCounts;          // the same within each open element
+    std::uint64_t start = 0;                           // of the document, behind a byte-order mark
+    std::optional<Utf8Check> utf8Check{std::in_place}; // none once the document is known to be in another encoding
+    std::size_t openMarkupBytes = 0;                   // fed since the last whole token; not 0 within a tag or comment
+    std::size_t innerEndCount = 0;                     // of the `>` among them
+    std::size_t equalsCount = 0;                       // of the `=`
+    std::size_t referenceCount = 0;                    // of the `&`
+
+    /// Whether the next byte of the file passes. False at the end of the file.
+    template <class Test>
+    bool isNext(Test test) {
+        const Bytes bytes = stream->peek();
+        return !bytes.empty() && test(static_cast<char>(bytes.front()));
+    }
+
+    void takeByte() {
+        pending.append(static_cast<char>(stream->peek().front()));
+        stream->skip(1);
+    }
+
+    /// What follows is in UTF-8 unless it declares another encoding, which the reader takes only without the mark.
+    void skipByteOrderMark() {
+        const Bytes bytes = stream->peek();
+        const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        if (text.starts_with(byteOrderMark))
+            stream->skip(byteOrderMark.size());
+        start = stream->position();
+    }
 
     /// Passes over the bytes before the first that `findEnd` finds in a block. False at the end of the file.
     template <class FindEnd>
@@ -124,6 +162,9 @@ struct XMLParser::Impl {
         for (Bytes bytes = stream->peek(); !bytes.empty(); bytes = stream->peek()) {
             const std::size_t end = find(bytes, '>');
             const std::size_t count = std::min(end + 1, bytes.size());
+            if (const auto invalid =
+                    utf8Check ? utf8Check->check(bytes.first(count), stream->position()) : std::nullopt)
+                throw IOException(notUtf8(invalid->byte, invalid->position));
             openMarkupBytes += count;
             if (openMarkupBytes > markupByteLimit)
                 throw IOException(markupTooLong(markupByteLimit));
@@ -151,14 +192,25 @@ struct XMLParser::Impl {
     /// Passes over the passage that comes next. False when there is none; what was taken of a tag then stands in
     /// `pending`.
     bool passOverPassage() {
-        const bool atStart = stream->position() == 0;
+        const bool atStart = stream->position() == start;
         const Passage* passage = takeOpening();
-        if (!passage || (atStart && passage->mark == '?')) // the XML declaration is the reader's
+        if (!passage || (atStart && passage->mark == '?' && takeDeclarationName()))
             return false;
         pending.clear();
         if (passOver(PassageEnd(*passage)))
             stream->skip(1);
         return true;
+    }
+
+    /// Moves the name of an instruction to `pending` as far as it is that of the XML declaration, which is the
+    /// reader's.
+    bool takeDeclarationName() {
+        for (const char expected : std::string_view("xml")) {
+            if (!isNext([expected](char byte) { return byte == expected; }))
+                return false;
+            takeByte();
+        }
+        return isNext([](char byte) { return whitespace.find(byte) != whitespace.npos; });
     }
 
     /// Moves bytes to `pending` as long as they may be the opening of a passage. Null when they are not.
@@ -199,6 +251,35 @@ struct XMLParser::Impl {
         return true;
     }
 
+    static bool isUtf8(const std::string& encoding) {
+        return encoding.empty() || equalsIgnoringCase(encoding, "UTF-8") || equalsIgnoringCase(encoding, "UTF8");
+    }
+
+    /// Takes a start element over from the reader.
+    void openElement() {
+        rootBegun = true;
+        attributes = reader.attributes();
+        if (referenceCount > 0) { // what has none is no longer than its tag
+            std::size_t characterCount = 0;
+            for (const QXmlStreamAttribute& attribute : attributes)
+                characterCount += static_cast<std::size_t>(attribute.value().size());
+            if (characterCount > expandedLimit)
+                throw IOException(expandedTooFar(expandedLimit));
+        }
+        if (++depth > depthLimit)
+            throw IOException(nestedTooDeep(depthLimit));
+        namespaceCount += static_cast<std::size_t>(reader.namespaceDeclarations().size());
+        if (namespaceCount > namespaceLimit)
+            throw IOException(tooManyNamespaces(namespaceLimit));
+        namespaceCounts.push_back(namespaceCount);
+    }
+
+    void closeElement() {
+        --depth;
+        namespaceCounts.pop_back();
+        namespaceCount = namespaceCounts.empty() ? 0 : namespaceCounts.back();
+    }
+
     void readToken() {
         token = reader.readNext();
         while (token == QXmlStreamReader::Invalid && reader.error() == QXmlStreamReader::PrematureEndOfDocumentError &&
@@ -206,6 +287,12 @@ struct XMLParser::Impl {
             token = reader.readNext();
         // Without a declaration the reader announces the document at the first `>`, which may be within the root's tag.
         const bool announced = token == QXmlStreamReader::StartDocument && !declarationFed;
+        if (token == QXmlStreamReader::StartDocument && !isUtf8(utf8(reader.documentEncoding())))
+            utf8Check.reset();
+        if (token == QXmlStreamReader::StartElement)
+            openElement();
+        else if (token == QXmlStreamReader::EndElement)
+            closeElement();
         if (token != QXmlStreamReader::Invalid && !announced)
             openMarkupBytes = innerEndCount = equalsCount = referenceCount = 0;
     }
@@ -225,19 +312,12 @@ bool XMLParser::open() {
     }
     impl_->stream = std::make_shared<dataio::BufferedInputStream>(impl_->file, dataio::fileBlockByteCount);
     checkEncoding(impl_->stream->peek());
+    impl_->skipByteOrderMark();
     return impl_->stream->available() > 0;
 }
 
 bool XMLParser::readNext() {
     impl_->readToken();
-    if (impl_->token == QXmlStreamReader::StartElement) {
-        impl_->attributes = impl_->reader.attributes();
-        impl_->rootBegun = true;
-        if (++impl_->depth > depthLimit)
-            throw IOException(nestedTooDeep(depthLimit));
-    } else if (impl_->token == QXmlStreamReader::EndElement) {
-        --impl_->depth;
-    }
     return impl_->reader.error() == QXmlStreamReader::NoError;
 }
 
@@ -249,12 +329,20 @@ std::string XMLParser::errorString() const {
     return utf8(impl_->reader.errorString());
 }
 
+bool XMLParser::isStartElement() const {
+    return impl_->token == QXmlStreamReader::StartElement;
+}
+
 bool XMLParser::isStartElement(std::string_view name) const {
-    return impl_->token == QXmlStreamReader::StartElement && impl_->reader.name() == latin1(name);
+    return isStartElement() && impl_->reader.name() == latin1(name);
 }
 
 bool XMLParser::isEndElement(std::string_view name) const {
     return impl_->token == QXmlStreamReader::EndElement && impl_->reader.name() == latin1(name);
+}
+
+std::string XMLParser::elementName() const {
+    return utf8(impl_->reader.qualifiedName());
 }
 
 bool XMLParser::isEmptyElement() const {
@@ -295,14 +383,9 @@ void XMLParser::skipWhitespace() {
 
 bool XMLParser::feedThrough(char byte) {
     const bool found = impl_->passOver([byte](Bytes bytes) { return find(bytes, byte); });
-    if (found) {
+    impl_->position = impl_->stream->position() + (found ? 1 : 0);
+    if (found && byte != '<')
         impl_->stream->skip(1);
-        if (byte == '<') {
-            impl_->pending.append(byte);
-            impl_->openMarkupBytes = 1;
-        }
-    }
-    impl_->position = impl_->stream->position();
     return found;
 }
 

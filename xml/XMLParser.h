@@ -18,9 +18,9 @@ void checkEncoding(std::span<const std::uint8_t> bytes);
 
 /// A pull parser over an XML file that always knows its place in the file to the byte.
 ///
-/// The XML reader inside is fed tag by tag. Text, comments and other markup between tags are passed over in the
-/// stream's buffer and never reach it, so that memory does not grow with the text, and bytes that are not XML can stand
-/// where the caller expects them. Strings are UTF-8. One parser per file, on one thread.
+/// The XML reader inside is fed tag by tag. Text, comments, instructions and CDATA between tags are passed over in the
+/// stream's buffer and never reach it, wherever they are, so that memory does not grow with the text, and bytes that
+/// are not XML can stand where the caller expects them. Strings are UTF-8. One parser per file, on one thread.
 class XMLParser {
 public:
     /// Alternative spellings of an attribute's name; the first that is present counts.
@@ -33,7 +33,8 @@ public:
     bool open();
 
     /// Goes to the next token. False when the document is malformed or ends early; errorString() says how.
-    /// Throws IOException when the file cannot be read, or a tag is longer or nested deeper than any sound file's.
+    /// Throws IOException when the file cannot be read, a tag is longer or nested deeper than any sound file's, or a
+    /// tag of a document in UTF-8 holds a byte that is not.
     bool readNext();
 
     /// Whether the root element, once begun, is still open.
@@ -43,6 +44,9 @@ public:
 
     bool isStartElement(std::string_view name) const;
     bool isEndElement(std::string_view name) const;
+    bool isStartElement() const;
+    /// The name of the current element, as it is written.
+    std::string elementName() const;
     /// Whether the start element was written as an empty-element tag, so that nothing stands before its end.
     bool isEmptyElement() const;
 
@@ -71,9 +75,8 @@ public:
     /// Passes over white space. position() is then that of the first byte that is not white space.
     void skipWhitespace();
 
-    /// Passes over the bytes through the first `byte`; false if the file ends before. A `<` is handed to the XML reader
-    /// as the beginning of the next tag, nothing else is. After skipWhitespace(), position() is then that of `byte`
-    /// itself, otherwise that of the byte behind it.
+    /// Passes over the bytes through the first `byte`; false if the file ends before. A `<` begins the next tag. After
+    /// skipWhitespace(), position() is then that of `byte` itself, otherwise that of the byte behind it.
     bool feedThrough(char byte);
 
     /// Where the parser stands in the file, in bytes: after a tag, just behind its `>`.

@@ -28,6 +28,27 @@ std::string tooManyInTag(std::size_t limit, char character) {
         .str();
 }
 
+std::string expandedTooFar(std::size_t limit) {
+    return (format("The XML data is ill formed. The entities in a tag make its attributes longer than %1% characters") %
+            limit)
+        .str();
+}
+
+std::string tooManyNamespaces(std::size_t limit) {
+    return (format("The XML data is ill formed. More than %1% namespaces are declared at a time") % limit).str();
+}
+
+std::string notUtf8(std::uint8_t byte, std::uint64_t position) {
+    return (format("The XML data is ill formed. Byte 0x%1$02X at position %2% is not valid in UTF-8, which is the "
+                   "document's encoding") %
+            unsigned{byte} % position)
+        .str();
+}
+
+std::string notAVtkFile(const std::string& element) {
+    return quoted("The document's first element is \"%1%\"; expected it to be \"VTKFile\"", element);
+}
+
 std::string nestedTooDeep(std::size_t depthLimit) {
     return (format("The XML data is ill formed. Elements are nested more than %1% deep") % depthLimit).str();
 }

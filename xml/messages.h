@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,10 @@ namespace veltra::vtkfile {
 std::string missingAttribute(const std::string& namespaceUri, std::string_view name);
 std::string markupTooLong(std::size_t byteLimit);
 std::string tooManyInTag(std::size_t limit, char character);
+std::string expandedTooFar(std::size_t limit);
+std::string tooManyNamespaces(std::size_t limit);
+std::string notUtf8(std::uint8_t byte, std::uint64_t position);
+std::string notAVtkFile(const std::string& element);
 std::string nestedTooDeep(std::size_t depthLimit);
 std::string unsupportedDatasetType(const std::string& value);
 std::string badVersion(const std::string& value);

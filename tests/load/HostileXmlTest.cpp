@@ -3,9 +3,14 @@
 #include "tests/load/Load.h"
 #include "tests/load/limits.h"
 #include "tests/support/sound.h"
+#include "tests/support/text.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <map>
+#include <tuple>
 
 namespace test {
 
@@ -15,27 +20,15 @@ using namespace std::string_literals;
 
 constexpr std::size_t million = 1000000;
 
-std::string times(std::size_t count, const std::string& text) {
-    std::string repetition;
-    repetition.reserve(count * text.size());
-    while (count-- > 0)
-        repetition += text;
-    return repetition;
-}
-
-std::string numbered(int count, const std::string& pattern) {
-    std::string list;
-    for (int number = 1; number <= count; ++number)
-        list += fmt::format(fmt::runtime(pattern), number, number - 1);
-    return list;
-}
-
 /// The sound file with text at these places.
 std::string with(const std::string& inPieceTag, const std::string& betweenTags = "") {
     return sound().markup("<Piece ", "<Piece " + inPieceTag).markup("<Points>", betweenTags + "<Points>").text();
 }
-std::string inEncoding(const std::string& name) {
-    return sound().markup("<?xml version=\"1.0\"?>", "<?xml version=\"1.0\" encoding=\"" + name + "\"?>").text();
+std::string inEncoding(const std::string& name, const std::string& points = "<Points>") {
+    return sound()
+        .markup("<?xml version=\"1.0\"?>", "<?xml version=\"1.0\" encoding=\"" + name + "\"?>")
+        .markup("<Points>", points)
+        .text();
 }
 std::string withEntities(const std::string& entities, const std::string& inTag, const std::string& inText = "") {
     const std::string text = with("a=\"" + inTag + "\" ", inText);
@@ -51,20 +44,21 @@ enum class End { dialog, soundMesh };
 
 TEST(HostileXml, EndsInADialogOrASoundMesh) {
     const std::string laughs = "<!ENTITY e0 'ha'>" + numbered(30, "<!ENTITY e{0} '&e{1};&e{1};'>");
-    const std::string longText = "<!ENTITY e '" + times(4000, "x") + "'>", x = times(million, "x");
+    const std::string longText = "<!ENTITY e '" + repeated("x", 4000) + "'>", x = repeated("x", million);
     const std::vector<std::tuple<const char*, Files, End>> rows{
         {"laughs in a tag", withEntities(laughs, "&e30;"), End::dialog},
         {"laughs in text", withEntities(laughs, "", "&e30;"), End::soundMesh},
         {"an entity in itself", withEntities("<!ENTITY e '&e;'>", "&e;"), End::dialog},
         {"an external entity", withEntities("<!ENTITY e SYSTEM '/etc/passwd'>", "&e;"), End::dialog},
-        {"a long entity many times", withEntities(longText, times(20000, "&e;")), End::dialog},
-        {"a long entity a thousand times", withEntities(longText, times(1000, "&e;")), End::soundMesh},
-        {"a million entities", withEntities(times(million, "<!ENTITY e ''>"), ""), End::dialog},
-        {"a million attributes in a tag", with(times(million, "a='' ")), End::dialog},
-        {"many attributes", with("", times(200, "<a " + numbered(500, "a{0}='' ") + "/>")), End::soundMesh},
-        {"a million nested elements", with("", times(million, "<a>")), End::dialog},
-        {"a million nested blocks", blocks(times(million, "<Block>")), End::dialog},
-        {"many blocks", blocks(times(million / 5, "<Block/>")), End::dialog},
+        {"a long entity many times", withEntities(longText, repeated("&e;", 20000)), End::dialog},
+        {"entities that a tag has room for", withEntities(longText, repeated("&e;", 16)), End::soundMesh},
+        {"a long entity a thousand times", withEntities(longText, repeated("&e;", 1000)), End::dialog},
+        {"a million entities", withEntities(repeated("<!ENTITY e ''>", million), ""), End::dialog},
+        {"a million attributes in a tag", with(repeated("a='' ", million)), End::dialog},
+        {"many attributes", with("", repeated("<a " + numbered(500, "a{0}='' ") + "/>", 200)), End::soundMesh},
+        {"a million nested elements", with("", repeated("<a>", million)), End::dialog},
+        {"a million nested blocks", blocks(repeated("<Block>", million)), End::dialog},
+        {"many blocks", blocks(repeated("<Block/>", million / 5)), End::dialog},
         {"a long value", with("a='" + x + "' "), End::dialog},
         {"a long name", with(x), End::dialog},
         {"a long comment", with("", "<!--" + x + "-->"), End::soundMesh},
@@ -75,7 +69,16 @@ TEST(HostileXml, EndsInADialogOrASoundMesh) {
         {"the same attribute twice", with("NumberOfPoints='23' "), End::dialog},
         {"a document that says it is in UTF-16", inEncoding("UTF-16"), End::dialog},
         {"an encoding that there is not", inEncoding("ASCII-2000"), End::dialog},
-        {"another encoding", inEncoding("ISO-8859-1"), End::soundMesh},
+        {"another encoding", inEncoding("ISO-8859-1", "<Points a='\xE9'>"), End::soundMesh},
+        {"what is no element, with bytes that are no UTF-8",
+         "\xEF\xBB\xBF<?a>\xFF?><!-- a > \xFF -- > --><?xml-a?>" +
+             sound()
+                 .markup("<?xml version=\"1.0\"?>", "")
+                 .markup("</DataArray>", "<!--\xFF > b --><![CDATA[\xFF <a>]]><?a > \xFF?></DataArray>")
+                 .markup("<Points>", "\xFF<Points a='\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80'>")
+                 .text(),
+         End::soundMesh},
+        {"namespaces", with("", repeated("<a xmlns='u'><a xmlns='v'/></a>", 100)), End::soundMesh},
     };
     for (const auto& [name, files, end] : rows) {
         SCOPED_TRACE(name);
@@ -86,6 +89,43 @@ TEST(HostileXml, EndsInADialogOrASoundMesh) {
             expectZone(load, sound().expected());
         else
             EXPECT_TRUE(!load.loaded() && load.host.dialogs().size() == 1) << load.dialog();
+    }
+}
+
+TEST(HostileXml, TakesTimeInProportion) {
+    const auto piece = [](const std::string& inFieldData, const std::string& blockTable) {
+        return "<VTKFile type='UnstructuredGrid' compressor='vtkZLibDataCompressor'><FieldData>" + inFieldData +
+               "</FieldData><AppendedData encoding='raw'>_" + blockTable;
+    };
+    const std::string many = numbered(500, "a{0}='' ");
+    const std::vector<std::tuple<const char*, std::size_t, std::function<std::string(std::size_t)>>> rows{
+        {"attributes", 20, [&](std::size_t count) { return with("", repeated("<a " + many + "/>", count)); }},
+        {"tags", 20000, [](std::size_t count) { return with("", repeated("<a/>", count)); }},
+        {"comments", 20000, [](std::size_t count) { return with("", repeated("<!-- <a/> -->", count)); }},
+        {"tags below namespaces", 10000,
+         [](std::size_t count) {
+             return with("", "<a " + numbered(100, "xmlns:n{0}='u' ") + ">" + repeated("<a/>", count) + "</a>");
+         }},
+        {"elements with namespaces", 1000,
+         [](std::size_t count) { return with("", repeated("<a " + numbered(10, "xmlns:n{0}='u' ") + "/>", count)); }},
+        {"entities", 200,
+         [](std::size_t count) {
+             return withEntities("<!ENTITY e '" + repeated("x", 4000) + "'>", "&e;",
+                                 repeated("<a b='" + repeated("&e;", 16) + "'/>", count));
+         }},
+        {"field data that share a table of blocks", 300, [&](std::size_t count) {
+             return piece(repeated("<DataArray Name='f' type='Int8' format='appended'/>", count),
+                          valueBytes(static_cast<std::uint32_t>(100 * count), false) + "\1\0\0\0\0\0\0\0"s +
+                              repeated("\1\0\0\0x", 100 * count));
+         }}};
+    for (const auto& [name, count, make] : rows) {
+        SCOPED_TRACE(name);
+        Load load{Files{{"mesh.vtu", ""}}};
+        std::map<std::size_t, std::string> texts{{count, make(count)}, {2 * count, make(2 * count)}};
+        expectLinear(count, [&, &make = make](std::size_t partCount) {
+            writeFile(load.path(), texts[partCount]);
+            load.loadAgain();
+        });
     }
 }
 

@@ -1,5 +1,6 @@
 #include "tests/load/Load.h"
 #include "tests/support/sound.h"
+#include "tests/support/text.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -104,13 +105,6 @@ std::string otherVertices(int cellCount) {
                        cellCount);
 }
 
-std::string repeated(const std::string& text, int count) {
-    std::string repetition;
-    while (count-- > 0)
-        repetition += text;
-    return repetition;
-}
-
 struct Refusal {
     Files file;
     std::string dialog;
@@ -174,7 +168,29 @@ TEST(Refusals, OfDocumentsHaveTheseTexts) {
          {with("Piece", "a", std::string(1001, '=')), illFormed + "A tag holds more than 1000 \"=\" characters"},
          {with("Piece", "a", std::string(1001, '&')), illFormed + "A tag holds more than 1000 \"&\" characters"},
          {with("Piece", "a", std::string(1001, '>')), illFormed + "A tag holds more than 1000 \">\" characters"},
-         {withMarkup("</Points>", repeated("<a>", 1001)), illFormed + "Elements are nested more than 1000 deep"}});
+         {withMarkup("</Points>", repeated("<a>", 1001)), illFormed + "Elements are nested more than 1000 deep"},
+         {withMarkup("</Points>", numbered(101, "<a xmlns:n{0}='u'>")),
+          illFormed + "More than 100 namespaces are declared at a time"},
+         {withMarkup("<VTKFile", "<!DOCTYPE a [<!ENTITY e '" + std::string(4000, 'x') + "'>]><VTKFile a='" +
+                                     repeated("&e;", 17) + "'"),
+          illFormed + "The entities in a tag make its attributes longer than 65536 characters"},
+         {"<?xml version='1.0'?><!-- <VTKFile> --><vtu:mesh xmlns:vtu='u'><VTKFile/></vtu:mesh>"s,
+          "The document's first element is \"vtu:mesh\"; expected it to be \"VTKFile\""}});
+}
+
+TEST(Refusals, OfBytesThatAreNotUtf8NameThem) {
+    const auto refusal = [](const std::string& tag, int place, int byte) {
+        const std::string text = sound().markup("<Points>", tag).text();
+        return Refusal{text,
+                       fmt::format("The XML data is ill formed. Byte 0x{:02X} at position {} is not valid in UTF-8, "
+                                   "which is the document's encoding",
+                                   byte, text.find(tag) + static_cast<std::size_t>(place))};
+    };
+    expectRefusals(fileError, {refusal("<a\xFF>", 2, 0xFF), refusal("<a b='\x80'>", 6, 0x80),
+                               refusal("<a b='\xC0\x80'>", 6, 0xC0), refusal("<a b='\xED\xA0\x80'>", 6, 0xED),
+                               refusal("<a b='\xE2\x82'>", 6, 0xE2), refusal("<a b='\xF4\x90\x80\x80'>", 6, 0xF4),
+                               refusal("<a b='\xF0\x9F\x98\x80\xE9'" + std::string(0x10000, 'x'), 10, 0xE9),
+                               refusal("<a b='\xE9'" + std::string(1001, '='), 6, 0xE9)});
 }
 
 TEST(Refusals, OfNumbersInALoadHaveTheseTexts) {
@@ -194,6 +210,13 @@ TEST(Refusals, OfNumbersInALoadHaveTheseTexts) {
 
 TEST(Refusals, OfMeshesHaveTheseTexts) {
     const std::string most = "18446744073709551615";
+    const std::string sharedPieces = [](std::size_t count) {
+        MeshPiece zeros;
+        zeros.points = integers("Points", ElementType::Float32, std::vector<std::int64_t>(900'000), 3);
+        const std::string file = vtu().piece(zeros).appendedRaw().compressed(1 << 15).text();
+        const std::size_t begin = file.find("<Piece"), end = file.find("</UnstructuredGrid>");
+        return file.substr(0, begin) + repeated(file.substr(begin, end - begin), count) + file.substr(end);
+    }(50);
     expectRefusals(
         fileError,
         {{with("Points", "NumberOfComponents", "4"), badGrid},
@@ -228,6 +251,9 @@ TEST(Refusals, OfMeshesHaveTheseTexts) {
           "The numbers of cells of a zone's pieces add up to more than any file holds"},
          {vtu().piece(hexahedron()).attribute("Piece", "NumberOfPoints", "9223372036854775807"),
           "DataArray \"Points\" would have 9223372036854775807 tuples of 3 components, more than any file holds"},
+         {sharedPieces,
+          fmt::format("The pieces of a zone have more points or cells than the {} bytes of the file can hold",
+                      sharedPieces.size())},
          {withText("Points", "1 2 3"),
           "DataArray \"Points\" holds 5 bytes of text, too few for the 69 values that are needed"},
          {with("pressure", "NumberOfComponents", "32768"),
@@ -388,6 +414,7 @@ TEST(Refusals, OfHeadersHaveTheseTexts) {
          {word(zlib, 3, ~0ull),
           fmt::format("{}more compressed data than the {} bytes that the file holds for it", pressure, blocks),
           "pressure"},
+         {word(zlib, 1, 0), pressure + "5 compressed blocks that inflate to nothing", "pressure"},
          {word(zlib, 1, 1ull << 62), pressure + "5 blocks of 4611686018427387904 bytes, more than any memory holds",
           "pressure"},
          {word(zlib, 1, 1ull << 60),
