@@ -19,11 +19,11 @@ std::int32_t truncateToInt32(Src value) {
 inline float roundToFloat(double value) {
     constexpr double largest = std::numeric_limits<float>::max();
     constexpr double nearerToInfinity = 0x1.ffffffp127; // half a step further
-    constexpr float infinity = std::numeric_limits<float>::infinity();
-    const double below = value > largest ? largest : value; // not a number passes
-    const double within = below < -largest ? -largest : below;
-    const auto nearest = static_cast<float>(within);
-    return value >= nearerToInfinity ? infinity : value <= -nearerToInfinity ? -infinity : nearest;
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const double high = value >= nearerToInfinity ? infinity : largest;
+    const double low = value <= -nearerToInfinity ? -infinity : -largest;
+    const double atMost = value > largest ? high : value; // not a number passes
+    return static_cast<float>(atMost < -largest ? low : atMost);
 }
 
 template <class T>
