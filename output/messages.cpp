@@ -29,8 +29,8 @@ std::string cellsWithoutPoints(const std::string& zoneName) {
 
 std::string valuesOfOtherVertices(const std::string& zoneName, std::uint64_t cellCount, std::uint64_t pointCount) {
     return (format(
-                "Zone \"%1%\" has values at %2% cells, all of them vertices, which are not its %3% points one by one; "
-                "a zone of vertices only has values at its points") %
+                "Zone \"%1%\" has values at %2% cells, all of them vertices, but %3% points; such a zone has as many "
+                "values at cells as points") %
             zoneName % cellCount % pointCount)
         .str();
 }

@@ -6,7 +6,6 @@
 #include "output/valueLoader.h"
 
 #include "mesh/sections.h"
-#include "mesh/vertexCells.h"
 
 #include "host/ArgList.h"
 #include "host/exceptions.h"
@@ -66,8 +65,7 @@ public:
         const FilePtr file = openFile(zone.pieces.front().points);
         checkPoints(file, zone);
         const std::vector<Section> sections = groupSections(file, zone);
-        if (zoneType(sections) == ZoneType_Ordered && hasValuesAtCells(zone, cells) &&
-            !areVerticesThePoints(file, zone))
+        if (zoneType(sections) == ZoneType_Ordered && hasValuesAtCells(zone, cells) && cells != nodes)
             throw IOException(valuesOfOtherVertices(zoneName(zone), cells, nodes));
         if (!addToDataSet(zone, sections, nodes, cells))
             return false;
