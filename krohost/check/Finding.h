@@ -34,12 +34,12 @@ public:
         add(Severity::warning, code, position, std::move(message));
     }
 
+    void add(Severity severity, std::string_view code, const vtu::Position& position, std::string message);
+
     /// In the order of their positions; a last one says how many were left out.
     std::vector<Finding> take();
 
 private:
-    void add(Severity severity, std::string_view code, const vtu::Position& position, std::string message);
-
     std::string file_;
     std::vector<Finding> list_;
     std::size_t leftOutCount_ = 0;

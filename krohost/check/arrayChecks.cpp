@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <cmath>
+#include <map>
 #include <utility>
 
 namespace krohost::check {
@@ -20,37 +21,111 @@ vtu::Position dataPosition(const Array& array, std::uint64_t byte) {
     return {byte, array.element.position.line, array.element.position.column};
 }
 
+constexpr std::uint64_t componentLimit = 32767;
+
+bool isNamed(const Array& array, const char* name) {
+    return vtu::equalsIgnoringCase(array.name, name);
+}
+
 bool isOfCells(const Array& array) {
     return array.section == vtu::Section::cells;
 }
 
-void checkHeader(const Document& document, const Array& array, Findings& findings) {
-    const auto needed = neededValueCount(array);
-    if (needed == 0 || !array.type || !array.format)
-        return; // such an array may lack even its header
-    const vtu::ArrayHeader header = vtu::readHeader(document, array);
-    if (header.fault) {
-        if (header.fault->kind != vtu::FaultKind::undecodable) // that stands in the tags
-            findings.error(header.fault->code(), dataPosition(array, header.fault->byte),
-                           nameInText(array) + ' ' + header.fault->message());
-        return;
-    }
-    if (!needed)
-        return;
-    const std::uint64_t textLimit = (array.end - array.begin + 1) / 2; // a character for each, and one between two
-    if (array.format != vtu::Format::ascii)
-        checkValueCount(array, header.byteCount / vtu::byteCount(*array.type), findings);
-    else if (textLimit < *needed)
-        findings.error(
-            "value-count", dataPosition(array, array.begin),
-            fmt::format("{} holds no more than {} values, but {} are needed", nameInText(array), textLimit, *needed));
+/// Of the cells there may be arrays that no loader reads, such as the faces of polyhedra.
+bool isRead(const Array& array) {
+    return !isOfCells(array) || isNamed(array, "connectivity") || isNamed(array, "offsets") || isNamed(array, "types");
 }
 
-/// Numbers that are none.
-struct Odd {
+/// What arrays that share their data have in common. Inline data are nobody else's.
+template <class Result>
+class Shared {
+public:
+    template <class Make>
+    Result get(const Array& array, const Make& make) {
+        if (array.format != vtu::Format::appended)
+            return make();
+        const auto key = std::pair{array.begin, array.type};
+        const auto found = results_.find(key);
+        return found != results_.end() ? found->second : results_.emplace(key, make()).first->second;
+    }
+
+private:
+    std::map<std::pair<std::uint64_t, std::optional<vtu::ElementType>>, Result> results_;
+};
+
+/// Compares what the tags say of arrays with what the headers of their data say.
+class HeaderChecker {
+public:
+    HeaderChecker(const Document& document, Findings& findings, const Poll& poll)
+        : document_{document}, findings_{findings}, poll_{poll} {}
+
+    void check(const Array& array) {
+        if (!isRead(array) || !array.type || !array.format)
+            return;
+        const auto needed = neededValueCount(array);
+        if (needed == 0)
+            return; // such an array may lack even its header
+        if (!needed && isOverflow(array))
+            findings_.error("size-overflow", array.element.position,
+                            fmt::format("{} would have {} tuples of {} components, more than any file holds",
+                                        nameInText(array), array.tupleCount, *array.componentCount));
+        const auto header = headers_.get(array, [&] { return vtu::readHeader(document_, array, poll_); });
+        if (header.fault) {
+            if (header.fault->kind != vtu::FaultKind::undecodable) // that is in the tags
+                findings_.add(severityFor(array), header.fault->code(), dataPosition(array, header.fault->byte),
+                              nameInText(array) + ' ' + header.fault->message());
+        } else if (needed && array.format != vtu::Format::ascii) {
+            checkValueCount(array, header.byteCount / vtu::byteCount(*array.type), findings_);
+        } else if (needed) {
+            checkTextLength(array, *needed);
+        }
+    }
+
+private:
+    static bool isOverflow(const Array& array) {
+        return array.section != vtu::Section::fieldData && !isOfCells(array) &&
+               array.componentCount.value_or(componentLimit + 1) <= componentLimit;
+    }
+
+    void checkTextLength(const Array& array, std::uint64_t needed) {
+        const std::uint64_t limit = (array.end - array.begin + 1) / 2; // a character for each, and one between two
+        if (limit < needed)
+            findings_.error(
+                "value-count", dataPosition(array, array.begin),
+                fmt::format("{} holds no more than {} values, but {} are needed", nameInText(array), limit, needed));
+    }
+
+    const Document& document_;
+    Findings& findings_;
+    const Poll& poll_;
+    Shared<vtu::ArrayHeader> headers_;
+};
+
+/// What comes of the data of an array.
+struct Content {
+    std::uint64_t heldCount = 0;
     std::uint64_t nanCount = 0;
     std::uint64_t infinityCount = 0;
+    std::vector<vtu::Fault> faults;
 };
+
+Content readContent(const Document& document, const Array& array, const Poll& poll) {
+    Content content;
+    vtu::Decoded decoded = vtu::decode(
+        document, array,
+        [&](std::span<const std::byte> bytes) {
+            vtu::forEachReal(*array.type, bytes, [&content](double value) {
+                content.nanCount += std::isnan(value) ? 1 : 0;
+                content.infinityCount += std::isinf(value) ? 1 : 0;
+            });
+        },
+        poll);
+    if (array.format == vtu::Format::appended && decoded.faults.size() > 10)
+        decoded.faults.resize(10); // they are kept as long as there are arrays
+    content.heldCount = decoded.byteCount / vtu::byteCount(*array.type);
+    content.faults = std::move(decoded.faults);
+    return content;
+}
 
 void checkTupleCount(const Array& array, std::uint64_t heldCount, Findings& findings) {
     const auto declared = array.declaredTupleCount;
@@ -61,25 +136,17 @@ void checkTupleCount(const Array& array, std::uint64_t heldCount, Findings& find
                                      heldCount / componentCount));
 }
 
-void checkValues(const Document& document, const Array& array, Findings& findings, const Poll& poll) {
-    Odd odd;
-    const vtu::Decoded decoded = vtu::decode(document, array, [&](std::span<const std::byte> bytes) {
-        poll();
-        vtu::forEachReal(*array.type, bytes, [&odd](double value) {
-            odd.nanCount += std::isnan(value) ? 1 : 0;
-            odd.infinityCount += std::isinf(value) ? 1 : 0;
-        });
-    });
-    reportFaults(array, decoded, findings);
-    const std::uint64_t heldCount = decoded.byteCount / vtu::byteCount(*array.type);
-    if (decoded.faults.empty()) {
-        checkValueCount(array, heldCount, findings);
-        checkTupleCount(array, heldCount, findings);
+void checkContent(const Array& array, const Content& content, Findings& findings) {
+    const std::uint64_t needed = neededValueCount(array).value_or(0);
+    reportFaults(array, content.faults, needed, findings);
+    if (content.faults.empty()) {
+        checkValueCount(array, content.heldCount, findings);
+        checkTupleCount(array, content.heldCount, findings);
     }
-    if (odd.nanCount + odd.infinityCount > 0)
+    if (content.nanCount + content.infinityCount > 0)
         findings.warning("not-finite", array.element.position,
-                         fmt::format("{} holds {} NaN and {} infinite of {} values", nameInText(array), odd.nanCount,
-                                     odd.infinityCount, heldCount));
+                         fmt::format("{} holds {} NaN and {} infinite of {} values", nameInText(array),
+                                     content.nanCount, content.infinityCount, content.heldCount));
 }
 
 bool needsData(const Array& array) {
@@ -94,13 +161,12 @@ std::string nameInText(const Array& array) {
 }
 
 std::optional<std::uint64_t> neededValueCount(const Array& array) {
-    if (isOfCells(array) && vtu::equalsIgnoringCase(array.name, "connectivity"))
+    if (isOfCells(array) && isNamed(array, "connectivity"))
         return array.tupleCount == 0 ? std::optional<std::uint64_t>{0} : std::nullopt;
     if (isOfCells(array))
         return array.tupleCount;
     if (array.section == vtu::Section::fieldData)
         return std::nullopt; // one of any length is left out, or taken when it has one value
-    constexpr std::uint64_t componentLimit = 32767;
     std::uint64_t count = 0;
     const bool isOverflow = array.componentCount.value_or(componentLimit + 1) > componentLimit ||
                             __builtin_mul_overflow(array.tupleCount, *array.componentCount, &count);
@@ -109,38 +175,42 @@ std::optional<std::uint64_t> neededValueCount(const Array& array) {
 
 void checkValueCount(const Array& array, std::uint64_t heldCount, Findings& findings) {
     const auto needed = neededValueCount(array);
-    if (!needed || heldCount == *needed)
-        return;
-    const vtu::Position position = dataPosition(array, array.begin);
-    const std::string message =
-        fmt::format("{} holds {} values, but {} are needed", nameInText(array), heldCount, *needed);
-    if (heldCount < *needed)
-        findings.error("value-count", position, message);
-    else
-        findings.warning("value-count", position, message + "; those behind are passed over");
+    if (needed && heldCount != *needed)
+        findings.add(heldCount < *needed ? Severity::error : Severity::warning, "value-count",
+                     dataPosition(array, array.begin),
+                     fmt::format("{} holds {} values, but {} are needed", nameInText(array), heldCount, *needed));
 }
 
-void reportFaults(const Array& array, const vtu::Decoded& decoded, Findings& findings) {
-    for (const vtu::Fault& fault : decoded.faults)
-        findings.error(fault.code(), dataPosition(array, fault.byte), nameInText(array) + ' ' + fault.message());
+Severity severityFor(const Array& array) {
+    return array.section == vtu::Section::fieldData ? Severity::warning : Severity::error;
 }
 
-void checkArrayHeaders(const Document& document, Findings& findings) {
+void reportFaults(const Array& array, const std::vector<vtu::Fault>& faults, std::uint64_t neededCount,
+                  Findings& findings) {
+    for (const vtu::Fault& fault : faults) {
+        const bool isNeeded = fault.valueByte / vtu::byteCount(*array.type) < neededCount;
+        findings.add(isNeeded ? severityFor(array) : Severity::warning, fault.code(), dataPosition(array, fault.byte),
+                     nameInText(array) + ' ' + fault.message());
+    }
+}
+
+void checkArrayHeaders(const Document& document, Findings& findings, const Poll& poll) {
+    HeaderChecker checker{document, findings, poll};
     bool isMissing = false; // said once
     for (const Array* array : document.arrays()) {
-        if (array->format != vtu::Format::appended || document.appendedBegin) {
-            checkHeader(document, *array, findings);
-        } else if (!document.malformation && !document.appendedData && !std::exchange(isMissing, true)) {
-            findings.error("no-appended-data", array->element.position,
-                           nameInText(*array) + " is appended, but the file has no AppendedData");
-        }
+        if (array->format != vtu::Format::appended || document.appendedBegin)
+            checker.check(*array);
+        else if (!document.malformation && !document.appendedData && !std::exchange(isMissing, true))
+            findings.add(severityFor(*array), "no-appended-data", array->element.position,
+                         nameInText(*array) + " is appended, but the file has no AppendedData");
     }
 }
 
 void checkArrayValues(const Document& document, Findings& findings, const Poll& poll) {
+    Shared<Content> contents;
     for (const Array* array : document.arrays())
         if (!isOfCells(*array) && needsData(*array))
-            checkValues(document, *array, findings, poll);
+            checkContent(*array, contents.get(*array, [&] { return readContent(document, *array, poll); }), findings);
 }
 
 } // namespace krohost::check

@@ -17,17 +17,25 @@ std::string nameInText(const vtu::Array& array);
 /// numbers in the tags are none or overflow.
 std::optional<std::uint64_t> neededValueCount(const vtu::Array& array);
 
-/// Compares the number of values with what is needed, where that is known.
+/// Compares the number of values with what is needed, where that is known. Fewer are an error; more are passed over by
+/// a loader, and a warning.
 void checkValueCount(const vtu::Array& array, std::uint64_t heldCount, Findings& findings);
-void reportFaults(const vtu::Array& array, const vtu::Decoded& decoded, Findings& findings);
 
-/// Called again and again during long work; may throw to end it.
-using Poll = std::function<void()>;
+/// Faults of the first `neededCount` values are errors; of others, and of field data, of which a loader leaves out what
+/// it cannot read, they are warnings.
+void reportFaults(const vtu::Array& array, const std::vector<vtu::Fault>& faults, std::uint64_t neededCount,
+                  Findings& findings);
+
+/// An error, or of field data a warning.
+Severity severityFor(const vtu::Array& array);
+
+using vtu::Poll;
 
 /// Compares header words, the place of the data and the number of values with what the file holds.
-void checkArrayHeaders(const vtu::Document& document, Findings& findings);
+void checkArrayHeaders(const vtu::Document& document, Findings& findings, const Poll& poll);
 
-/// Decodes every array but those of the cells, and counts what is no finite number.
+/// Decodes every array but those of the cells, and counts what is no finite number. Arrays that share their data are
+/// decoded once.
 void checkArrayValues(const vtu::Document& document, Findings& findings, const Poll& poll);
 
 /// Compares the types of cells with those that a zone can have and the offsets with them. `isDeep` also decodes

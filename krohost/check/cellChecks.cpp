@@ -1,10 +1,11 @@
 #include "krohost/check/arrayChecks.h"
+#include "krohost/vtu/IntegerReader.h"
 #include "krohost/vtu/cellTypes.h"
-#include "krohost/vtu/values.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <limits>
 #include <set>
 #include <utility>
 
@@ -45,136 +46,126 @@ std::int64_t difference(std::int64_t offset, std::int64_t previous) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(offset) - static_cast<std::uint64_t>(previous));
 }
 
-/// The cells of one piece; all of its arrays are there and are of whole numbers.
+bool hasNodeCount(const CellType& type, std::int64_t count) {
+    return count > 0 && std::find(type.nodeCounts.begin(), type.nodeCounts.end(), count) != type.nodeCounts.end();
+}
+
+std::string nodeCounts(const CellType& type) {
+    std::string text;
+    for (const std::int64_t count : type.nodeCounts)
+        if (count > 0)
+            text += (text.empty() ? "" : ", ") + std::to_string(count);
+    return text;
+}
+
+/// Pairs of types and numbers of nodes, which become sections of the zone.
+using Kinds = std::set<std::pair<std::int64_t, std::int64_t>>;
+
+/// The cells of one piece; all of its arrays are there and are of whole numbers. They are read one by one, since a file
+/// may claim any number of them.
 class PieceCells {
 public:
     PieceCells(const Document& document, const Piece& piece, Findings& findings, const Poll& poll)
-        : document_{document}, piece_{piece}, findings_{findings}, poll_{poll}, cellCount_{*piece.cellCount} {}
-
-    /// Pairs of types and numbers of nodes, which become sections of the zone.
-    using Kinds = std::set<std::pair<std::int64_t, std::int64_t>>;
+        : document_{document}, piece_{piece}, findings_{findings}, poll_{poll},
+          cellCount_{*piece.cellCount}, types_{array("types")}, offsets_{array("offsets")} {}
 
     void checkTypes(Kinds& kinds) {
-        const Array& types = array("types");
-        if (!readTypes(types))
-            return;
-        const Array& offsets = array("offsets");
-        std::uint64_t cell = 0;
-        Tally wrongCounts, falling;
-        const auto check = [&](std::int64_t offset) {
-            if (cell >= types_.size()) {
-                ++cell;
-                return;
-            }
-            const std::int64_t type = types_[static_cast<std::size_t>(cell)];
-            const CellType* known = vtu::findCellType(type);
-            const std::int64_t nodeCount = difference(offset, lastOffset_);
-            if (offset < lastOffset_)
-                falling.add([&] {
-                    return fmt::format("offset {} of cell {} is below {}, the one before", offset, cell, lastOffset_);
-                });
-            else if (known && !hasNodeCount(*known, nodeCount))
-                wrongCounts.add([&] {
-                    return fmt::format("cell {} of type {} has {} nodes (accepted: {})", cell, type, nodeCount,
-                                       nodeCounts(*known));
-                });
-            else if (known)
-                kinds.emplace(type, nodeCount);
-            lastOffset_ = offset;
-            ++cell;
-        };
-        const bool isWhole = read(offsets, check);
-        if (isWhole)
-            checkValueCount(offsets, cell, findings_);
-        hasOffsets_ = isWhole && cell >= cellCount_ && falling.isEmpty();
-        falling.report("offsets", offsets, findings_);
-        wrongCounts.report("cell-nodes", offsets, findings_);
+        vtu::IntegerReader types{document_, types_, poll_}, offsets{document_, offsets_, poll_};
+        std::uint64_t typeCount = 0, offsetCount = 0;
+        for (std::uint64_t cell = 0; cell < cellCount_; ++cell) {
+            const auto type = types.next(), offset = offsets.next();
+            if (!type && !offset)
+                break;
+            typeCount += type ? 1 : 0;
+            offsetCount += offset ? 1 : 0;
+            const CellType* known = type ? vtu::findCellType(*type) : nullptr;
+            if (type)
+                checkType(cell, *type, known);
+            if (offset)
+                checkOffset(cell, *offset, known, kinds);
+        }
+        report(types, types_, typeCount);
+        hasOffsets_ = report(offsets, offsets_, offsetCount) && falling_.isEmpty();
+        unknown_.report("cell-type", types_, findings_);
+        mixed_.report("mixed-dimensions", types_, findings_);
+        falling_.report("offsets", offsets_, findings_);
+        wrongCounts_.report("cell-nodes", offsets_, findings_);
     }
 
     void checkConnectivity() {
         const Array& connectivity = array("connectivity");
         const std::uint64_t pointCount = piece_.pointCount.value_or(0);
-        std::uint64_t place = 0;
+        const auto needed = hasOffsets_ ? static_cast<std::uint64_t>(lastOffset_) : anyCount;
+        vtu::IntegerReader nodes{document_, connectivity, poll_};
         Tally outside;
-        const bool isWhole = read(connectivity, [&](std::int64_t node) {
-            const bool isPassedOver = hasOffsets_ && place >= static_cast<std::uint64_t>(lastOffset_);
-            if (!isPassedOver && (node < 0 || static_cast<std::uint64_t>(node) >= pointCount))
+        std::uint64_t place = 0;
+        for (; place < needed; ++place) {
+            const auto node = nodes.next();
+            if (!node)
+                break;
+            if (*node < 0 || static_cast<std::uint64_t>(*node) >= pointCount)
                 outside.add([&] {
-                    return fmt::format("node number {} at place {} of connectivity (accepted: 0 to {})", node, place,
-                                       static_cast<std::int64_t>(pointCount) - 1);
+                    return fmt::format("node number {} at place {} of connectivity (accepted: {})", *node, place,
+                                       pointCount == 0 ? "none" : fmt::format("0 to {}", pointCount - 1));
                 });
-            ++place;
-        });
+        }
+        const bool hasMore = nodes.next().has_value();
+        reportFaults(connectivity, nodes.decoded().faults, needed, findings_);
         outside.report("node-number", connectivity, findings_);
-        if (isWhole && hasOffsets_)
-            compareWithOffsets(connectivity, place);
+        if (hasOffsets_ && (place < needed || hasMore))
+            findings_.add(hasMore ? Severity::warning : Severity::error, "connectivity", connectivity.element.position,
+                          fmt::format("connectivity holds {} node numbers, but the last offset is {}",
+                                      hasMore ? "more" : std::to_string(place), lastOffset_));
     }
 
 private:
-    void compareWithOffsets(const Array& connectivity, std::uint64_t nodeCount) {
-        const auto needed = static_cast<std::uint64_t>(lastOffset_);
-        const std::string message =
-            fmt::format("connectivity holds {} node numbers, but the last offset is {}", nodeCount, lastOffset_);
-        if (nodeCount < needed)
-            findings_.error("connectivity", connectivity.element.position, message);
-        else if (nodeCount > needed)
-            findings_.warning("connectivity", connectivity.element.position, message);
-    }
+    static constexpr std::uint64_t anyCount = std::numeric_limits<std::uint64_t>::max();
 
     const Array& array(std::string_view name) const {
         return *std::find_if(piece_.cells.begin(), piece_.cells.end(),
                              [name](const Array& entry) { return vtu::equalsIgnoringCase(entry.name, name); });
     }
 
-    template <class Use>
-    bool read(const Array& array, const Use& use) {
-        const vtu::Decoded decoded = vtu::decode(document_, array, [&](std::span<const std::byte> bytes) {
-            poll_();
-            vtu::forEachInteger(*array.type, bytes, use);
-        });
-        reportFaults(array, decoded, findings_);
-        return decoded.faults.empty();
+    /// What is wrong with an array of which so many values were taken. False when there are not as many as cells.
+    bool report(vtu::IntegerReader& reader, const Array& array, std::uint64_t count) {
+        const bool hasMore = reader.next().has_value();
+        reportFaults(array, reader.decoded().faults, cellCount_, findings_);
+        if (count == cellCount_ && hasMore)
+            findings_.warning(
+                "value-count", array.element.position,
+                fmt::format("{} holds more than the {} values that are needed", nameInText(array), cellCount_));
+        else if (reader.decoded().faults.empty())
+            checkValueCount(array, count, findings_);
+        return count == cellCount_;
     }
 
-    /// False when there are not as many as cells.
-    bool readTypes(const Array& types) {
-        int dimension = 0; // of the cells so far; points go with all
-        std::uint64_t count = 0;
-        Tally unknown, mixed;
-        const bool isWhole = read(types, [&](std::int64_t type) {
-            const std::uint64_t cell = count++;
-            if (cell >= cellCount_)
-                return;
-            const CellType* known = vtu::findCellType(type);
-            if (!known)
-                unknown.add([&] { return fmt::format("cell {} is of type {}, which is not read", cell, type); });
-            else if (known->dimension > 0 && dimension > 0 && known->dimension != dimension)
-                mixed.add([&] {
-                    return fmt::format("cell {} of type {} has {} dimensions, those before have {} (accepted: the same "
-                                       "for all cells but vertices)",
-                                       cell, type, known->dimension, dimension);
-                });
-            else if (known && known->dimension > 0)
-                dimension = known->dimension;
-            types_.push_back(known ? static_cast<std::uint8_t>(type) : std::uint8_t{0});
-        });
-        unknown.report("cell-type", types, findings_);
-        mixed.report("mixed-dimensions", types, findings_);
-        if (isWhole)
-            checkValueCount(types, count, findings_);
-        return isWhole && count >= cellCount_;
+    void checkType(std::uint64_t cell, std::int64_t type, const CellType* known) {
+        if (!known)
+            unknown_.add([&] { return fmt::format("cell {} is of type {}, which is not read", cell, type); });
+        else if (known->dimension > 0 && dimension_ > 0 && known->dimension != dimension_)
+            mixed_.add([&] {
+                return fmt::format("cell {} of type {} has {} dimensions, those before have {} (accepted: the same "
+                                   "for all cells but vertices)",
+                                   cell, type, known->dimension, dimension_);
+            });
+        else if (known->dimension > 0)
+            dimension_ = known->dimension;
     }
 
-    static bool hasNodeCount(const CellType& type, std::int64_t count) {
-        return count > 0 && std::find(type.nodeCounts.begin(), type.nodeCounts.end(), count) != type.nodeCounts.end();
-    }
-
-    static std::string nodeCounts(const CellType& type) {
-        std::string text;
-        for (const std::int64_t count : type.nodeCounts)
-            if (count > 0)
-                text += (text.empty() ? "" : ", ") + std::to_string(count);
-        return text;
+    void checkOffset(std::uint64_t cell, std::int64_t offset, const CellType* known, Kinds& kinds) {
+        const std::int64_t nodeCount = difference(offset, lastOffset_);
+        if (offset < lastOffset_)
+            falling_.add([&] {
+                return fmt::format("offset {} of cell {} is below {}, the one before", offset, cell, lastOffset_);
+            });
+        else if (known && !hasNodeCount(*known, nodeCount))
+            wrongCounts_.add([&] {
+                return fmt::format("cell {} of type {} has {} nodes (accepted: {})", cell, known->code, nodeCount,
+                                   nodeCounts(*known));
+            });
+        else if (known)
+            kinds.emplace(known->code, nodeCount);
+        lastOffset_ = offset;
     }
 
     const Document& document_;
@@ -182,30 +173,52 @@ private:
     Findings& findings_;
     const Poll& poll_;
     std::uint64_t cellCount_;
-    std::vector<std::uint8_t> types_; // 0: not read
+    const Array& types_;
+    const Array& offsets_;
+    int dimension_ = 0; // of the cells so far; points go with all
+    Tally unknown_, mixed_, wrongCounts_, falling_;
     std::int64_t lastOffset_ = 0;
     bool hasOffsets_ = false;
 };
 
-bool hasCells(const Document& document, const Piece& piece) {
+bool hasCells(const Document& document, const Piece& piece, const Poll& poll) {
     if (piece.cellCount.value_or(0) == 0 || piece.cells.size() != 3)
         return false;
     const auto isThere = [&](std::string_view name) {
         return std::any_of(piece.cells.begin(), piece.cells.end(), [&](const Array& array) {
             return vtu::equalsIgnoringCase(array.name, name) && array.type && array.format &&
-                   !vtu::isFloatingPoint(*array.type) && !vtu::readHeader(document, array).fault;
+                   !vtu::isFloatingPoint(*array.type) && !vtu::readHeader(document, array, poll).fault;
         });
     };
     return isThere("connectivity") && isThere("offsets") && isThere("types");
+}
+
+/// A zone of vertices is made of its points alone, so that values at cells have to be those at the points.
+void checkVertices(const Document& document, Findings& findings, const Poll& poll) {
+    const auto areThePoints = [&](const Piece& piece) {
+        const auto connectivity = std::find_if(piece.cells.begin(), piece.cells.end(), [](const Array& array) {
+            return vtu::equalsIgnoringCase(array.name, "connectivity");
+        });
+        vtu::IntegerReader nodes{document, *connectivity, poll};
+        std::int64_t place = 0;
+        for (auto node = nodes.next(); node && *node == place; node = nodes.next())
+            ++place;
+        return piece.cellCount == piece.pointCount && static_cast<std::uint64_t>(place) >= *piece.cellCount;
+    };
+    for (const Piece& piece : document.pieces)
+        if (!piece.cellData.empty() && hasCells(document, piece, poll) && !areThePoints(piece))
+            findings.error("vertices", piece.element.position,
+                           "the cells of a Piece are vertices, but not its points one by one (accepted: those, or no "
+                           "values at cells)");
 }
 
 } // namespace
 
 void checkCells(const Document& document, Findings& findings, bool isDeep, const Poll& poll) {
     constexpr std::size_t sectionLimit = 16;
-    PieceCells::Kinds kinds;
+    Kinds kinds;
     for (const Piece& piece : document.pieces) {
-        if (!hasCells(document, piece))
+        if (!hasCells(document, piece, poll))
             continue;
         PieceCells cells{document, piece, findings, poll};
         cells.checkTypes(kinds);
@@ -216,6 +229,8 @@ void checkCells(const Document& document, Findings& findings, bool isDeep, const
         findings.error(
             "too-many-sections", document.root.position,
             fmt::format("the cells are of {} types and orders (accepted: {} at most)", kinds.size(), sectionLimit));
+    if (kinds == Kinds{{1, 1}})
+        checkVertices(document, findings, poll);
 }
 
 } // namespace krohost::check

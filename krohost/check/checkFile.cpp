@@ -2,6 +2,7 @@
 
 #include "krohost/check/documentChecks.h"
 
+#include <algorithm>
 #include <iterator>
 #include <set>
 
@@ -14,7 +15,7 @@ std::vector<Finding> checkOne(const vtu::Document& document, const Depth& depth,
     if (depth.isExplaining)
         checkDocument(document, findings);
     if (depth.isExplaining)
-        checkArrayHeaders(document, findings);
+        checkArrayHeaders(document, findings, poll);
     checkCells(document, findings, depth.isDeep, poll);
     if (depth.isDeep)
         checkArrayValues(document, findings, poll);
@@ -37,14 +38,22 @@ void append(std::vector<Finding>& list, std::vector<Finding> more) {
 } // namespace
 
 std::vector<Finding> checkFile(const std::filesystem::path& path, const Depth& depth, const Poll& poll) {
-    const vtu::Document document = vtu::readDocument(path);
+    const vtu::Document document = vtu::readDocument(path, poll);
     std::vector<Finding> list = checkOne(document, depth, poll);
     std::set<std::filesystem::path> seen;
     std::error_code ignored;
-    for (const vtu::Member& member : document.members)
+    for (const vtu::Member& member : document.members) {
+        if (poll)
+            poll();
         if (std::filesystem::is_regular_file(member.path, ignored) && seen.insert(member.path).second)
-            append(list, checkMember(vtu::readDocument(member.path), depth, poll));
+            append(list, checkMember(vtu::readDocument(member.path, poll), depth, poll));
+    }
     return list;
+}
+
+bool isExplained(const std::vector<Finding>& findings) {
+    return std::any_of(findings.begin(), findings.end(),
+                       [](const Finding& finding) { return finding.severity == Severity::error && finding.position; });
 }
 
 } // namespace krohost::check

@@ -15,7 +15,10 @@ struct Depth {
 };
 
 /// The findings of a file and, if it is a collection, of each of its members once, file by file, in the order of their
-/// positions. Memory is at most that of the types of one piece's cells. [any thread]
+/// positions. Memory is that of the tags and of a few arrays being read. [any thread]
 std::vector<Finding> checkFile(const std::filesystem::path& path, const Depth& depth, const Poll& poll);
+
+/// Whether an error with its place is among them, as there is for each file that a loader refuses.
+bool isExplained(const std::vector<Finding>& findings);
 
 } // namespace krohost::check

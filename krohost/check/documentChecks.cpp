@@ -72,7 +72,14 @@ std::string quoted(const std::string& value) {
     return fmt::format("\"{}{}\"", beginning(value, lengthLimit), value.size() > lengthLimit ? "..." : "");
 }
 
-void checkWord(const WordRule& rule, const Element& element, Findings& findings) {
+/// An element whose attributes are looked at, and what it means when they are wrong.
+struct Checked {
+    const Element& element;
+    Severity severity = Severity::error;
+};
+
+void checkWord(const WordRule& rule, const Checked& checked, Findings& findings) {
+    const Element& element = checked.element;
     const std::string* value = element.find(rule.attribute);
     if (!value && !rule.isRequired)
         return;
@@ -84,36 +91,37 @@ void checkWord(const WordRule& rule, const Element& element, Findings& findings)
     const std::string found =
         value ? fmt::format("the {} {} of {} is not read", rule.attribute, quoted(*value), rule.element)
               : fmt::format("{} has no {}", rule.element, rule.attribute);
-    findings.error(rule.code, element.position,
-                   fmt::format("{} (accepted: \"{}\"{})", found, fmt::join(rule.words, "\", \""),
-                               rule.isRequired ? "" : ", or no such attribute"));
+    findings.add(checked.severity, rule.code, element.position,
+                 fmt::format("{} (accepted: \"{}\"{})", found, fmt::join(rule.words, "\", \""),
+                             rule.isRequired ? "" : ", or no such attribute"));
 }
 
-void checkNumber(const NumberRule& rule, const Element& element, Findings& findings) {
+void checkNumber(const NumberRule& rule, const Checked& checked, Findings& findings) {
+    const Element& element = checked.element;
     const auto number = element.number(rule.attribute, 0);
     if (!number || *number > rule.largest)
-        findings.error("number", element.position,
-                       fmt::format("the {} {} of {} is not read (accepted: a whole number from 0 to {})",
-                                   rule.attribute, quoted(*element.find(rule.attribute)), rule.element, rule.largest));
+        findings.add(checked.severity, "number", element.position,
+                     fmt::format("the {} {} of {} is not read (accepted: a whole number from 0 to {})", rule.attribute,
+                                 quoted(*element.find(rule.attribute)), rule.element, rule.largest));
 }
 
 void checkAttributes(const Document& document, Findings& findings) {
-    std::vector<const Element*> elements;
+    std::vector<Checked> all;
     if (!document.root.name.empty())
-        elements.push_back(&document.root);
+        all.push_back({document.root});
     if (document.appendedData)
-        elements.push_back(&*document.appendedData);
+        all.push_back({*document.appendedData});
     for (const Piece& piece : document.pieces)
-        elements.push_back(&piece.element);
+        all.push_back({piece.element});
     for (const Array* array : document.arrays())
-        elements.push_back(&array->element);
-    for (const Element* element : elements) {
+        all.push_back({array->element, severityFor(*array)});
+    for (const Checked& checked : all) {
         for (const WordRule& rule : wordRules)
-            if (rule.element == element->name)
-                checkWord(rule, *element, findings);
+            if (rule.element == checked.element.name)
+                checkWord(rule, checked, findings);
         for (const NumberRule& rule : numberRules)
-            if (rule.element == element->name)
-                checkNumber(rule, *element, findings);
+            if (rule.element == checked.element.name)
+                checkNumber(rule, checked, findings);
     }
 }
 
@@ -176,9 +184,29 @@ void checkPoints(const Document& document, Findings& findings) {
                 "points", position,
                 fmt::format("points have {} coordinates, those of the first piece {} {}", count, *first, accepted));
         first = first.value_or(count);
-        if (piece.pointCount == 0 && piece.cellCount.value_or(0) > 0)
-            findings.error("points", piece.element.position, "a Piece has cells but no points");
     }
+}
+
+/// The host counts in signed 64 bits.
+void checkTotals(const Document& document, Findings& findings) {
+    constexpr std::uint64_t most = std::numeric_limits<std::int64_t>::max();
+    std::uint64_t pointCount = 0, cellCount = 0;
+    const Piece* firstWithCells = nullptr;
+    bool areNumbers = true;
+    for (const Piece& piece : document.pieces) {
+        const std::uint64_t points = piece.pointCount.value_or(0), cells = piece.cellCount.value_or(0);
+        if (points > most - pointCount || cells > most - cellCount)
+            return findings.error("number", piece.element.position,
+                                  fmt::format("the pieces have more than {} {} together, more than any file holds",
+                                              most, points > most - pointCount ? "points" : "cells"));
+        pointCount += points;
+        cellCount += cells;
+        areNumbers = areNumbers && piece.pointCount && piece.cellCount;
+        if (!firstWithCells && cells > 0)
+            firstWithCells = &piece;
+    }
+    if (areNumbers && pointCount == 0 && firstWithCells)
+        findings.error("points", firstWithCells->element.position, "the file has cells but no points");
 }
 
 void checkCellArrays(const Document& document, Findings& findings) {
@@ -242,38 +270,6 @@ void checkVariables(const Document& document, Findings& findings) {
     }
 }
 
-/// What must agree between pieces, as a key.
-std::pair<std::optional<vtu::ElementType>, std::string> identity(const Array& array) {
-    std::string name = array.name;
-    std::transform(name.begin(), name.end(), name.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
-    });
-    return {array.type, name};
-}
-
-/// What a piece lacks of the first one; empty when it has all. Unequal numbers are enough, so that the work for each
-/// piece is in proportion to its own size.
-std::string difference(const Piece& first, const Piece& piece) {
-    for (const auto arrays : {&Piece::pointData, &Piece::cellData}) {
-        if ((piece.*arrays).size() != (first.*arrays).size())
-            return fmt::format("a Piece has {} arrays of {} where the first one has {}", (piece.*arrays).size(),
-                               arrays == &Piece::pointData ? "points" : "cells", (first.*arrays).size());
-        std::set<std::pair<std::optional<vtu::ElementType>, std::string>> own;
-        for (const Array& array : piece.*arrays)
-            own.insert(identity(array));
-        for (const Array& array : first.*arrays)
-            if (!own.contains(identity(array)))
-                return fmt::format("a Piece lacks {} of the first one, or has it in another type", nameInText(array));
-    }
-    return {};
-}
-
-void checkPiecesAgree(const Document& document, Findings& findings) {
-    for (std::size_t index = 1; index < document.pieces.size(); ++index)
-        if (std::string message = difference(document.pieces.front(), document.pieces[index]); !message.empty())
-            findings.error("pieces-differ", document.pieces[index].element.position, std::move(message));
-}
-
 void checkCollection(const Document& document, Findings& findings) {
     for (const Element& stray : document.strays)
         findings.error("stray-element", stray.position,
@@ -289,7 +285,7 @@ void checkCollection(const Document& document, Findings& findings) {
                 fmt::format("{} names no file (accepted: the attribute {})", member.element.name, attribute));
         else if (!std::filesystem::is_regular_file(member.path, ignored))
             findings.error("missing-member", member.element.position,
-                           fmt::format("there is no file {}", quoted(member.path.string())));
+                           fmt::format("there is no file \"{}\"", member.path.string()));
     }
 }
 
@@ -298,15 +294,16 @@ struct Check {
     bool needsGrid; ///< makes sense for a whole grid only
 };
 
-constexpr std::array<Check, 9> checks{{{checkMalformation, false},
-                                       {checkAttributes, false},
-                                       {checkVersion, false},
-                                       {checkCollection, false},
-                                       {checkPieceCount, true},
-                                       {checkPoints, true},
-                                       {checkCellArrays, true},
-                                       {checkVariables, true},
-                                       {checkPiecesAgree, true}}};
+constexpr std::array<Check, 10> checks{{{checkMalformation, false},
+                                        {checkAttributes, false},
+                                        {checkVersion, false},
+                                        {checkCollection, false},
+                                        {checkPieceCount, true},
+                                        {checkPoints, true},
+                                        {checkTotals, true},
+                                        {checkCellArrays, true},
+                                        {checkVariables, true},
+                                        {checkPiecesAgree, true}}};
 
 } // namespace
 

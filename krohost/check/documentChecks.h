@@ -8,4 +8,7 @@ namespace krohost::check {
 /// not there.
 void checkDocument(const vtu::Document& document, Findings& findings);
 
+/// Of these, what keeps a piece from continuing the first one.
+void checkPiecesAgree(const vtu::Document& document, Findings& findings);
+
 } // namespace krohost::check

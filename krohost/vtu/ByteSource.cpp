@@ -22,13 +22,15 @@ unsigned base64Digit(char character) {
 
 } // namespace
 
-FileSource::FileSource(const std::filesystem::path& path, std::uint64_t begin, std::uint64_t end)
-    : stream_{path, std::ios::binary}, position_{begin}, end_{std::max(begin, end)} {
+FileSource::FileSource(const std::filesystem::path& path, std::uint64_t begin, std::uint64_t end, const Poll& poll)
+    : stream_{path, std::ios::binary}, position_{begin}, end_{std::max(begin, end)}, poll_{poll} {
     stream_.seekg(static_cast<std::streamoff>(begin));
     isUnreadable_ = !stream_;
 }
 
 std::size_t FileSource::read(std::span<std::byte> bytes) {
+    if (poll_)
+        poll_();
     const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), byteLimit()));
     stream_.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(wanted));
     const auto count = static_cast<std::size_t>(stream_.gcount());
@@ -41,8 +43,8 @@ std::optional<Fault> FileSource::fault() const {
     return isUnreadable_ ? std::optional{Fault{.kind = FaultKind::unreadable, .byte = position_}} : std::nullopt;
 }
 
-Base64Source::Base64Source(const std::filesystem::path& path, std::uint64_t begin, std::uint64_t end)
-    : text_{path, begin, end} {}
+Base64Source::Base64Source(const std::filesystem::path& path, std::uint64_t begin, std::uint64_t end, const Poll& poll)
+    : text_{path, begin, end, poll} {}
 
 std::size_t Base64Source::read(std::span<std::byte> bytes) {
     std::size_t count = 0;

@@ -27,10 +27,10 @@ public:
     virtual std::optional<Fault> fault() const = 0;
 };
 
-/// The bytes of a file from `begin` to `end`.
+/// The bytes of a file from `begin` to `end`. Each read polls, so that work which grows with the file can be ended.
 class FileSource final : public ByteSource {
 public:
-    FileSource(const std::filesystem::path& path, std::uint64_t begin, std::uint64_t end);
+    FileSource(const std::filesystem::path& path, std::uint64_t begin, std::uint64_t end, const Poll& poll);
 
     std::size_t read(std::span<std::byte> bytes) override;
     std::uint64_t position() const override { return position_; }
@@ -41,6 +41,7 @@ private:
     std::ifstream stream_;
     std::uint64_t position_;
     std::uint64_t end_;
+    Poll poll_;
     bool isUnreadable_ = false;
 };
 
@@ -48,7 +49,7 @@ private:
 /// header words and data are encoded apart.
 class Base64Source final : public ByteSource {
 public:
-    Base64Source(const std::filesystem::path& path, std::uint64_t begin, std::uint64_t end);
+    Base64Source(const std::filesystem::path& path, std::uint64_t begin, std::uint64_t end, const Poll& poll);
 
     std::size_t read(std::span<std::byte> bytes) override;
     std::uint64_t position() const override { return text_.position() - (charactersEnd_ - next_); }

@@ -1,6 +1,7 @@
 #include "krohost/vtu/Document.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 
 namespace krohost::vtu {
@@ -18,9 +19,11 @@ std::optional<std::uint64_t> Element::number(std::string_view attribute, std::ui
         return absent;
     const char* begin = value->data() + value->find_first_not_of(blanks);
     const char* end = value->data() + value->find_last_not_of(blanks) + 1;
+    const bool isSigned = end - begin > 1 && (*begin == '+' || *begin == '-');
     std::uint64_t number = 0;
-    const auto result = std::from_chars(begin, end, number);
-    return result.ec == std::errc{} && result.ptr == end ? std::optional{number} : std::nullopt;
+    const auto result = std::from_chars(begin + (isSigned ? 1 : 0), end, number);
+    const bool isNumber = result.ec == std::errc{} && result.ptr == end && (*begin != '-' || number == 0);
+    return isNumber ? std::optional{number} : std::nullopt;
 }
 
 std::string Element::nameAttribute() const {
@@ -28,6 +31,30 @@ std::string Element::nameAttribute() const {
         if (const std::string* value = find(spelling))
             return *value;
     return {};
+}
+
+std::optional<Section> sectionNamed(std::string_view element) {
+    static constexpr std::array<std::string_view, 5> names{"Points", "Cells", "PointData", "CellData", "FieldData"};
+    const auto found = std::find(names.begin(), names.end(), element); // in the order of Section
+    return found == names.end() ? std::nullopt : std::optional{static_cast<Section>(found - names.begin())};
+}
+
+std::optional<Format> formatNamed(const std::string* word) {
+    if (!word || *word == "ascii")
+        return Format::ascii;
+    if (*word == "binary")
+        return Format::base64;
+    return *word == "appended" ? std::optional{Format::appended} : std::nullopt;
+}
+
+Compressor compressorNamed(const std::string* word) {
+    static constexpr std::array names{"vtkZLibDataCompressor", "vtkLZ4DataCompressor", "vtkLZMADataCompressor"};
+    if (!word)
+        return Compressor::none;
+    for (std::size_t index = 0; index < names.size(); ++index)
+        if (equalsIgnoringCase(*word, names[index]))
+            return static_cast<Compressor>(index + 1);
+    return Compressor::unknown;
 }
 
 std::vector<const Array*> Document::arrays() const {
@@ -41,6 +68,21 @@ std::vector<const Array*> Document::arrays() const {
             append(*arrays);
     append(fieldData);
     return all;
+}
+
+void placeAppendedArrays(Document& document) {
+    const std::uint64_t begin = document.appendedBegin.value_or(document.byteCount);
+    const auto place = [&](Array& array) {
+        if (array.format != Format::appended)
+            return;
+        const std::uint64_t offset = array.element.number("offset", 0).value_or(UINT64_MAX);
+        array.begin = offset > UINT64_MAX - begin ? UINT64_MAX : begin + offset;
+        array.end = std::max(array.begin, document.byteCount);
+    };
+    for (Piece& piece : document.pieces)
+        for (auto* arrays : {&piece.points, &piece.cells, &piece.pointData, &piece.cellData})
+            std::for_each(arrays->begin(), arrays->end(), place);
+    std::for_each(document.fieldData.begin(), document.fieldData.end(), place);
 }
 
 bool equalsIgnoringCase(std::string_view left, std::string_view right) {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,7 +35,7 @@ struct Element {
     /// Null when there is no such attribute.
     const std::string* find(std::string_view attribute) const;
     /// The attribute as a whole number, blanks around it left out; `absent` when it is missing or blank, nothing when
-    /// it is no such number.
+    /// it is no such number. "+5" and "-0" are numbers.
     std::optional<std::uint64_t> number(std::string_view attribute, std::uint64_t absent) const;
     /// `name`, else `Name`; empty when there is neither.
     std::string nameAttribute() const;
@@ -43,6 +44,13 @@ struct Element {
 enum class Section : std::uint8_t { points, cells, pointData, cellData, fieldData };
 enum class Format : std::uint8_t { ascii, base64, appended };
 enum class Compressor : std::uint8_t { none, zlib, lz4, lzma, unknown };
+
+/// That of the element which holds its arrays.
+std::optional<Section> sectionNamed(std::string_view element);
+
+/// Those that the attributes name; null: there is no such attribute.
+std::optional<Format> formatNamed(const std::string* word);
+Compressor compressorNamed(const std::string* word);
 
 /// A DataArray. Its text or bytes stand from `begin` to `end` in the file; what is appended goes no further than to the
 /// end of the file.
@@ -106,9 +114,15 @@ struct Document {
     std::vector<const Array*> arrays() const;
 };
 
+/// Tells appended arrays where their data begin, once it is known where all of these do.
+void placeAppendedArrays(Document& document);
+
+/// Called again and again during long work; may throw to end it. An empty one is not called.
+using Poll = std::function<void()>;
+
 /// Reads the tags of a file up to its appended data. Memory does not grow with inline data. Whatever is wrong with the
 /// file, also that it cannot be opened, is in the `malformation`; what was read before it is there. [any thread]
-Document readDocument(const std::filesystem::path& path);
+Document readDocument(const std::filesystem::path& path, const Poll& poll = {});
 
 /// Whether the words are the same but for the case of ASCII letters.
 bool equalsIgnoringCase(std::string_view left, std::string_view right);

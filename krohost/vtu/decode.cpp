@@ -1,280 +1,245 @@
 #include "krohost/vtu/decode.h"
 
-#include "krohost/vtu/ByteSource.h"
+#include "krohost/vtu/header.h"
 #include "krohost/vtu/inflate.h"
 #include "krohost/vtu/text.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <memory>
+#include <utility>
 
 namespace krohost::vtu {
 
 static_assert(std::endian::native == std::endian::little, "values are handed on as little-endian bytes");
 
+/// What all forms of an array have in common: bytes come, and then there are no more.
+class ValueSource {
+public:
+    ValueSource(const Document& document, const Array& array) : isSwapping_{document.isBigEndian}, array_{array} {}
+    virtual ~ValueSource() = default;
+
+    std::size_t read(std::span<std::byte> bytes) {
+        const std::size_t valueByteCount = array_.type ? byteCount(*array_.type) : 1;
+        bytes = bytes.first(bytes.size() - bytes.size() % valueByteCount);
+        std::size_t count = 0;
+        while (count < bytes.size()) {
+            const std::size_t more = readSome(bytes.subspan(count));
+            if (more == 0)
+                break;
+            count += more;
+            comeByteCount_ += more;
+        }
+        const std::size_t rest = count % valueByteCount;
+        if (rest > 0)
+            add({.kind = FaultKind::partialValue, .byte = position(), .expected = valueByteCount, .found = rest});
+        if (isSwapping_ && array_.format != Format::ascii && valueByteCount > 1)
+            for (std::size_t begin = 0; begin + valueByteCount <= count; begin += valueByteCount)
+                std::reverse(&bytes[begin], &bytes[begin] + valueByteCount);
+        decoded.byteCount += count - rest;
+        return count - rest;
+    }
+
+    Decoded decoded;
+
+protected:
+    /// Some of the bytes that come next; none at the end.
+    virtual std::size_t readSome(std::span<std::byte> bytes) = 0;
+    virtual std::uint64_t position() const = 0;
+
+    void add(Fault fault) { add(std::move(fault), comeByteCount_); }
+    void add(Fault fault, std::uint64_t valueByte) {
+        constexpr std::size_t faultLimit = 1000;
+        fault.valueByte = valueByte;
+        if (decoded.faults.size() < faultLimit)
+            decoded.faults.push_back(std::move(fault));
+    }
+
+private:
+    bool isSwapping_;
+    const Array& array_;
+    std::uint64_t comeByteCount_ = 0;
+};
+
 namespace {
 
-/// Cuts bytes into whole values in this machine's order.
-class ValueWriter {
+class Nothing final : public ValueSource {
 public:
-    ValueWriter(std::size_t valueByteCount, bool isSwapping, const Sink& sink)
-        : valueByteCount_{valueByteCount}, isSwapping_{isSwapping && valueByteCount > 1}, sink_{sink} {}
-
-    void write(std::span<const std::byte> bytes) {
-        byteCount_ += bytes.size();
-        while (!bytes.empty()) {
-            const std::size_t count = std::min(bytes.size(), buffer_.size() - fill_);
-            std::copy_n(bytes.begin(), count, buffer_.begin() + static_cast<std::ptrdiff_t>(fill_));
-            fill_ += count;
-            bytes = bytes.subspan(count);
-            if (fill_ == buffer_.size())
-                flush();
-        }
+    Nothing(const Document& document, const Array& array, Fault fault) : ValueSource{document, array} {
+        add(std::move(fault));
     }
 
-    void writeZeros(std::uint64_t byteCount) {
-        static constexpr std::array<std::byte, 4096> zeros{};
-        for (; byteCount > 0; byteCount -= std::min<std::uint64_t>(byteCount, zeros.size()))
-            write(std::span{zeros}.first(static_cast<std::size_t>(std::min<std::uint64_t>(byteCount, zeros.size()))));
-    }
-
-    /// Hands on what is there; gives the bytes of a value that is not whole.
-    std::size_t flush() {
-        const std::size_t whole = fill_ - fill_ % valueByteCount_;
-        if (isSwapping_)
-            for (std::size_t begin = 0; begin < whole; begin += valueByteCount_)
-                std::reverse(&buffer_[begin], &buffer_[begin] + valueByteCount_);
-        if (whole > 0)
-            sink_(std::span{buffer_}.first(whole));
-        return fill_ = fill_ - whole; // the buffer holds whole values, so that a rest is the last there is
-    }
-
-    std::uint64_t byteCount() const { return byteCount_; }
-
-private:
-    std::size_t valueByteCount_;
-    bool isSwapping_;
-    const Sink& sink_;
-    std::array<std::byte, 65536> buffer_;
-    std::size_t fill_ = 0;
-    std::uint64_t byteCount_ = 0;
+    std::size_t readSome(std::span<std::byte>) override { return 0; }
+    std::uint64_t position() const override { return 0; }
 };
 
-bool isDecodable(const Document& document, const Array& array) {
-    const bool isAppended = array.format == Format::appended;
-    return array.type && array.format && document.compressor != Compressor::unknown &&
-           (!isAppended || document.appendedBegin);
-}
-
-std::optional<Fault> placeFault(const Document& document, const Array& array) {
-    if (!isDecodable(document, array))
-        return Fault{.kind = FaultKind::undecodable, .byte = array.begin};
-    if (array.begin > document.byteCount)
-        return Fault{
-            .kind = FaultKind::outsideFile, .byte = array.begin, .expected = array.begin, .found = document.byteCount};
-    return std::nullopt;
-}
-
-std::unique_ptr<ByteSource> openSource(const Document& document, const Array& array) {
-    if (array.format == Format::appended && document.isAppendedRaw)
-        return std::make_unique<FileSource>(document.path, array.begin, array.end);
-    return std::make_unique<Base64Source>(document.path, array.begin, array.end);
-}
-
-/// Reads header words; what it finds wrong stays for the caller.
-class HeaderReader {
+class Text final : public ValueSource {
 public:
-    HeaderReader(const Document& document, ByteSource& source) : document_{document}, source_{source} {}
+    Text(const Document& document, const Array& array, const Poll& poll)
+        : ValueSource{document, array}, source_{document.path, array.begin, array.end, poll}, text_{source_,
+                                                                                                    *array.type} {}
 
-    ArrayHeader read() {
-        if (document_.compressor == Compressor::none)
-            readByteCount();
-        else
-            readTable();
-        return std::move(header_);
+    std::size_t readSome(std::span<std::byte> bytes) override {
+        const std::size_t count = text_.read(bytes);
+        if (count == 0 && !std::exchange(isAtEnd_, true))
+            for (const std::optional<Fault>& fault : {text_.fault(), source_.fault()})
+                if (fault)
+                    add(*fault);
+        return count;
     }
+    std::uint64_t position() const override { return source_.position(); }
 
 private:
-    void fail(Fault fault) {
-        if (!header_.fault)
-            header_.fault = std::move(fault);
-    }
-
-    std::uint64_t word() {
-        std::array<std::byte, 8> bytes{};
-        const std::span<std::byte> own = std::span{bytes}.first(document_.headerWordByteCount);
-        const std::uint64_t position = source_.position();
-        const std::size_t count = source_.read(own);
-        if (count < own.size())
-            fail(source_.fault().value_or(
-                Fault{.kind = FaultKind::cutHeader, .byte = position, .expected = own.size(), .found = count}));
-        if (document_.isBigEndian)
-            std::reverse(own.begin(), own.end());
-        return std::bit_cast<std::uint64_t>(bytes);
-    }
-
-    void readByteCount() {
-        const std::uint64_t position = source_.position();
-        header_.byteCount = word();
-        header_.firstBlock = source_.position();
-        if (header_.byteCount > source_.byteLimit())
-            fail({.kind = FaultKind::dataBeyondFile,
-                  .byte = position,
-                  .expected = header_.byteCount,
-                  .found = source_.byteLimit()});
-    }
-
-    void readTable() {
-        const std::uint64_t position = source_.position();
-        const std::uint64_t blockCount = word();
-        header_.blockByteCount = word();
-        const std::uint64_t partialByteCount = word();
-        header_.lastBlockByteCount = partialByteCount == 0 ? header_.blockByteCount : partialByteCount;
-        if (header_.fault || blockCount == 0)
-            return;
-        if (blockCount > source_.byteLimit() / document_.headerWordByteCount)
-            return fail({.kind = FaultKind::tableBeyondFile,
-                         .byte = position,
-                         .expected = blockCount,
-                         .found = source_.byteLimit()});
-        std::uint64_t compressedByteCount = 0;
-        bool isOverflow = false;
-        for (std::uint64_t block = 0; block < blockCount; ++block) {
-            header_.blockCompressedByteCounts.push_back(word());
-            isOverflow |= __builtin_add_overflow(compressedByteCount, header_.blockCompressedByteCounts.back(),
-                                                 &compressedByteCount);
-        }
-        header_.firstBlock = source_.position();
-        if (isOverflow || compressedByteCount > source_.byteLimit())
-            fail({.kind = FaultKind::dataBeyondFile,
-                  .byte = position,
-                  .expected = isOverflow ? UINT64_MAX : compressedByteCount,
-                  .found = source_.byteLimit()});
-        if (__builtin_mul_overflow(blockCount - 1, header_.blockByteCount, &header_.byteCount) ||
-            __builtin_add_overflow(header_.byteCount, header_.lastBlockByteCount, &header_.byteCount))
-            fail({.kind = FaultKind::sizeOverflow,
-                  .byte = position,
-                  .expected = blockCount,
-                  .found = header_.blockByteCount});
-    }
-
-    const Document& document_;
-    ByteSource& source_;
-    ArrayHeader header_;
+    FileSource source_;
+    TextReader text_;
+    bool isAtEnd_ = false;
 };
 
-class Decoder {
+class Plain final : public ValueSource {
 public:
-    Decoder(const Document& document, const Array& array, const Sink& sink)
-        : document_{document}, array_{array}, writer_{byteCount(*array.type),
-                                                      document.isBigEndian && array.format != Format::ascii, sink} {}
+    Plain(const Document& document, const Array& array, std::unique_ptr<ByteSource> source, std::uint64_t byteCount)
+        : ValueSource{document, array}, source_{std::move(source)}, byteCount_{byteCount}, left_{byteCount} {}
 
-    Decoded run() {
-        if (array_.format == Format::ascii)
-            decodeAscii();
-        else
-            decodeBinary();
-        const std::size_t rest = writer_.flush();
-        result_.byteCount = writer_.byteCount() - rest;
-        if (rest > 0)
-            add({.kind = FaultKind::partialValue, .byte = end_, .expected = byteCount(*array_.type), .found = rest});
-        return std::move(result_);
+    std::size_t readSome(std::span<std::byte> bytes) override {
+        const std::size_t count =
+            source_->read(bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), left_))));
+        left_ -= count;
+        if (count == 0 && left_ > 0) {
+            add(source_->fault().value_or(Fault{.kind = FaultKind::cutData,
+                                                .byte = source_->position(),
+                                                .expected = byteCount_,
+                                                .found = byteCount_ - left_}));
+            left_ = 0;
+        }
+        return count;
     }
+    std::uint64_t position() const override { return source_->position(); }
 
 private:
-    void add(Fault fault) {
-        constexpr std::size_t faultLimit = 1000;
-        if (result_.faults.size() < faultLimit)
-            result_.faults.push_back(std::move(fault));
+    std::unique_ptr<ByteSource> source_;
+    std::uint64_t byteCount_, left_;
+};
+
+/// The table of blocks is read a second time, beside the blocks, because it may be as long as the file.
+class Blocks final : public ValueSource {
+public:
+    Blocks(const Document& document, const Array& array, const Poll& poll, std::unique_ptr<ByteSource> source,
+           const ArrayHeader& header)
+        : ValueSource{document, array}, compressor_{document.compressor}, source_{std::move(source)},
+          table_{openSource(document, array, poll)}, words_{document, *table_}, header_{header} {
+        for (int word = 0; word < 3; ++word) // before the table
+            words_.next();
     }
 
-    void decodeAscii() {
-        FileSource source{document_.path, array_.begin, array_.end};
-        if (auto fault =
-                decodeText(source, *array_.type, [this](std::span<const std::byte> bytes) { writer_.write(bytes); }))
-            add(*fault);
-        if (auto fault = source.fault())
-            add(*fault);
-        end_ = source.position();
-    }
-
-    void decodeBinary() {
-        const auto source = openSource(document_, array_);
-        const ArrayHeader header = HeaderReader{document_, *source}.read();
-        if (header.fault)
-            add(*header.fault);
-        else if (document_.compressor == Compressor::none)
-            copy(*source, header.byteCount);
-        else
-            inflate(*source, header);
-        end_ = source->position();
-    }
-
-    void copy(ByteSource& source, std::uint64_t byteCount) {
-        std::array<std::byte, 16384> block;
-        std::uint64_t left = byteCount;
-        while (left > 0) {
-            const std::size_t count = source.read(
-                std::span{block}.first(static_cast<std::size_t>(std::min<std::uint64_t>(left, block.size()))));
-            if (count == 0)
+    std::size_t readSome(std::span<std::byte> bytes) override {
+        while (!isOver_ && (block_ || nextBlock_ < header_.blockCount)) {
+            if (!block_ && !openNext())
                 break;
-            writer_.write(std::span{block}.first(count));
-            left -= count;
+            if (const std::size_t count = readBlock(bytes); count > 0)
+                return count;
         }
-        if (left > 0)
-            add(source.fault().value_or(Fault{.kind = FaultKind::cutData,
-                                              .byte = source.position(),
-                                              .expected = byteCount,
-                                              .found = byteCount - left}));
+        return 0;
+    }
+    std::uint64_t position() const override { return source_->position(); }
+
+private:
+    bool openNext() {
+        const std::uint64_t compressed = words_.next();
+        expected_ = ++nextBlock_ < header_.blockCount ? header_.blockByteCount : header_.lastBlockByteCount;
+        left_ = expected_;
+        begin_ = source_->position();
+        isInflating_ = true;
+        const bool isPlausible = compressed >= expected_ / largestRatio(compressor_);
+        if (words_.fault())
+            add(*words_.fault());
+        else if (!isPlausible || !isBlockReadable(compressor_, compressed, expected_))
+            addOfBlock(isPlausible ? FaultKind::blockTooLarge : FaultKind::implausibleSize, compressed);
+        else
+            block_ = openBlock(compressor_, *source_, compressed, expected_);
+        isOver_ = !block_;
+        return !isOver_;
     }
 
-    void inflate(ByteSource& source, const ArrayHeader& header) {
-        const std::size_t blockCount = header.blockCompressedByteCounts.size();
-        for (std::size_t block = 0; block < blockCount; ++block) {
-            const std::uint64_t expected = block + 1 < blockCount ? header.blockByteCount : header.lastBlockByteCount;
-            const std::uint64_t compressed = header.blockCompressedByteCounts[block];
-            const std::uint64_t position = source.position();
-            if (compressed < UINT64_MAX / largestRatio(document_.compressor) &&
-                expected > compressed * largestRatio(document_.compressor))
-                return add({FaultKind::implausibleSize, block, position, expected, compressed, {}});
-            const std::uint64_t before = writer_.byteCount();
-            const Inflated inflated = inflateBlock(document_.compressor, source, compressed, expected,
-                                                   [this](std::span<const std::byte> bytes) { writer_.write(bytes); });
-            writer_.writeZeros(expected - (writer_.byteCount() - before));
-            if (auto fault = source.fault())
-                return add(*fault);
-            if (inflated.isDamaged || inflated.byteCount != expected)
-                add({inflated.isDamaged ? FaultKind::damagedBlock : FaultKind::wrongBlockSize,
-                     block,
-                     position,
-                     expected,
-                     inflated.byteCount,
-                     {}});
+    void addOfBlock(FaultKind kind, std::uint64_t found) {
+        add({kind, nextBlock_ - 1, begin_, expected_, found, {}, 0}, (nextBlock_ - 1) * header_.blockByteCount);
+    }
+
+    /// What the block inflates to, then zeros; nothing once it has come to its end.
+    std::size_t readBlock(std::span<std::byte> bytes) {
+        bytes = bytes.first(static_cast<std::size_t>(std::min<std::uint64_t>(bytes.size(), left_)));
+        std::size_t count = isInflating_ && left_ > 0 ? block_->read(bytes) : 0;
+        if (isInflating_ && count == 0)
+            finishInflating();
+        if (!isInflating_ && count == 0 && left_ > 0) {
+            std::fill(bytes.begin(), bytes.end(), std::byte{0});
+            count = bytes.size();
+        }
+        left_ -= count;
+        if (!isInflating_ && left_ == 0)
+            block_.reset();
+        return count;
+    }
+
+    void finishInflating() {
+        isInflating_ = false;
+        const Inflated inflated = block_->finish();
+        if (auto fault = source_->fault()) {
+            add(*fault);
+            isOver_ = true;
+        } else if (inflated.isDamaged || inflated.byteCount != expected_) {
+            addOfBlock(inflated.isDamaged ? FaultKind::damagedBlock : FaultKind::wrongBlockSize, inflated.byteCount);
         }
     }
 
-    const Document& document_;
-    const Array& array_;
-    ValueWriter writer_;
-    Decoded result_;
-    std::uint64_t end_ = 0;
+    Compressor compressor_;
+    std::unique_ptr<ByteSource> source_, table_;
+    WordReader words_;
+    ArrayHeader header_;
+    std::uint64_t nextBlock_ = 0;
+    std::unique_ptr<BlockReader> block_; // the one that is being read
+    std::uint64_t begin_ = 0, expected_ = 0, left_ = 0;
+    bool isInflating_ = false; // else zeros come
+    bool isOver_ = false;
 };
+
+std::unique_ptr<ValueSource> open(const Document& document, const Array& array, const Poll& poll) {
+    if (auto fault = placeFault(document, array))
+        return std::make_unique<Nothing>(document, array, *fault);
+    if (array.format == Format::ascii)
+        return std::make_unique<Text>(document, array, poll);
+    auto source = openSource(document, array, poll);
+    const ArrayHeader header = readHeader(document, *source);
+    if (header.fault)
+        return std::make_unique<Nothing>(document, array, *header.fault);
+    if (document.compressor == Compressor::none)
+        return std::make_unique<Plain>(document, array, std::move(source), header.byteCount);
+    return std::make_unique<Blocks>(document, array, poll, std::move(source), header);
+}
 
 } // namespace
 
-ArrayHeader readHeader(const Document& document, const Array& array) {
-    ArrayHeader header;
-    header.fault = placeFault(document, array);
-    if (header.fault || array.format == Format::ascii)
-        return header;
-    return HeaderReader{document, *openSource(document, array)}.read();
+ArrayReader::ArrayReader(const Document& document, const Array& array, const Poll& poll)
+    : source_{open(document, array, poll)} {}
+
+ArrayReader::~ArrayReader() = default;
+
+std::size_t ArrayReader::read(std::span<std::byte> bytes) {
+    return source_->read(bytes);
 }
 
-Decoded decode(const Document& document, const Array& array, const Sink& sink) {
-    if (auto fault = placeFault(document, array))
-        return {0, {*fault}};
-    return Decoder{document, array, sink}.run();
+const Decoded& ArrayReader::decoded() const {
+    return source_->decoded;
+}
+
+Decoded decode(const Document& document, const Array& array, const Sink& sink, const Poll& poll) {
+    ArrayReader reader{document, array, poll};
+    const auto block = std::make_unique_for_overwrite<std::array<std::byte, 65536>>();
+    while (const std::size_t count = reader.read(*block)) {
+        if (poll)
+            poll();
+        sink(std::span{*block}.first(count));
+    }
+    return reader.decoded();
 }
 
 } // namespace krohost::vtu

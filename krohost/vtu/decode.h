@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -23,7 +24,8 @@ enum class FaultKind : std::uint8_t {
     tableBeyondFile, ///< a table of `expected` blocks, where the file holds `found` bytes
     dataBeyondFile,  ///< header words claim `expected` bytes, the file holds `found`
     sizeOverflow,    ///< `expected` blocks of `found` bytes are more than any memory holds
-    implausibleSize, ///< a block of `found` bytes cannot inflate to `expected`
+    implausibleSize, ///< `found` compressed bytes cannot inflate to `expected`
+    blockTooLarge,   ///< a block of `found` bytes that inflates to `expected`, which is more than is read at once
     damagedBlock,    ///< a block of `expected` bytes inflates to `found` and then fails
     wrongBlockSize,  ///< a block of `expected` bytes inflates to `found`, or to more where that is larger
     foreignText,     ///< a character that is not base64, or a word that is no number of the type
@@ -37,7 +39,8 @@ struct Fault {
     std::uint64_t byte = 0;                  ///< of the file
     std::uint64_t expected = 0;
     std::uint64_t found = 0;
-    std::string text = {}; ///< foreign text, shortened
+    std::string text = {};       ///< foreign text, shortened
+    std::uint64_t valueByte = 0; ///< so many bytes of values come before what it concerns
 
     /// A sentence without its array: "block 3 at byte 912 inflates to 512 bytes where its table says 4096".
     std::string message() const;
@@ -47,14 +50,13 @@ struct Fault {
 
 /// The header words of a binary array, not those of an ascii one, which has none.
 struct ArrayHeader {
-    std::uint64_t byteCount = 0; ///< of the values, as claimed
+    std::uint64_t byteCount = 0;  ///< of the values, as claimed
+    std::uint64_t blockCount = 0; ///< 0 without a compressor
     std::uint64_t blockByteCount = 0;
-    std::uint64_t lastBlockByteCount = 0;                 ///< never 0 where there are blocks
-    std::vector<std::uint64_t> blockCompressedByteCounts; ///< empty without a compressor
-    std::uint64_t firstBlock = 0;                         ///< where it begins in the file, for raw data
-    std::optional<Fault> fault;                           ///< the other members are not to be used then
+    std::uint64_t lastBlockByteCount = 0; ///< never 0 where there are blocks
+    std::optional<Fault> fault;           ///< the other members are not to be used then
 };
-ArrayHeader readHeader(const Document& document, const Array& array);
+ArrayHeader readHeader(const Document& document, const Array& array, const Poll& poll = {});
 
 /// How many bytes of values came, and what was wrong with them, of which the first thousand things are listed.
 struct Decoded {
@@ -62,11 +64,34 @@ struct Decoded {
     std::vector<Fault> faults;
 };
 
+class ValueSource;
+
+/// The values of an array, from its beginning to its end or to the first fault that leaves no way on. A damaged block
+/// gives what could be inflated, then zeros. Memory is some 200 KiB whatever the file says; for LZMA 80 MiB and for LZ4
+/// 128 MiB more at most, and never more than 256 times the file. One thread per reader. [any thread]
+class ArrayReader {
+public:
+    /// Refers to the document and the array as long as it is used.
+    ArrayReader(const Document& document, const Array& array, const Poll& poll);
+    ~ArrayReader();
+    ArrayReader(const ArrayReader&) = delete;
+    ArrayReader& operator=(const ArrayReader&) = delete;
+
+    /// Fills `bytes` with the whole values that come next, in this machine's byte order, and gives how many bytes these
+    /// are: fewer than there is room for only at the end.
+    std::size_t read(std::span<std::byte> bytes);
+
+    /// What came so far. What is wrong with the last block is known when no more values come.
+    const Decoded& decoded() const;
+
+private:
+    std::unique_ptr<ValueSource> source_;
+};
+
 /// Takes some more of the values, in this machine's byte order; whole values, at most 64 KiB.
 using Sink = std::function<void(std::span<const std::byte>)>;
 
-/// Decodes an array from its beginning to its end or to the first fault that leaves no way on. A damaged block gives
-/// what could be inflated, then zeros. Memory is that of the block table and, for LZ4, of one block. [any thread]
-Decoded decode(const Document& document, const Array& array, const Sink& sink);
+/// Hands on all values of an array. [any thread]
+Decoded decode(const Document& document, const Array& array, const Sink& sink, const Poll& poll = {});
 
 } // namespace krohost::vtu

@@ -14,7 +14,7 @@ struct Row {
     std::string_view text; ///< of fmt; 0: byte, 1: expected, 2: found, 3: foreign text
 };
 
-constexpr std::array<Row, 13> rows{{
+constexpr std::array<Row, 14> rows{{
     {FaultKind::undecodable, "undecodable", "cannot be decoded"},
     {FaultKind::unreadable, "unreadable", "cannot be read at byte {0}"},
     {FaultKind::outsideFile, "outside-file", "begins at byte {1}, but the file has {2} bytes"},
@@ -27,6 +27,8 @@ constexpr std::array<Row, 13> rows{{
      "claims {1} blocks of {2} bytes at byte {0}, more than any memory holds"},
     {FaultKind::implausibleSize, "implausible-size",
      "claims that {2} compressed bytes at byte {0} inflate to {1}, more than they can"},
+    {FaultKind::blockTooLarge, "block-too-large",
+     "of {2} bytes at byte {0}, {1} when inflated, is larger than the blocks that are read"},
     {FaultKind::damagedBlock, "damaged-block",
      "at byte {0} is damaged: {2} of {1} bytes inflate before the damage shows"},
     {FaultKind::wrongBlockSize, "wrong-block-size", "at byte {0} inflates to {2} bytes, where {1} are announced"},

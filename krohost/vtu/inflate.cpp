@@ -7,14 +7,11 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <memory>
 #include <vector>
 
 namespace krohost::vtu {
 
 namespace {
-
-using Bytes = std::function<void(std::span<const std::byte>)>;
 
 /// The bytes of one block, of which none may stay behind in the source.
 class Block {
@@ -80,51 +77,83 @@ struct LzmaStream {
         out = out.first(out.size() - stream.avail_out);
     }
 
-    static constexpr std::uint64_t memoryLimit = 256 << 20; // the strongest setting of the encoder asks for 65 MiB
+    static constexpr std::uint64_t memoryLimit = 80 << 20; // the strongest setting of the encoder asks for 65 MiB
     lzma_stream stream = LZMA_STREAM_INIT;
     bool isSound = false, isAtEnd = false;
 };
 
 template <class Stream>
-Inflated inflateStream(Block& block, std::uint64_t expectedByteCount, const Bytes& sink) {
-    Stream stream;
-    Inflated result;
-    std::array<std::byte, 16384> input, output;
-    std::span<std::byte> in;
-    bool isExhausted = false;
-    while (stream.isSound && !stream.isAtEnd && result.byteCount <= expectedByteCount) {
-        if (in.empty() && !isExhausted) {
-            in = std::span{input}.first(block.read(input));
-            isExhausted = in.empty();
-        }
-        std::span<std::byte> out{output};
-        const std::size_t before = in.size();
-        stream.step(in, out);
-        sink(out.first(
-            static_cast<std::size_t>(std::min<std::uint64_t>(out.size(), expectedByteCount - result.byteCount))));
-        result.byteCount += out.size();
-        if (isExhausted && out.empty() && in.size() == before)
-            break; // the block is cut
-    }
-    result.isDamaged = !stream.isAtEnd && result.byteCount <= expectedByteCount;
-    return result;
-}
+class StreamReader final : public BlockReader {
+public:
+    StreamReader(ByteSource& source, std::uint64_t compressedByteCount) : block_{source, compressedByteCount} {}
 
-/// Has no form that can be read in steps; both sides are in memory, bounded by the file's bytes.
-Inflated inflateLz4(Block& block, std::uint64_t compressedByteCount, std::uint64_t expectedByteCount,
-                    const Bytes& sink) {
-    if (compressedByteCount > LZ4_MAX_INPUT_SIZE || expectedByteCount > LZ4_MAX_INPUT_SIZE)
-        return {0, true};
-    std::vector<std::byte> input(compressedByteCount), output(expectedByteCount);
-    const std::size_t inputCount = block.read(input);
-    const int count =
-        LZ4_decompress_safe(reinterpret_cast<const char*>(input.data()), reinterpret_cast<char*>(output.data()),
-                            static_cast<int>(inputCount), static_cast<int>(output.size()));
-    if (count < 0)
-        return {0, true}; // also for a block that inflates to more
-    sink(std::span{output}.first(static_cast<std::size_t>(count)));
-    return {static_cast<std::uint64_t>(count), false};
-}
+    std::size_t read(std::span<std::byte> bytes) override {
+        std::size_t count = 0;
+        while (count == 0 && stream_.isSound && !stream_.isAtEnd && !isCut_)
+            count = step(bytes);
+        byteCount_ += count;
+        return count;
+    }
+
+    Inflated finish() override {
+        std::array<std::byte, 4096> beyond;
+        const std::size_t beyondCount = read(beyond);
+        block_.skipRest();
+        return {byteCount_, !stream_.isAtEnd && beyondCount == 0};
+    }
+
+private:
+    std::size_t step(std::span<std::byte> bytes) {
+        if (in_.empty() && !isExhausted_) {
+            in_ = std::span{input_}.first(block_.read(input_));
+            isExhausted_ = in_.empty();
+        }
+        const std::size_t before = in_.size();
+        stream_.step(in_, bytes);
+        isCut_ = isExhausted_ && bytes.empty() && in_.size() == before;
+        return bytes.size();
+    }
+
+    Block block_;
+    Stream stream_;
+    std::array<std::byte, 16384> input_;
+    std::span<std::byte> in_; // not yet taken
+    bool isExhausted_ = false, isCut_ = false;
+    std::uint64_t byteCount_ = 0;
+};
+
+/// Has no form that can be read in steps.
+class Lz4Reader final : public BlockReader {
+public:
+    Lz4Reader(ByteSource& source, std::uint64_t compressedByteCount, std::uint64_t expectedByteCount)
+        : block_{source, compressedByteCount}, output_(expectedByteCount) {
+        std::vector<std::byte> input(compressedByteCount);
+        const std::size_t inputCount = block_.read(input);
+        const int count =
+            LZ4_decompress_safe(reinterpret_cast<const char*>(input.data()), reinterpret_cast<char*>(output_.data()),
+                                static_cast<int>(inputCount), static_cast<int>(output_.size()));
+        isDamaged_ = count < 0; // also for a block that inflates to more
+        output_.resize(static_cast<std::size_t>(std::max(count, 0)));
+    }
+
+    std::size_t read(std::span<std::byte> bytes) override {
+        const std::size_t count = std::min(bytes.size(), output_.size() - next_);
+        std::copy_n(output_.begin() + static_cast<std::ptrdiff_t>(next_), count, bytes.begin());
+        next_ += count;
+        return count;
+    }
+
+    Inflated finish() override {
+        block_.skipRest();
+        return {output_.size(), isDamaged_};
+    }
+
+private:
+    Block block_;
+    std::vector<std::byte> output_;
+    std::size_t next_ = 0;
+    bool isDamaged_ = false;
+};
 
 } // namespace
 
@@ -139,15 +168,18 @@ std::uint64_t largestRatio(Compressor compressor) {
     }
 }
 
-Inflated inflateBlock(Compressor compressor, ByteSource& source, std::uint64_t compressedByteCount,
-                      std::uint64_t expectedByteCount, const Bytes& sink) {
-    Block block{source, compressedByteCount};
-    const Inflated result = compressor == Compressor::zlib ? inflateStream<ZlibStream>(block, expectedByteCount, sink)
-                            : compressor == Compressor::lzma
-                                ? inflateStream<LzmaStream>(block, expectedByteCount, sink)
-                                : inflateLz4(block, compressedByteCount, expectedByteCount, sink);
-    block.skipRest();
-    return result;
+bool isBlockReadable(Compressor compressor, std::uint64_t compressedByteCount, std::uint64_t expectedByteCount) {
+    constexpr std::uint64_t byteLimit = 64 << 20;
+    return compressor != Compressor::lz4 || (compressedByteCount <= byteLimit && expectedByteCount <= byteLimit);
+}
+
+std::unique_ptr<BlockReader> openBlock(Compressor compressor, ByteSource& source, std::uint64_t compressedByteCount,
+                                       std::uint64_t expectedByteCount) {
+    if (compressor == Compressor::zlib)
+        return std::make_unique<StreamReader<ZlibStream>>(source, compressedByteCount);
+    if (compressor == Compressor::lzma)
+        return std::make_unique<StreamReader<LzmaStream>>(source, compressedByteCount);
+    return std::make_unique<Lz4Reader>(source, compressedByteCount, expectedByteCount);
 }
 
 } // namespace krohost::vtu

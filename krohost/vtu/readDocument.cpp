@@ -14,7 +14,8 @@ namespace krohost::vtu {
 namespace {
 
 /// What the format's other readers take at most; a file beyond this is no work of a writer of such files.
-constexpr std::size_t tagByteLimit = 65536, innerCharacterLimit = 1000, depthLimit = 1000;
+constexpr std::size_t tagByteLimit = 65536, depthLimit = 1000;
+constexpr std::ptrdiff_t innerCharacterLimit = 1000; // beside the tag's own ">"
 /// Bytes that the XML library may hold back until a comment or the like ends.
 constexpr std::uint64_t heldBackLimit = 8 << 20;
 
@@ -24,8 +25,8 @@ constexpr char namespaceEnd = '\n';
 /// Follows the events of the XML library and writes down what the records want.
 class Reader {
 public:
-    explicit Reader(const std::filesystem::path& path)
-        : parser_{XML_ParserCreateNS(nullptr, namespaceEnd), XML_ParserFree} {
+    Reader(const std::filesystem::path& path, const Poll& poll)
+        : parser_{XML_ParserCreateNS(nullptr, namespaceEnd), XML_ParserFree}, poll_{poll} {
         document_.path = path;
         if (!parser_)
             throw std::bad_alloc();
@@ -40,6 +41,17 @@ public:
             if (version && version != std::string_view{"1.0"})
                 static_cast<Reader*>(self)->stop("xml", fmt::format("XML {} is not read (accepted: 1.0)", version));
         });
+        XML_SetStartDoctypeDeclHandler(parser_.get(), [](void* self, const char*, const char*, const char*, int) {
+            static_cast<Reader*>(self)->documentTypeBegin_ = static_cast<Reader*>(self)->position().byte;
+        });
+        XML_SetEndDoctypeDeclHandler(parser_.get(),
+                                     [](void* self) { static_cast<Reader*>(self)->checkDocumentType(); });
+        XML_SetEntityDeclHandler(parser_.get(),
+                                 [](void* self, const char*, int, const char*, int, const char*, const char*,
+                                    const char*, const char*) { static_cast<Reader*>(self)->checkDocumentType(); });
+        XML_SetNamespaceDeclHandler(
+            parser_.get(), [](void* self, const char*, const char*) { static_cast<Reader*>(self)->beginNamespace(); },
+            [](void* self, const char*) { --static_cast<Reader*>(self)->namespaceCount_; });
         XML_SetCommentHandler(parser_.get(), [](void* self, const char*) { static_cast<Reader*>(self)->endText(); });
         XML_SetProcessingInstructionHandler(
             parser_.get(), [](void* self, const char*, const char*) { static_cast<Reader*>(self)->endText(); });
@@ -58,7 +70,7 @@ public:
         }
         document_.byteCount = std::filesystem::file_size(document_.path, error);
         feed(stream);
-        placeAppendedArrays();
+        placeAppendedArrays(document_);
         return std::move(document_);
     }
 
@@ -67,6 +79,8 @@ private:
         std::array<char, 65536> block;
         std::uint64_t fedCount = 0;
         while (!isOver_) {
+            if (poll_)
+                poll_();
             stream.read(block.data(), block.size());
             const auto count = static_cast<int>(stream.gcount());
             if (fedCount == 0 && isUtf16({block.data(), static_cast<std::size_t>(count)}))
@@ -119,10 +133,31 @@ private:
             return stop("nested-too-deep", fmt::format("elements are nested more than {} deep", depthLimit));
         if (!checkTag())
             return;
+        if (depth_ == 1 && localName(name) != "VTKFile")
+            return stop("file-type", fmt::format("the document's first element is \"{}\" (accepted: \"VTKFile\")",
+                                                 localName(name).substr(0, 80)));
         Element element{std::string(localName(name)), position(), {}};
-        for (; *attributes; attributes += 2)
+        std::size_t valueByteCount = 0; // with entities replaced
+        for (; *attributes; attributes += 2) {
             element.attributes.push_back({attributes[0], attributes[1]});
+            valueByteCount += element.attributes.back().value.size();
+        }
+        if (valueByteCount > tagByteLimit)
+            return stop("tag-too-long", fmt::format("entities make a tag longer than {} bytes", tagByteLimit));
         dispatch(std::move(element));
+    }
+
+    /// All of a document type is one tag.
+    void checkDocumentType() {
+        if (++entityCount_ > innerCharacterLimit || position().byte - documentTypeBegin_ > tagByteLimit)
+            stop("tag-too-long", fmt::format("a document type has more than {} bytes or {} entities", tagByteLimit,
+                                             innerCharacterLimit));
+    }
+
+    void beginNamespace() {
+        constexpr std::size_t namespaceLimit = 100; // each makes every tag take longer
+        if (++namespaceCount_ > namespaceLimit)
+            stop("namespaces", fmt::format("more than {} namespaces are declared at a time", namespaceLimit));
     }
 
     bool checkTag() {
@@ -134,8 +169,8 @@ private:
         int offset = 0, byteCount = 0;
         const char* bytes = XML_GetInputContext(parser_.get(), &offset, &byteCount);
         const std::string_view tag{bytes ? bytes + offset : "", bytes ? static_cast<std::size_t>(tagByteCount) : 0};
-        for (const char character : {'>', '='})
-            if (static_cast<std::size_t>(std::count(tag.begin(), tag.end(), character)) > innerCharacterLimit + 1) {
+        for (const char character : {'>', '=', '&'})
+            if (std::count(tag.begin(), tag.end(), character) > innerCharacterLimit + (character == '>' ? 1 : 0)) {
                 stop("tag-characters",
                      fmt::format("a tag holds more than {} \"{}\" characters", innerCharacterLimit, character));
                 return false;
@@ -144,19 +179,9 @@ private:
     }
 
     void dispatch(Element element) {
-        struct SectionName {
-            std::string_view name;
-            Section section;
-        };
-        static constexpr std::array<SectionName, 5> sections{{{"Points", Section::points},
-                                                              {"Cells", Section::cells},
-                                                              {"PointData", Section::pointData},
-                                                              {"CellData", Section::cellData},
-                                                              {"FieldData", Section::fieldData}}};
-        const auto section = std::find_if(sections.begin(), sections.end(),
-                                          [&](const SectionName& entry) { return entry.name == element.name; });
-        if (section != sections.end() && (isInPiece_ || section->section == Section::fieldData))
-            section_ = section->section;
+        const std::optional<Section> section = sectionNamed(element.name);
+        if (section && (isInPiece_ || section == Section::fieldData))
+            section_ = section;
         else if (element.name == "DataArray" && section_)
             addArray(std::move(element));
         else if (element.name == "Piece")
@@ -177,14 +202,7 @@ private:
         document_.type = text("type");
         document_.isBigEndian = equalsIgnoringCase(text("byte_order"), "BigEndian");
         document_.headerWordByteCount = equalsIgnoringCase(text("header_type"), "UInt64") ? 8 : 4;
-        document_.compressor = Compressor::none;
-        if (element.find("compressor")) {
-            static constexpr std::array names{"vtkZLibDataCompressor", "vtkLZ4DataCompressor", "vtkLZMADataCompressor"};
-            document_.compressor = Compressor::unknown;
-            for (std::size_t index = 0; index < names.size(); ++index)
-                if (equalsIgnoringCase(text("compressor"), names[index]))
-                    document_.compressor = static_cast<Compressor>(index + 1);
-        }
+        document_.compressor = compressorNamed(element.find("compressor"));
         document_.root = std::move(element);
     }
 
@@ -239,7 +257,7 @@ private:
         array.name = element.nameAttribute();
         const std::string* type = element.find("type");
         array.type = type ? elementType(*type) : ElementType::Float32;
-        array.format = format(element.find("format"));
+        array.format = formatNamed(element.find("format"));
         array.componentCount = element.number("NumberOfComponents", 1);
         if (element.find("NumberOfTuples"))
             array.declaredTupleCount = element.number("NumberOfTuples", 0);
@@ -249,14 +267,6 @@ private:
         array.element = std::move(element);
         arrays().push_back(std::move(array));
         isInText_ = true;
-    }
-
-    static std::optional<Format> format(const std::string* word) {
-        if (!word || *word == "ascii")
-            return Format::ascii;
-        if (*word == "binary")
-            return Format::base64;
-        return *word == "appended" ? std::optional{Format::appended} : std::nullopt;
     }
 
     std::uint64_t tupleCount(const Array& array) const {
@@ -304,7 +314,7 @@ private:
         name = localName(name);
         if (name == "Piece")
             isInPiece_ = false;
-        if (name == "Points" || name == "Cells" || name == "PointData" || name == "CellData" || name == "FieldData")
+        if (sectionNamed(name))
             section_.reset();
         if (name == "Block")
             block_.clear();
@@ -314,36 +324,25 @@ private:
             stop(); // what comes behind is nobody's business
     }
 
-    void placeAppendedArrays() {
-        const std::uint64_t begin = document_.appendedBegin.value_or(document_.byteCount);
-        const auto place = [&](Array& array) {
-            if (array.format != Format::appended)
-                return;
-            const std::uint64_t offset = array.element.number("offset", 0).value_or(0);
-            array.begin = offset > UINT64_MAX - begin ? UINT64_MAX : begin + offset;
-            array.end = std::max(array.begin, document_.byteCount);
-        };
-        for (Piece& piece : document_.pieces)
-            for (auto* arrays : {&piece.points, &piece.cells, &piece.pointData, &piece.cellData})
-                std::for_each(arrays->begin(), arrays->end(), place);
-        std::for_each(document_.fieldData.begin(), document_.fieldData.end(), place);
-    }
-
     std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_;
+    const Poll& poll_;
     Document document_;
     std::optional<Section> section_;
     std::string block_;
     std::size_t depth_ = 0;
-    bool isInPiece_ = false;       // within a Piece
-    bool isInText_ = false;        // of the array added last
-    bool isEncodingKnown_ = false; // that of the appended data
+    std::size_t namespaceCount_ = 0; // of those in force
+    std::uint64_t documentTypeBegin_ = 0;
+    std::ptrdiff_t entityCount_ = 0; // that the document declares
+    bool isInPiece_ = false;         // within a Piece
+    bool isInText_ = false;          // of the array added last
+    bool isEncodingKnown_ = false;   // that of the appended data
     bool isOver_ = false;
 };
 
 } // namespace
 
-Document readDocument(const std::filesystem::path& path) {
-    return Reader{path}.read();
+Document readDocument(const std::filesystem::path& path, const Poll& poll) {
+    return Reader{path, poll}.read();
 }
 
 } // namespace krohost::vtu

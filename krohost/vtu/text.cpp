@@ -2,47 +2,55 @@
 
 #include "krohost/text/printable.h"
 
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <limits>
-#include <string>
 #include <type_traits>
+
+#include <locale.h>
 
 namespace krohost::vtu {
 
 namespace {
 
-using Bytes = std::function<void(std::span<const std::byte>)>;
-
 bool isBlank(char character) {
     return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
-using Value = std::array<std::byte, 8>;
-
-/// Puts the number that a word stands for into `value`; gives its bytes, or 0 when it is no such number.
-template <class Number>
-std::size_t convert(const std::string& word, Value& value) {
-    const char* end = word.data() + word.size();
-    std::conditional_t<std::is_floating_point_v<Number>, double, Number> parsed{};
-    const auto result = std::from_chars(word.data() + (word.starts_with('+') ? 1 : 0), end, parsed);
-    bool isNumber = result.ptr == end && result.ec == std::errc{};
-    if constexpr (std::is_floating_point_v<Number>) {
-        if (result.ptr == end && result.ec == std::errc::result_out_of_range) {
-            parsed = std::strtod(word.c_str(), nullptr); // what is too small is as good as 0
-            isNumber = std::abs(parsed) < 1;
-        }
-        isNumber = isNumber && !(std::isfinite(parsed) && std::abs(parsed) > std::numeric_limits<Number>::max());
-    }
-    const auto number = static_cast<Number>(parsed);
-    std::memcpy(value.data(), &number, sizeof number);
-    return isNumber ? sizeof number : 0;
+bool isDigit(char character) {
+    return character >= '0' && character <= '9';
 }
 
-using Convert = std::size_t (*)(const std::string&, Value&);
+/// No number is longer; a word that is ends the array.
+constexpr std::size_t wordLimit = 65535;
+
+/// Whether a number beyond the range of double is too small, which makes it zero, and not too large.
+bool isTooSmall(const std::string& word) {
+    static const locale_t classic = newlocale(LC_ALL_MASK, "C", nullptr);
+    return std::abs(strtod_l(word.c_str(), nullptr, classic)) < 1;
+}
+
+/// Puts the number that a word stands for at `value`; false when it is no such number. "+5" is one, and so is "-0",
+/// also where numbers are unsigned.
+template <class Number>
+bool convert(const std::string& word, std::byte* value) {
+    const bool hasPlus = word.size() > 1 && word[0] == '+' && word[1] != '-';
+    const bool isMinusZero =
+        std::is_unsigned_v<Number> && word.size() > 1 && word[0] == '-' && word.find_first_not_of('0', 1) == word.npos;
+    const char* end = word.data() + word.size();
+    Number number{};
+    const auto result = std::from_chars(word.data() + (hasPlus || isMinusZero ? 1 : 0), end, number);
+    bool isNumber = result.ptr == end && result.ec == std::errc{};
+    if (std::is_floating_point_v<Number> && result.ptr == end && result.ec == std::errc::result_out_of_range) {
+        isNumber = isTooSmall(word);
+        number = static_cast<Number>(word.front() == '-' ? -0.0 : 0.0);
+    }
+    std::memcpy(value, &number, sizeof number);
+    return isNumber;
+}
+
+using Convert = bool (*)(const std::string&, std::byte*);
 
 /// In the order of ElementType.
 constexpr std::array<Convert, 10> conversions{convert<std::int8_t>,   convert<std::uint8_t>,  convert<std::int16_t>,
@@ -52,35 +60,46 @@ constexpr std::array<Convert, 10> conversions{convert<std::int8_t>,   convert<st
 
 } // namespace
 
-std::optional<Fault> decodeText(FileSource& source, ElementType type, const Bytes& sink) {
-    constexpr std::size_t wordLimit = 400; // the digits of the largest double
-    const Convert toValue = conversions[static_cast<std::size_t>(type)];
-    Value value{};
-    std::array<std::byte, 65536> block;
-    std::string word;
-    const auto finishWord = [&](std::uint64_t end) -> std::optional<Fault> {
-        if (word.empty())
+TextReader::TextReader(FileSource& source, ElementType type) : source_{source}, type_{type} {}
+
+std::optional<char> TextReader::peek() {
+    if (next_ == end_) {
+        next_ = 0;
+        end_ = source_.read(block_);
+        if (end_ == 0)
             return std::nullopt;
-        const std::size_t byteCount = toValue(word, value);
-        if (byteCount == 0)
-            return Fault{
-                .kind = FaultKind::foreignText, .byte = end - word.size(), .text = std::string(beginning(word, 40))};
-        sink(std::span{value}.first(byteCount));
-        word.clear();
-        return std::nullopt;
-    };
-    while (const std::size_t count = source.read(block)) {
-        for (std::size_t index = 0; index < count; ++index) {
-            const char character = static_cast<char>(block[index]);
-            const bool isWhole = isBlank(character) || word.size() >= wordLimit;
-            if (isWhole)
-                if (auto fault = finishWord(source.position() - count + index))
-                    return fault;
-            if (!isBlank(character))
-                word += character;
-        }
     }
-    return finishWord(source.position());
+    return static_cast<char>(block_[next_]);
+}
+
+bool TextReader::takeWord() {
+    word_.clear();
+    for (std::optional<char> character = peek(); character && isBlank(*character); character = peek())
+        ++next_;
+    for (std::optional<char> character = peek(); character && !isBlank(*character); character = peek()) {
+        const bool beginsNext = *character == '-' && !word_.empty() && isDigit(word_.back());
+        if (beginsNext || word_.size() > wordLimit)
+            break;
+        word_ += *character;
+        ++next_;
+    }
+    return !word_.empty();
+}
+
+std::size_t TextReader::read(std::span<std::byte> bytes) {
+    const std::size_t valueByteCount = byteCount(type_);
+    std::size_t count = 0;
+    while (!fault_ && count + valueByteCount <= bytes.size() && takeWord()) {
+        const bool isNumber =
+            word_.size() <= wordLimit && conversions[static_cast<std::size_t>(type_)](word_, bytes.data() + count);
+        if (isNumber)
+            count += valueByteCount;
+        else
+            fault_ = Fault{.kind = FaultKind::foreignText,
+                           .byte = source_.position() - (end_ - next_) - word_.size(),
+                           .text = std::string(beginning(word_, 40))};
+    }
+    return count;
 }
 
 } // namespace krohost::vtu

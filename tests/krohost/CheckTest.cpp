@@ -140,12 +140,14 @@ TEST(Check, ExplainsWhatALoaderRefusesAndWhere) {
                                            "<UnstructuredGrid>"),
           "stray-element", "<DataSet"},
          {with("Piece", "a", std::string(0x10000, 'x')), "tag-too-long", "<Piece"},
-         {with("Piece", "a", std::string(1010, '=')), "tag-characters", "<Piece"},
+         {with("Piece", "a", std::string(999, '=')), "tag-characters", "<Piece"}, // with those of two attributes
          {with("Points", "NumberOfComponents", "4"), "points", points},
          {withMarkup("</Points>", "<DataArray NumberOfComponents=\"0\"/></Points>"), "points",
           "<DataArray NumberOfComponents=\"0\""},
          {withMarkup("\"types\"", "\"kinds\""), "cell-arrays", "<Piece"},
          {with("types", "type", "Float32"), "cell-arrays", "<DataArray Name=\"types\""},
+         {withMarkup("</Cells>", "<DataArray type=\"Int64\" Name=\"faces\">1 2 3</DataArray></Cells>"), "cell-arrays",
+          "<Piece"},
          {vtu().piece(test::hexahedron()).piece(test::singleCell(10)), "pieces-differ", "<Piece NumberOfPoints=\"4\""},
          {vtu().piece(withArray(test::variedValues("velocity_Z", ElementType::Int8, 23))), "duplicate-variable",
           "<DataArray type=\"Int8\" Name=\"velocity_Z\""},
@@ -155,7 +157,7 @@ TEST(Check, ExplainsWhatALoaderRefusesAndWhere) {
          {sound().values("offsets", {8, 14, 20, 24}), "cell-nodes", offsets},
          {sound().appendedRaw().headerWord("Points", 0, 1000000), "data-beyond-file", points},
          {zlib().headerWord("Points", 0, 1000000), "table-beyond-file", points},
-         {wideBlocks(test::numbers(4)).headerWord("types", 2, most), "value-count implausible-size", types},
+         {wideBlocks(test::numbers(4)).headerWord("types", 2, most), "size-overflow", types},
          {wideBlocks(test::numbers(4)).headerWord("types", 3, most), "data-beyond-file", types},
          {wideBlocks(test::numbers(80000)).headerWord("types", 1, most), "size-overflow", types},
          {sound().base64().headerWord("pressure", 0, 88), "value-count", pressure, Loader::failsOnDemand},
@@ -216,18 +218,22 @@ TEST(Check, LooksIntoTheMembersOfACollection) {
     const test::TemporaryFolder folder;
     with("VTKFile", "byte_order", "Middle").write(folder / "bad.vtu");
     folder.write("inner.vtm", "<VTKFile type=\"vtkMultiBlockDataSet\"><DataSet file=\"bad.vtu\"/></VTKFile>");
+    const std::string missing = std::string(100, 'n') + ".vtu";
     folder.write("all.vtm", "<VTKFile type=\"vtkMultiBlockDataSet\">\n<DataSet file=\"bad.vtu\"/>\n"
-                            "<DataSet file=\"none.vtu\"/><DataSet file=\"inner.vtm\"/> <DataSet/>\n</VTKFile>");
+                            "<DataSet file=\"" +
+                                missing + "\"/><DataSet file=\"inner.vtm\"/> <DataSet/>\n</VTKFile>");
     const Outcome outcome = runKrohost(folder, "check --explain all.vtm");
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_EQ(outcome.output,
               "all.vtm: error: the file was not loaded [load]\n"
-              "all.vtm:3:1: error: there is no file \"none.vtu\" [missing-member]\n"
-              "all.vtm:3:55: error: DataSet names no file (accepted: the attribute file) [member-without-file]\n"
-              "bad.vtu:2:1: error: the byte_order \"Middle\" of VTKFile is not read (accepted: \"LittleEndian\", "
-              "\"BigEndian\", or no such attribute) [byte-order]\n"
-              "inner.vtm:1:1: error: a collection names another collection (accepted: grids) [nested-collection]\n"
-              "0 arrays in 0 zones loaded, 5 problems\n");
+              "all.vtm:3:1: error: there is no file \"" +
+                  missing +
+                  "\" [missing-member]\n"
+                  "all.vtm:3:151: error: DataSet names no file (accepted: the attribute file) [member-without-file]\n"
+                  "bad.vtu:2:1: error: the byte_order \"Middle\" of VTKFile is not read (accepted: \"LittleEndian\", "
+                  "\"BigEndian\", or no such attribute) [byte-order]\n"
+                  "inner.vtm:1:1: error: a collection names another collection (accepted: grids) [nested-collection]\n"
+                  "0 arrays in 0 zones loaded, 5 problems\n");
 }
 
 TEST(Check, SumsUpAndSaysWhyInItsExitCode) {

@@ -1,5 +1,6 @@
 // Documents that are made to take all the time or memory there is, or to be read as something else.
 
+#include "krohost/check/checkFile.h"
 #include "tests/load/Load.h"
 #include "tests/load/limits.h"
 #include "tests/support/sound.h"
@@ -88,7 +89,9 @@ TEST(HostileXml, EndsInADialogOrASoundMesh) {
         if (end == End::soundMesh)
             expectZone(load, sound().expected());
         else
-            EXPECT_TRUE(!load.loaded() && load.host.dialogs().size() == 1) << load.dialog();
+            EXPECT_TRUE(!load.loaded() && load.host.dialogs().size() == 1 &&
+                        krohost::check::isExplained(krohost::check::checkFile(load.path(), {true, false}, {})))
+                << load.dialog();
     }
 }
 

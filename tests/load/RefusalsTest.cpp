@@ -1,3 +1,4 @@
+#include "krohost/check/checkFile.h"
 #include "tests/load/Load.h"
 #include "tests/support/sound.h"
 #include "tests/support/text.h"
@@ -106,7 +107,13 @@ struct Refusal {
     std::string demand = {}; // what is demanded after the load; empty when that is refused
 };
 
-/// Each file's only dialog is its text with this beginning.
+/// What the host itself finds in the file names the cause, and where it is.
+void expectExplanation(const Load& load) {
+    const auto findings = krohost::check::checkFile(load.path(), {true, load.loaded()}, {});
+    EXPECT_TRUE(krohost::check::isExplained(findings)) << load.dialog();
+}
+
+/// Each file's only dialog is its text with this beginning, and the file shows why.
 void expectRefusals(const std::string& beginning, const std::vector<Refusal>& refusals) {
     for (const Refusal& refusal : refusals) {
         SCOPED_TRACE(refusal.dialog);
@@ -117,6 +124,7 @@ void expectRefusals(const std::string& beginning, const std::vector<Refusal>& re
             EXPECT_FALSE(refusal.demand == "node map" ? load.nodeMap().has_value() : !!load.values(refusal.demand));
         }
         EXPECT_EQ(load.dialog(), "VTK Data Loader: " + beginning + refusal.dialog);
+        expectExplanation(load);
     }
 }
 
