@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <utility>
 
 namespace krohost::cli {
 
@@ -25,6 +26,44 @@ std::string layoutText(const std::string& path, const Instructions& instructions
     }
 }
 
+/// Takes what a layout holds, and anything else beside that.
+class LayoutVisitor final : public JsonVisitor {
+public:
+    explicit LayoutVisitor(const SmallFile& file) : file_{file} {}
+
+    void beginList(const Where& where) override { require(where != loader && where != item && !isSecondList(where)); }
+    void beginObject(const Where& where) override { require(!isOurs(where)); }
+    void endObject(const Where&) override {}
+    void text(const Where& where, std::string& value) override {
+        require(where != list && (where != loader || !std::exchange(hasLoader_, true)));
+        if (where == loader)
+            layout_.loaderName = std::move(value);
+        else if (where == item)
+            layout_.strings.push_back(std::move(value));
+    }
+    void number(const Where& where, double) override { require(!isOurs(where)); }
+    void word(const Where& where, bool) override { require(!isOurs(where)); }
+
+    Instructions take() {
+        require(hasLoader_ && hasList_);
+        return std::move(layout_);
+    }
+
+private:
+    inline static const Where loader{"loader"}, list{"instructions"}, item{"instructions", ""};
+
+    static bool isOurs(const Where& where) { return where == loader || where == list || where == item; }
+    bool isSecondList(const Where& where) { return where == list && std::exchange(hasList_, true); }
+    void require(bool holds) const {
+        if (!holds)
+            file_.failAsMalformed("it must hold a text \"loader\" and a list of texts \"instructions\"");
+    }
+
+    const SmallFile& file_;
+    Instructions layout_;
+    bool hasLoader_ = false, hasList_ = false;
+};
+
 } // namespace
 
 void writeLayout(const std::string& path, const Instructions& instructions) {
@@ -36,12 +75,9 @@ void writeLayout(const std::string& path, const Instructions& instructions) {
 
 Instructions readLayout(const std::string& path) {
     const SmallFile file{"layout", path};
-    const nlohmann::json document = file.json(2);
-    try {
-        return {document.at("loader").get<std::string>(), document.at("instructions").get<std::vector<std::string>>()};
-    } catch (const nlohmann::json::exception&) {
-        file.failAsMalformed("it must hold a text \"loader\" and a list of texts \"instructions\"");
-    }
+    LayoutVisitor visitor{file};
+    file.visitJson(visitor);
+    return visitor.take();
 }
 
 } // namespace krohost::cli

@@ -1,11 +1,10 @@
 #include "krohost/cli/series.h"
 
 #include "krohost/cli/Failure.h"
+#include "krohost/cli/pvd.h"
 #include "krohost/cli/smallFile.h"
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
-#include <pugixml.hpp>
 
 #include <glob.h>
 #include <string.h>
@@ -17,15 +16,11 @@
 #include <filesystem>
 #include <iterator>
 #include <tuple>
+#include <utility>
 
 namespace krohost::cli {
 
 namespace {
-
-struct Member {
-    SeriesFile file;
-    long long part = 0;
-};
 
 std::vector<std::string> matchingFiles(const std::string& pattern) {
     std::vector<std::string> files;
@@ -39,63 +34,102 @@ std::vector<std::string> matchingFiles(const std::string& pattern) {
     return files;
 }
 
-std::string besides(const std::string& collection, const std::string& member) {
-    return (std::filesystem::path{collection}.parent_path() / member).string();
-}
+/// What a series in JSON holds: `{"files": [{"name": TEXT, "time": NUMBER}, ...]}`, and anything else beside that.
+class SeriesVisitor final : public JsonVisitor {
+public:
+    explicit SeriesVisitor(const SmallFile& file) : file_{file} {}
 
-std::vector<Member> pvdMembers(const SmallFile& collection) {
-    const std::string text = collection.text();
-    pugi::xml_document document;
-    if (const auto result = document.load_buffer(text.data(), text.size()); !result)
-        collection.failAsMalformed(fmt::format("{} at byte {}", result.description(), result.offset));
-    const pugi::xml_node root = document.child("VTKFile");
-    if (root.attribute("type").value() != std::string_view{"Collection"})
-        collection.failAsMalformed("it is not a VTKFile of the type Collection");
-    std::vector<Member> members;
-    for (const pugi::xml_node node : root.child("Collection").children("DataSet")) {
-        const std::string file = node.attribute("file").value();
-        const pugi::xml_attribute timestep = node.attribute("timestep");
-        const std::optional<double> time = parseTime(timestep.value());
-        if (file.empty())
-            collection.failAsMalformed(fmt::format("its DataSet {} has no file", members.size() + 1));
-        if (timestep && !time)
-            collection.failAsMalformed(fmt::format("the timestep \"{}\" is not a number", timestep.value()));
-        members.push_back({{besides(collection.path, file), time}, node.attribute("part").as_llong()});
+    void beginList(const Where& where) override {
+        if (where == Where{"files"} && std::exchange(hasList_, true))
+            file_.failAsMalformed("it has two lists \"files\"");
+        refuse(where);
     }
-    return members;
-}
+    void beginObject(const Where& where) override {
+        if (isItem(where))
+            members_.emplace_back();
+        else
+            refuse(where);
+    }
+    void endObject(const Where& where) override {
+        if (isItem(where) && members_.back().file.path.empty())
+            failAsNameless(members_.size());
+    }
+    void text(const Where& where, std::string& value) override {
+        if (isField(where, "name"))
+            set(members_.back().file.path, std::move(value), "names");
+        else
+            refuse(where);
+    }
+    void number(const Where& where, double value) override {
+        if (isField(where, "time"))
+            set(members_.back().file.time, std::optional{value}, "times");
+        else
+            refuse(where);
+    }
+    void word(const Where& where, bool isNull) override {
+        if (!isNull || !isField(where, "time"))
+            refuse(where);
+    }
 
-std::vector<Member> jsonMembers(const SmallFile& collection) {
-    const nlohmann::json document = collection.json(3);
-    const auto files = document.is_object() ? document.find("files") : document.end();
-    if (files == document.end() || !files->is_array())
-        collection.failAsMalformed("it has no list \"files\"");
-    std::vector<Member> members;
-    for (const auto& entry : *files) {
-        const nlohmann::json name = entry.is_object() ? entry.value("name", nlohmann::json{}) : nlohmann::json{};
-        const nlohmann::json time = entry.is_object() ? entry.value("time", nlohmann::json{}) : nlohmann::json{};
-        if (!name.is_string() || name.get_ref<const std::string&>().empty())
-            collection.failAsMalformed(fmt::format("its file {} has no name", members.size() + 1));
-        if (!time.is_null() && !time.is_number())
-            collection.failAsMalformed(fmt::format("the time of its file {} is not a number", members.size() + 1));
-        members.push_back({{besides(collection.path, name.get<std::string>()),
-                            time.is_null() ? std::nullopt : std::optional{time.get<double>()}}});
+    std::vector<SeriesMember> take() {
+        if (!hasList_)
+            file_.failAsMalformed("it has no list \"files\"");
+        return std::move(members_);
     }
-    return members;
+
+private:
+    static bool isItem(const Where& where) { return where.size() == 2 && where[0] == "files" && where[1].empty(); }
+    static bool isField(const Where& where, const char* name) {
+        return where.size() == 3 && where[0] == "files" && where[1].empty() && where[2] == name;
+    }
+
+    /// What is no value for such a place.
+    void refuse(const Where& where) const {
+        if (isField(where, "time"))
+            file_.failAsMalformed(fmt::format("the time of its file {} is not a number", members_.size()));
+        if (isField(where, "name") || isItem(where))
+            failAsNameless(members_.size() + (isItem(where) ? 1 : 0));
+    }
+    [[noreturn]] void failAsNameless(std::size_t number) const {
+        file_.failAsMalformed(fmt::format("its file {} has no name", number));
+    }
+
+    template <class Field>
+    void set(Field& field, Field value, const char* what) const {
+        if (field != Field{})
+            file_.failAsMalformed(fmt::format("its file {} has two {}", members_.size(), what));
+        field = std::move(value);
+    }
+
+    const SmallFile& file_;
+    std::vector<SeriesMember> members_;
+    bool hasList_ = false;
+};
+
+std::vector<SeriesMember> jsonMembers(const std::string& path) {
+    const SmallFile file{"time series", path};
+    SeriesVisitor visitor{file};
+    file.visitJson(visitor);
+    return visitor.take();
 }
 
 bool hasExtension(const std::string& file, const char* extension) {
     return strcasecmp(std::filesystem::path{file}.extension().c_str(), extension) == 0;
 }
 
-std::vector<Member> sortedMembers(const std::string& path, std::vector<Member> (*read)(const SmallFile&)) {
-    std::vector<Member> members = read({"time series", path});
+/// The files of a series, found from its folder, by their times and parts.
+std::vector<SeriesFile> sortedFiles(const std::string& path, std::vector<SeriesMember> members) {
     if (members.empty())
         throw Failure(fmt::format("The time series \"{}\" names no files.", path), Exit_Failed);
-    std::stable_sort(members.begin(), members.end(), [](const Member& left, const Member& right) {
+    std::stable_sort(members.begin(), members.end(), [](const SeriesMember& left, const SeriesMember& right) {
         return std::tuple{left.file.time.value_or(0), left.part} < std::tuple{right.file.time.value_or(0), right.part};
     });
-    return members;
+    const std::filesystem::path folder = std::filesystem::path{path}.parent_path();
+    std::vector<SeriesFile> files;
+    files.reserve(members.size());
+    for (SeriesMember& member : members)
+        files.push_back({(folder / member.file.path).string(), member.file.time});
+    return files;
 }
 
 } // namespace
@@ -116,13 +150,12 @@ std::vector<std::string> expandPatterns(const std::vector<std::string>& names) {
 std::vector<SeriesFile> expandCollections(const std::vector<std::string>& files) {
     std::vector<SeriesFile> expanded;
     for (const std::string& file : files) {
-        std::vector<Member> members{{{file, std::nullopt}}};
+        std::vector<SeriesFile> members{{file, std::nullopt}};
         if (hasExtension(file, ".pvd"))
-            members = sortedMembers(file, pvdMembers);
+            members = sortedFiles(file, pvdMembers(file));
         else if (hasExtension(file, ".series"))
-            members = sortedMembers(file, jsonMembers);
-        std::transform(members.begin(), members.end(), std::back_inserter(expanded),
-                       [](Member& member) { return std::move(member.file); });
+            members = sortedFiles(file, jsonMembers(file));
+        std::move(members.begin(), members.end(), std::back_inserter(expanded));
     }
     return expanded;
 }

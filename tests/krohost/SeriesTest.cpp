@@ -11,6 +11,13 @@ std::string pvd(const std::string& dataSets) {
     return R"(<?xml version="1.0"?><VTKFile type="Collection"><Collection>)" + dataSets + "</Collection></VTKFile>";
 }
 
+std::string repeated(int count, const std::string& text) {
+    std::string repetition;
+    while (count-- > 0)
+        repetition += text;
+    return repetition;
+}
+
 /// Some steps of a series, and ways to name them.
 class Series : public InFolder {
 protected:
@@ -31,6 +38,10 @@ protected:
         folder.write("gone.json", R"({"loader": "VTK Data Loader", "instructions":
                                       ["STANDARDSYNTAX", "1.0", "FILENAME_FILE", "other/gone.vtu"]})");
         folder.write("unknown.json", R"({"loader": "L", "instructions": []})");
+        folder.write("list.json", R"({"loader": ["L"], "instructions": []})");
+        folder.write("twice.json", R"({"loader": "L", "instructions": [], "loader": "M"})");
+        folder.write("number.json", R"({"loader": "L", "instructions": [1]})");
+        folder.write("half.json", R"({"loader": "L"})");
     }
 
     /// The zones as "name strand group time", or the exit code and what was said.
@@ -80,13 +91,25 @@ TEST_F(Series, IsWhatTheUserNames) {
         {"replay unknown.json", "1 There is no loader \"L\"; there is \"VTK Data Loader\", \"TRIX Loader\".\n"}};
     for (const auto& [arguments, expected] : rows)
         EXPECT_EQ(zones(arguments), expected) << arguments;
+    for (const std::string name : {"list.json", "twice.json", "number.json", "half.json"})
+        EXPECT_EQ(zones("replay " + name), "1 The layout \"" + name +
+                                               "\" is malformed: it must hold a text \"loader\" and a list of texts "
+                                               "\"instructions\".\n");
     for (const char* arguments : {"--json gone.pvd", "replay --json gone.json"})
         EXPECT_EQ(json::parse(run(arguments).output)["stoppedAt"], "other/gone.vtu: Opening file...") << arguments;
 }
 
 TEST_F(Series, ThatIsMalformedIsRefusedWithTheReason) {
     const std::vector<std::tuple<const char*, std::string, const char*>> rows{
-        {"bad.pvd", "<VTKFile", "is malformed: Error parsing start element tag at byte 7"},
+        {"bad.pvd", "<VTKFile", "is malformed: unclosed token at byte 0"},
+        {"bad.pvd", "", "is malformed: no element found at byte 0"},
+        {"bad.pvd", pvd("<DataSet file='\xFF'/>"), "is malformed: not well-formed (invalid token) at byte 75"},
+        {"bad.pvd", pvd(R"(<DataSet timestep="nan" file="s1.vtu"/>)"),
+         R"(is malformed: the timestep "nan" is not a number)"},
+        {"bad.pvd", pvd("<DataSet file='" + std::string(3 << 20, 'x') + "'/>"),
+         "is malformed: markup is longer than 1048576 bytes at byte 60"},
+        {"bad.pvd", pvd(repeated(200000, R"(<DataSet file="s1.vtu"/>)") + "<DataSet/>"),
+         "is malformed: its DataSet 200001 has no file"},
         {"bad.pvd", pvd(""), "names no files"},
         {"bad.pvd", pvd(R"(<DataSet timestep="x" file="s1.vtu"/>)"),
          R"(is malformed: the timestep "x" is not a number)"},
@@ -96,6 +119,17 @@ TEST_F(Series, ThatIsMalformedIsRefusedWithTheReason) {
         {"bad.series", R"({"files": [{"name": "s1.vtu", "time": "x"}]})",
          "is malformed: the time of its file 1 is not a number"},
         {"bad.series", R"({"files": [{}]})", "is malformed: its file 1 has no name"},
+        {"bad.series", R"({"files": ["s1.vtu"]})", "is malformed: its file 1 has no name"},
+        {"bad.series", R"({"files": [{"name": 1}]})", "is malformed: its file 1 has no name"},
+        {"bad.series", R"({"files": [{"name": "a", "name": "b"}]})", "is malformed: its file 1 has two names"},
+        {"bad.series", R"({"files": [], "files": []})", R"(is malformed: it has two lists "files")"},
+        {"bad.series", R"({"files": [{"name": "a", "time": 1e999}]})",
+         "is malformed: it holds a number that is too large"},
+        {"bad.series", R"({"files": [{"name": "a", "time": NaN}]})", "is malformed: it is not JSON from byte 34 on"},
+        {"bad.series", "{\"files\": [{\"name\": \"\xFF\"}]}", "is malformed: it is not JSON from byte 22 on"},
+        {"bad.series", repeated(1000000, "["), "is malformed: it is nested more than 100 deep"},
+        {"bad.series", R"({"files": [)" + repeated(200000, R"({"name": "s1.vtu"}, )") + "{}]}",
+         "is malformed: its file 200001 has no name"},
         {"bad.series", "[]", R"(is malformed: it has no list "files")"}};
     for (const auto& [name, text, reason] : rows) {
         folder.write(name, text);
