@@ -60,6 +60,7 @@ ROWS = [
     ("diff", 3, "diff --json wing.vtu missing.vtu"),
     ("convert", 0, "convert --json wing.vtu -o new.vtu"),
     ("convert", 0, "convert --json --repair wing.vtu -o repaired.vtu"),
+    ("convert", 1, "convert --json --repair mixed.vtu -o parts.vtu"),
     ("convert", 1, "convert --json empty.vtu -o not.vtu"),
     ("convert", 2, "convert --json wing.vtu -o wing.vtu"),
     ("convert", 3, "convert --json missing.vtu -o not.vtu"),
@@ -82,6 +83,11 @@ def write_files(folder, samples):
     (folder / "short.vtu").write_bytes(wing[:len(wing) * 9 // 10])
     (folder / "other.vtu").write_bytes((samples / "wing-and-tail.vtu").read_bytes())
     (folder / "empty.vtu").write_text("<VTKFile/>")
+    (folder / "mixed.vtu").write_text(
+        '<VTKFile type="UnstructuredGrid"><Piece NumberOfPoints="3" NumberOfCells="2"><Points>'
+        '<DataArray NumberOfComponents="3">0 0 0 1 0 0 0 1 0</DataArray></Points><Cells>'
+        '<DataArray type="Int8" Name="connectivity">0 1 2 0 1</DataArray><DataArray type="Int8" Name="offsets">3 5'
+        '</DataArray><DataArray type="Int8" Name="types">5 3</DataArray></Cells></Piece></VTKFile>')
     (folder / "run.pvd").write_text('<VTKFile type="Collection"><Collection><DataSet timestep="1" file="wing.vtu"/>'
                                     '<DataSet timestep="2" file="wing.vtu"/></Collection></VTKFile>')
     (folder / "blocks.vtm").write_text('<VTKFile type="vtkMultiBlockDataSet"><vtkMultiBlockDataSet><Block name="a">'

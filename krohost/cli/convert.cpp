@@ -94,7 +94,7 @@ void addConvertOptions(CLI::App& command, CommandLine& line) {
     command.add_flag("--force", options.isForced, "Replace files that exist");
     command.add_flag("--repair", options.isRepairing,
                      "Read a .vtu that the loader refuses, without it: LZ4 and LZMA are decompressed, cells of lower "
-                     "dimensions and of unknown types left out");
+                     "dimensions and of unknown types left out (exit code 1)");
     addHostOptions(command, line);
     command.add_flag("--json", line.isJson, "Print one JSON document");
     addOutputOptions(command, line);
@@ -114,13 +114,13 @@ ConvertOutcome convert(Host& host, const CommandLine& line, const Plan& plan) {
     return outcome;
 }
 
-ConvertOutcome repair(const CommandLine& line, const Plan& plan) {
+ConvertOutcome repair(Host& host, const CommandLine& line, const Plan& plan) {
     const write::Request wanted = request(line);
     if (plan.files.size() != 1)
         throw Failure("--repair takes one file.", Exit_Usage);
     ConvertOutcome outcome;
-    outcome.report.isLoaded = true; // there is no load that could fail
-    attempt(outcome, [&] { return write::repairFile(plan.files.front().path, wanted); });
+    outcome.report.isLoaded = true; // the only load is that of the result
+    attempt(outcome, [&] { return write::repairFile(host, plan.files.front().path, wanted); });
     return outcome;
 }
 
@@ -132,11 +132,33 @@ std::string convertText(const CommandLine& line, const ConvertOutcome& outcome) 
                                  : "";
 }
 
+namespace {
+
+nlohmann::ordered_json lossList(const write::Losses& losses) {
+    const auto textOrNull = [](const std::string& text) {
+        return text.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(text);
+    };
+    auto list = nlohmann::ordered_json::array();
+    for (const write::Loss& loss : losses.list())
+        list.push_back({{"what", loss.what},
+                        {"message", loss.message},
+                        {"array", textOrNull(loss.array)},
+                        {"location", textOrNull(loss.location)},
+                        {"file", textOrNull(loss.file)},
+                        {"files", loss.fileCount},
+                        {"count", loss.count}});
+    return list;
+}
+
+} // namespace
+
 nlohmann::ordered_json convertDocument(const ConvertOutcome& outcome) {
     using nlohmann::ordered_json;
     const auto textOrNull = [](const std::string& text) { return text.empty() ? ordered_json() : ordered_json(text); };
     const write::Conversion& conversion = outcome.conversion;
-    ordered_json files = ordered_json::array();
+    ordered_json files = ordered_json::array(), notes = conversion.notes;
+    for (const write::Loss& loss : conversion.losses.list())
+        notes.push_back(loss.message);
     for (const write::Outputs::Published& file : conversion.files)
         files.push_back({{"path", file.path.string()}, {"bytes", file.byteCount}});
     return {{"loader", textOrNull(outcome.report.loaderName)},
@@ -144,7 +166,8 @@ nlohmann::ordered_json convertDocument(const ConvertOutcome& outcome) {
             {"zones", conversion.zoneCount},
             {"bytes", byteCount(conversion)},
             {"files", files},
-            {"notes", conversion.notes},
+            {"notes", notes},
+            {"losses", lossList(conversion.losses)},
             {"stoppedAt", textOrNull(outcome.report.stoppedAt)}};
 }
 

@@ -23,12 +23,14 @@ struct ConvertOutcome {
     std::string error;            ///< why, as far as no dialog says it
 
     bool isConverted() const { return !conversion.files.empty(); }
+    /// Everything that there is of the mesh was written.
+    bool isDone() const { return isConverted() && !conversion.isIncomplete; }
 };
 
-/// Loads what the plan says and writes it, or repairs a file without loading it. Throws Failure for what can be known
-/// before the load, and AddOnError.
+/// Loads what the plan says and writes it, or writes a file that is not loaded so that it is. Throws Failure for what
+/// can be known before the load, and AddOnError.
 ConvertOutcome convert(Host& host, const CommandLine& line, const Plan& plan);
-ConvertOutcome repair(const CommandLine& line, const Plan& plan);
+ConvertOutcome repair(Host& host, const CommandLine& line, const Plan& plan);
 
 /// What was written, as a line for people; empty when nothing was.
 std::string convertText(const CommandLine& line, const ConvertOutcome& outcome);

@@ -175,13 +175,17 @@ int finish(Host& host, const CommandLine& line, const Console& console, const Co
     printProblems(host, console, outcome.report.stoppedAt);
     for (const std::string& note : outcome.conversion.notes)
         console.warning(note);
+    for (const write::Loss& loss : outcome.conversion.losses.list())
+        console.warning(loss.message);
     if (!outcome.error.empty())
         console.error(outcome.error);
     const int ownCode = exitCode(host, outcome.report);
-    const int code = ownCode == Exit_Done && !outcome.isConverted() ? int{Exit_Failed} : ownCode;
+    const int code = ownCode == Exit_Done && !outcome.isDone() ? int{Exit_Failed} : ownCode;
     if (!line.isJson)
         return console.print(convertText(line, outcome), code);
-    const std::string error = outcome.error.empty() ? errorText(host, code) : outcome.error;
+    const std::string error = !outcome.error.empty()            ? outcome.error
+                              : outcome.conversion.isIncomplete ? outcome.conversion.losses.list().front().message
+                                                                : errorText(host, code);
     return console.print(jsonText(convertDocument(outcome), dialogTexts(host), host.violations(), error), code);
 }
 
@@ -198,11 +202,11 @@ int finishAddOns(Host& host, const CommandLine& line, const Console& console, co
 int runCommand(Host& host, const CommandLine& line, const Console& console, ProgressBar& progress) {
     const bool hasFiles = line.command != Command::addons;
     const Plan plan = hasFiles ? makePlan(line) : Plan{};
-    if (line.convert.isRepairing)
-        return finish(host, line, console, repair(line, plan));
     const std::filesystem::path path = addOnPath(line);
     console.note(fmt::format("the add-on is {}", path.string()));
     host.loadAddOn(path);
+    if (line.convert.isRepairing)
+        return finish(host, line, console, repair(host, line, plan));
     if (line.command == Command::addons)
         return finishAddOns(host, line, console, path);
     announce(host, line, plan, console);

@@ -48,12 +48,12 @@ bool needsOrder(const Zone& zone) {
 /// Runs of cells of one type and number of nodes, the sections in the order in which they first appear.
 std::vector<CellRun> readRuns(const std::filesystem::path& file) {
     const Document document = vtu::readDocument(file);
-    std::map<std::pair<std::uint8_t, std::int64_t>, std::size_t> sections;
+    std::map<std::pair<std::uint8_t, std::uint64_t>, std::size_t> sections;
     std::vector<CellRun> runs;
     for (const vtu::Piece& piece : document.pieces) {
-        const PieceCells cells = readCells(document, piece);
-        for (std::size_t cell = 0; cell < cells.types.size(); ++cell) {
-            const auto kind = std::pair{cells.types[cell], cells.nodeCount(cell)};
+        CellReader cells{document, piece};
+        while (const auto cell = cells.next()) {
+            const auto kind = std::pair{cell->type, cell->nodeCount};
             const std::size_t section = sections.emplace(kind, sections.size()).first->second;
             if (runs.empty() || runs.back().sectionIndex != section)
                 runs.push_back({section, 0});

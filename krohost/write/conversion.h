@@ -2,6 +2,7 @@
 
 #include "krohost/Host.h"
 #include "krohost/write/Encoding.h"
+#include "krohost/write/Loss.h"
 #include "krohost/write/Outputs.h"
 
 #include <filesystem>
@@ -29,6 +30,8 @@ struct Conversion {
     std::vector<Outputs::Published> files; ///< the one that was asked for comes first
     std::size_t zoneCount = 0;
     std::vector<std::string> notes; ///< what is otherwise than one might expect, as sentences
+    Losses losses;
+    bool isIncomplete = false; ///< cells of the mesh are among the losses
 };
 
 /// Writes what the host has loaded, from the files named. Throws WriteError and Interrupted, and nothing is left
@@ -37,7 +40,9 @@ Conversion convertZones(Host& host, const std::vector<std::filesystem::path>& in
 
 /// Writes a VTK XML unstructured grid, read without the add-on, as one that it loads: its arrays decompressed and
 /// compressed anew as asked for, its pieces as one, only cells of the highest dimension and of types that are loaded
-/// (and vertices, which go with any). Values are not changed. Throws WriteError and Interrupted.
-Conversion repairFile(const std::filesystem::path& input, const Request& request);
+/// (and vertices, which go with any). Values are not changed. The result is loaded in the host, with everything in it,
+/// before it gets its name. Throws WriteError, also where no cell would be left or the result does not load, and
+/// Interrupted.
+Conversion repairFile(Host& host, const std::filesystem::path& input, const Request& request);
 
 } // namespace krohost::write

@@ -1,63 +1,127 @@
 #include "krohost/write/documentValues.h"
 
-#include "krohost/vtu/decode.h"
-#include "krohost/vtu/values.h"
+#include "krohost/Host.h"
 #include "krohost/write/WriteError.h"
 
 #include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <limits>
+#include <memory>
+#include <tuple>
+#include <utility>
 
 namespace krohost::write {
 
 namespace {
 
+const vtu::Poll poll = [] {
+    if (Host::isInterrupted())
+        throw Interrupted();
+};
+
 const vtu::Array& cellArray(const vtu::Document& document, const vtu::Piece& piece, const char* name) {
     for (const vtu::Array& array : piece.cells)
-        if (vtu::equalsIgnoringCase(array.name, name))
+        if (vtu::equalsIgnoringCase(array.name, name)) {
+            if (array.type && vtu::isFloatingPoint(*array.type))
+                throw WriteError("The cells of the file are not given by integers.");
             return array;
+        }
     throw WriteError(fmt::format("The file \"{}\" has a piece without \"{}\".", document.path.string(), name));
+}
+
+[[noreturn]] void failToRead(const vtu::Document& document, const std::string& name, const vtu::Fault& fault) {
+    throw WriteError(
+        fmt::format("The file \"{}\" cannot be read: array \"{}\", {}", document.path.string(), name, fault.message()));
 }
 
 } // namespace
 
-void produceValues(const vtu::Document& document, const vtu::Array& array, const Sink& sink) {
-    const vtu::Decoded decoded = vtu::decode(document, array, sink);
-    if (!decoded.faults.empty())
-        throw WriteError(fmt::format("The file \"{}\" cannot be read: array \"{}\", {}", document.path.string(),
-                                     array.name, decoded.faults.front().message()));
-}
-
-void forEachInteger(const vtu::Document& document, const vtu::Array& array,
-                    const std::function<void(std::int64_t)>& use) {
-    const ElementType type = array.type.value_or(ElementType::Float64);
-    produceValues(document, array, [&](std::span<const std::byte> bytes) {
-        if (vtu::isFloatingPoint(type))
-            throw WriteError("The cells of the file are not given by integers.");
-        vtu::forEachInteger(type, bytes, use);
-    });
-}
-
-PieceCells readCells(const vtu::Document& document, const vtu::Piece& piece) {
-    PieceCells cells;
-    const std::uint64_t cellCount = piece.cellCount.value_or(0);
-    if (cellCount == 0)
-        return cells;
-    cells.connectivity = &cellArray(document, piece, "connectivity");
-    const auto fail = [&] {
-        throw WriteError(fmt::format("The file \"{}\" has cells that do not fit together.", document.path.string()));
+std::pair<int, int> knownVersion(const vtu::Document& document) {
+    const auto require = [&](bool isKnown, const char* attribute) {
+        if (!isKnown)
+            throw WriteError(fmt::format("The file \"{}\" cannot be repaired: its {} \"{}\" is unknown",
+                                         document.path.string(), attribute, *document.root.find(attribute)));
     };
-    forEachInteger(document, cellArray(document, piece, "types"), [&](std::int64_t type) {
-        if (type < 0 || type > 255)
-            fail();
-        cells.types.push_back(static_cast<std::uint8_t>(type));
-    });
-    forEachInteger(document, cellArray(document, piece, "offsets"), [&](std::int64_t offset) {
-        if (offset < (cells.offsets.empty() ? 0 : cells.offsets.back()))
-            fail();
-        cells.offsets.push_back(offset);
-    });
-    if (cells.types.size() != cellCount || cells.offsets.size() != cellCount)
-        fail();
-    return cells;
+    for (const auto& [attribute, first, second] :
+         {std::tuple{"byte_order", "LittleEndian", "BigEndian"}, {"header_type", "UInt32", "UInt64"}}) {
+        const std::string* word = document.root.find(attribute);
+        require(!word || vtu::equalsIgnoringCase(*word, first) || vtu::equalsIgnoringCase(*word, second), attribute);
+    }
+    const std::string* version = document.root.find("version");
+    std::pair<int, int> numbers{0, 0};
+    require(!version || std::sscanf(version->c_str(), "%4d.%4d", &numbers.first, &numbers.second) > 0, "version");
+    return numbers;
+}
+
+void produceValues(const vtu::Document& document, const vtu::Array& array, std::uint64_t valueCount, const Sink& sink) {
+    const std::size_t valueByteCount = vtu::byteCount(*array.type);
+    const auto block = std::make_unique_for_overwrite<std::array<std::byte, 65536>>();
+    vtu::ArrayReader reader{document, array, poll};
+    std::uint64_t left = valueCount;
+    while (left > 0) {
+        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(left, block->size() / valueByteCount));
+        const std::size_t count = reader.read(std::span{*block}.first(wanted * valueByteCount));
+        if (count == 0)
+            break;
+        poll();
+        sink(std::span{*block}.first(count));
+        left -= count / valueByteCount;
+    }
+    reader.read(std::span{*block}.first(valueByteCount)); // shows what is wrong with the last block
+    for (const vtu::Fault& fault : reader.decoded().faults)
+        if (left > 0 || fault.valueByte / valueByteCount < valueCount)
+            failToRead(document, array.name, fault);
+    if (left > 0)
+        throw WriteError(fmt::format("The file \"{}\" cannot be read: array \"{}\" holds {} values where {} are needed",
+                                     document.path.string(), array.name, valueCount - left, valueCount));
+}
+
+CellReader::CellReader(const vtu::Document& document, const vtu::Piece& piece)
+    : document_{document}, cellCount_{piece.cellCount.value_or(0)}, leftCount_{cellCount_} {
+    if (cellCount_ == 0)
+        return;
+    types_.emplace(document, cellArray(document, piece, "types"), poll);
+    offsets_.emplace(document, cellArray(document, piece, "offsets"), poll);
+}
+
+void CellReader::requireSound(const vtu::IntegerReader& reader, const char* name) const {
+    for (const vtu::Fault& fault : reader.decoded().faults)
+        if (fault.valueByte / reader.valueByteCount() < cellCount_)
+            failToRead(document_, name, fault);
+}
+
+std::optional<Cell> CellReader::next() {
+    if (leftCount_ == 0)
+        return std::nullopt;
+    const auto type = types_->next(), offset = offsets_->next();
+    const bool isLast = --leftCount_ == 0;
+    if (isLast || !type || !offset) {
+        types_->next(); // shows what is wrong with the last block
+        offsets_->next();
+        requireSound(*types_, "types");
+        requireSound(*offsets_, "offsets");
+    }
+    constexpr std::int64_t largestType = std::numeric_limits<std::uint8_t>::max();
+    if (!type || *type < 0 || *type > largestType || !offset || *offset < lastOffset_)
+        throw WriteError(fmt::format("The file \"{}\" has cells that do not fit together.", document_.path.string()));
+    const std::int64_t previous = std::exchange(lastOffset_, *offset);
+    return Cell{static_cast<std::uint8_t>(*type), static_cast<std::uint64_t>(*offset - previous)};
+}
+
+NodeReader::NodeReader(const vtu::Document& document, const vtu::Piece& piece)
+    : document_{document}, nodes_{document, cellArray(document, piece, "connectivity"), poll} {}
+
+std::uint64_t NodeReader::next() {
+    const auto node = nodes_.next();
+    if (!nodes_.decoded().faults.empty() && !node)
+        failToRead(document_, "connectivity", nodes_.decoded().faults.front());
+    if (!node)
+        throw WriteError(fmt::format("The file \"{}\" cannot be read: its cells have more nodes than it holds",
+                                     document_.path.string()));
+    return static_cast<std::uint64_t>(*node);
 }
 
 } // namespace krohost::write

@@ -2,29 +2,57 @@
 #pragma once
 
 #include "krohost/vtu/Document.h"
+#include "krohost/vtu/IntegerReader.h"
 #include "krohost/write/Grid.h"
 
 #include <cstdint>
-#include <functional>
-#include <vector>
+#include <optional>
+#include <utility>
 
 namespace krohost::write {
 
-/// Hands out the array's values as they are. Throws WriteError for the first thing that is wrong with them.
-void produceValues(const vtu::Document& document, const vtu::Array& array, const Sink& sink);
+/// The version of the file's format, major and minor; 0 when the file says none. Throws WriteError where that, the byte
+/// order or the width of header words is not known, because these decide how values are read.
+std::pair<int, int> knownVersion(const vtu::Document& document);
 
-/// The same, one after the other as integers.
-void forEachInteger(const vtu::Document& document, const vtu::Array& array,
-                    const std::function<void(std::int64_t)>& use);
+/// Hands out the first values of an array, whose type is known, as they are. Throws WriteError for the first thing that
+/// is wrong with them, also where there are fewer, and Interrupted.
+void produceValues(const vtu::Document& document, const vtu::Array& array, std::uint64_t valueCount, const Sink& sink);
 
-/// The type and the number of nodes of every cell of a piece. Throws WriteError when they are not there or not sound.
-struct PieceCells {
-    const vtu::Array* connectivity = nullptr;
-    std::vector<std::uint8_t> types;
-    std::vector<std::int64_t> offsets; ///< where each cell's nodes end
-
-    std::int64_t nodeCount(std::size_t cell) const { return offsets[cell] - (cell == 0 ? 0 : offsets[cell - 1]); }
+struct Cell {
+    std::uint8_t type = 0;
+    std::uint64_t nodeCount = 0;
 };
-PieceCells readCells(const vtu::Document& document, const vtu::Piece& piece);
+
+/// The cells of a piece, one after the other. Throws WriteError when they are not there or not sound, and Interrupted.
+/// Refers to the document. Values that no cell needs are passed over, here and below.
+class CellReader {
+public:
+    CellReader(const vtu::Document& document, const vtu::Piece& piece);
+
+    /// The next cell; nothing after the last that the piece has.
+    std::optional<Cell> next();
+
+private:
+    /// Throws when one of the first values is not right.
+    void requireSound(const vtu::IntegerReader& reader, const char* name) const;
+
+    const vtu::Document& document_;
+    std::uint64_t cellCount_, leftCount_;
+    std::optional<vtu::IntegerReader> types_, offsets_; // of a piece with cells
+    std::int64_t lastOffset_ = 0;
+};
+
+/// The node numbers of a piece with cells, one after the other. Throws as above, also where there are too few.
+class NodeReader {
+public:
+    NodeReader(const vtu::Document& document, const vtu::Piece& piece);
+
+    std::uint64_t next();
+
+private:
+    const vtu::Document& document_;
+    vtu::IntegerReader nodes_;
+};
 
 } // namespace krohost::write

@@ -1,16 +1,19 @@
+#include "host/nodeOrder.h"
 #include "krohost/vtu/Document.h"
 #include "krohost/vtu/cellTypes.h"
 #include "krohost/write/WriteError.h"
 #include "krohost/write/conversion.h"
 #include "krohost/write/documentValues.h"
 #include "krohost/write/hdfWriters.h"
+#include "krohost/write/requireLoads.h"
 #include "krohost/write/vtuFile.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <map>
-#include <memory>
+#include <array>
+#include <limits>
+#include <utility>
 
 namespace krohost::write {
 
@@ -18,7 +21,8 @@ namespace {
 
 using vtu::Document;
 
-/// The pieces of a file as one grid without the cells that keep it from being loaded.
+/// The pieces of a file as one grid without the cells that keep it from being loaded. The cells are read anew for each
+/// array that depends on them, because a file may hold any number of them.
 class Repair {
 public:
     explicit Repair(const std::filesystem::path& input) : document_{vtu::readDocument(input)} {
@@ -26,62 +30,68 @@ public:
             fail(document_.malformation->message);
         if (document_.type != "UnstructuredGrid" || document_.pieces.empty())
             fail("it is not an unstructured grid with pieces");
+        isOld_ = knownVersion(document_) < std::pair{2, 1};
         for (const vtu::Piece& piece : document_.pieces) {
-            cells_.push_back(readCells(document_, piece));
-            requireNodes(cells_.back());
+            requireCounts(piece);
+            countCells(piece);
             if (piece.points.size() != 1)
                 fail("a piece has no or several arrays of points");
         }
-        for (const PieceCells& cells : cells_)
-            for (const std::uint8_t type : cells.types)
-                if (const vtu::CellType* known = vtu::findCellType(type))
-                    dimension_ = std::max(dimension_, known->dimension);
+        for (std::size_t type = 0; type < cellCounts_.size(); ++type)
+            if (const vtu::CellType* known = vtu::findCellType(static_cast<int>(type)); known && cellCounts_[type] > 0)
+                dimension_ = std::max(dimension_, known->dimension);
+        for (std::size_t type = 0; type < cellCounts_.size(); ++type)
+            if (keeps(static_cast<std::uint8_t>(type))) {
+                keptCellCount_ += cellCounts_[type];
+                keptNodeCount_ += nodeCounts_[type];
+            }
+        if (keptCellCount_ == 0 && cellCount_ > 0)
+            fail("none of its cells is of a type that is loaded");
+        dropFieldData();
     }
 
-    bool keeps(std::uint8_t type) const {
-        const vtu::CellType* known = vtu::findCellType(type);
-        return known && (known->dimension == 0 || known->dimension == dimension_);
-    }
-
-    std::vector<std::string> notes() const {
-        std::map<std::uint8_t, std::size_t> leftOut;
-        for (const PieceCells& cells : cells_)
-            for (const std::uint8_t type : cells.types)
-                leftOut[type] += keeps(type) ? 0 : 1;
-        std::vector<std::string> notes;
-        for (const auto& [type, count] : leftOut)
-            if (const vtu::CellType* known = vtu::findCellType(type); count > 0 && known)
-                notes.push_back(
+    Losses losses() const {
+        Losses losses;
+        const auto add = [&](std::uint64_t count, const char* location, std::string message) {
+            losses.add({"dropped", std::move(message), {}, location, document_.path.string(), 1, count});
+        };
+        for (std::size_t type = 0; type < cellCounts_.size(); ++type) {
+            const vtu::CellType* known = vtu::findCellType(static_cast<int>(type));
+            const std::uint64_t count = keeps(static_cast<std::uint8_t>(type)) ? 0 : cellCounts_[type];
+            if (count > 0 && known)
+                add(count, "cells",
                     fmt::format("Cells left out: {} of type {}, whose dimension is {} where others have {}.", count,
                                 type, known->dimension, dimension_));
             else if (count > 0)
-                notes.push_back(fmt::format("Cells left out: {} of type {}, which is not loaded.", count, type));
-        return notes;
+                add(count, "cells", fmt::format("Cells left out: {} of type {}, which is not loaded.", count, type));
+        }
+        for (const auto& [name, reason] : droppedFields_)
+            losses.add({"dropped", fmt::format("Field data left out: \"{}\", which {}.", name, reason), name, "field",
+                        document_.path.string()});
+        return losses;
     }
+
+    bool losesCells() const { return keptCellCount_ < cellCount_; }
 
     Grid grid() const {
         Grid grid;
         const vtu::Piece& first = document_.pieces.front();
         grid.name = document_.path.stem().string();
-        for (const vtu::Piece& piece : document_.pieces)
-            grid.pointCount += piece.pointCount.value_or(0);
-        std::uint64_t nodeCount = 0;
-        forEachKeptCell([&](std::size_t pieceIndex, std::size_t cell) {
-            ++grid.cellCount;
-            nodeCount += static_cast<std::uint64_t>(cells_[pieceIndex].nodeCount(cell));
-        });
-        grid.points = pointArray(&vtu::Piece::points, 0, grid.pointCount);
+        grid.pointCount = pointCount_;
+        grid.cellCount = keptCellCount_;
+        grid.points = pointArray(&vtu::Piece::points, 0);
         grid.points.name = "Points";
         for (std::size_t index = 0; index < first.pointData.size(); ++index)
-            grid.pointData.push_back(pointArray(&vtu::Piece::pointData, index, grid.pointCount));
+            grid.pointData.push_back(pointArray(&vtu::Piece::pointData, index));
         for (std::size_t index = 0; index < first.cellData.size(); ++index)
-            grid.cellData.push_back(cellArray(index, grid.cellCount));
-        grid.fieldData = fieldData();
-        grid.connectivity = {"connectivity", ElementType::Int64, 1, nodeCount,
+            grid.cellData.push_back(cellArray(index));
+        for (const vtu::Array* field : keptFields_)
+            grid.fieldData.push_back(fieldArray(*field));
+        grid.connectivity = {"connectivity", ElementType::Int64, 1, keptNodeCount_,
                              [this](const Sink& sink) { produceConnectivity(sink); }};
-        grid.offsets = {"offsets", ElementType::Int64, 1, grid.cellCount,
+        grid.offsets = {"offsets", ElementType::Int64, 1, keptCellCount_,
                         [this](const Sink& sink) { produceOffsets(sink); }};
-        grid.types = {"types", ElementType::UInt8, 1, grid.cellCount, [this](const Sink& sink) { produceTypes(sink); }};
+        grid.types = {"types", ElementType::UInt8, 1, keptCellCount_, [this](const Sink& sink) { produceTypes(sink); }};
         return grid;
     }
 
@@ -92,151 +102,234 @@ private:
         throw WriteError(fmt::format("The file \"{}\" cannot be repaired: {}", document_.path.string(), reason));
     }
 
-    void requireNodes(const PieceCells& cells) const {
-        if (!cells.connectivity)
-            return;
-        std::int64_t nodeCount = 0;
-        forEachInteger(document_, *cells.connectivity, [&](std::int64_t) { ++nodeCount; });
-        if (nodeCount != cells.offsets.back())
-            fail(fmt::format("its cells have {} nodes where {} are announced", nodeCount, cells.offsets.back()));
+    bool keeps(std::uint8_t type) const {
+        const vtu::CellType* known = vtu::findCellType(type);
+        return known && (known->dimension == 0 || known->dimension == dimension_);
     }
 
-    template <class Use>
-    void forEachKeptCell(const Use& use) const {
-        for (std::size_t pieceIndex = 0; pieceIndex < cells_.size(); ++pieceIndex)
-            for (std::size_t cell = 0; cell < cells_[pieceIndex].types.size(); ++cell)
-                if (keeps(cells_[pieceIndex].types[cell]))
-                    use(pieceIndex, cell);
+    /// The host counts in signed 64 bits.
+    void requireCounts(const vtu::Piece& piece) {
+        constexpr std::uint64_t most = std::numeric_limits<std::int64_t>::max();
+        if (!piece.pointCount || !piece.cellCount)
+            fail("the number of points or cells of a piece is not a whole number");
+        if (*piece.pointCount > most - pointCount_ || *piece.cellCount > most - cellCount_)
+            fail("its pieces have more points or cells than any file holds");
+        pointCount_ += *piece.pointCount;
+        cellCount_ += *piece.cellCount;
     }
 
-    /// The array at a place of a list in every piece, all of one name and type. Pieces without values may lack it.
+    void countCells(const vtu::Piece& piece) {
+        std::uint64_t nodeCount = 0;
+        CellReader cells{document_, piece};
+        while (const auto cell = cells.next()) {
+            ++cellCounts_[cell->type];
+            nodeCounts_[cell->type] += cell->nodeCount;
+            nodeCount += cell->nodeCount;
+        }
+        if (*piece.cellCount > 0)
+            requireNodes(piece, nodeCount);
+    }
+
+    void requireNodes(const vtu::Piece& piece, std::uint64_t nodeCount) const {
+        const auto connectivity = std::find_if(piece.cells.begin(), piece.cells.end(), [](const vtu::Array& array) {
+            return vtu::equalsIgnoringCase(array.name, "connectivity");
+        });
+        if (connectivity == piece.cells.end() || !connectivity->type)
+            fail("a piece has cells without connectivity");
+        produceValues(document_, *connectivity, nodeCount, [](std::span<const std::byte>) {});
+    }
+
+    /// The array at a place of a list in every piece, all of one name and type.
     std::vector<const vtu::Array*> ofPieces(Arrays list, std::size_t index) const {
         const vtu::Array& first = (document_.pieces.front().*list)[index];
-        if (!first.type || !first.componentCount.value_or(0))
-            fail(fmt::format("the array \"{}\" has no known type", first.name));
+        requireComponents(first);
         std::vector<const vtu::Array*> arrays;
         for (const vtu::Piece& piece : document_.pieces) {
             const bool has = index < (piece.*list).size();
             const vtu::Array* array = has ? &(piece.*list)[index] : nullptr;
-            if (!has || array->name != first.name || array->type != first.type ||
-                array->componentCount != first.componentCount)
+            if ((piece.*list).size() != (document_.pieces.front().*list).size() || array->name != first.name ||
+                array->type != first.type || array->componentCount != first.componentCount)
                 fail(fmt::format("its pieces do not agree on the array \"{}\"", first.name));
-            if (array->tupleCount > 0)
-                requireValues(*array, array->tupleCount);
+            requireValues(*array);
             arrays.push_back(array);
         }
         return arrays;
     }
 
+    void requireComponents(const vtu::Array& array) const {
+        constexpr std::uint64_t componentLimit = std::numeric_limits<std::int16_t>::max();
+        if (!array.type)
+            fail(fmt::format("the array \"{}\" has no known type", array.name));
+        if (array.componentCount.value_or(0) == 0 || *array.componentCount > componentLimit)
+            fail(fmt::format("the number of components of the array \"{}\" is none from 1 to {}", array.name,
+                             componentLimit));
+    }
+
     Array arrayLike(const vtu::Array& first, std::uint64_t tupleCount) const {
+        std::uint64_t byteCount = 0;
+        if (__builtin_mul_overflow(tupleCount, *first.componentCount * vtu::byteCount(*first.type), &byteCount))
+            fail(fmt::format("the array \"{}\" has more values than any file holds", first.name));
         return {first.name, *first.type, *first.componentCount, tupleCount, {}};
     }
 
-    /// Writers believe what an array announces, so it is counted beforehand.
-    void requireValues(const vtu::Array& array, std::uint64_t tupleCount) const {
-        std::uint64_t byteCount = 0;
-        produceValues(document_, array, [&](std::span<const std::byte> bytes) { byteCount += bytes.size(); });
-        const std::uint64_t tupleByteCount = *array.componentCount * vtu::byteCount(*array.type);
-        if (byteCount % tupleByteCount != 0 || byteCount / tupleByteCount != tupleCount)
-            fail(fmt::format("the array \"{}\" has {} bytes where {} tuples of {} are announced", array.name, byteCount,
-                             tupleCount, tupleByteCount));
+    /// All values of an array whose number of components is known.
+    void produceAll(const vtu::Array& array, const Sink& sink) const {
+        const std::uint64_t valueCount = arrayLike(array, array.tupleCount).valueCount();
+        if (valueCount > 0)
+            produceValues(document_, array, valueCount, sink);
     }
 
-    Array pointArray(Arrays list, std::size_t index, std::uint64_t tupleCount) const {
+    /// Writers believe what an array announces, so that it is read beforehand.
+    void requireValues(const vtu::Array& array) const {
+        produceAll(array, [](std::span<const std::byte>) {});
+    }
+
+    Array pointArray(Arrays list, std::size_t index) const {
         const auto arrays = ofPieces(list, index);
-        Array array = arrayLike(*arrays.front(), tupleCount);
+        Array array = arrayLike(*arrays.front(), pointCount_);
         array.produce = [this, arrays](const Sink& sink) {
             for (const vtu::Array* piece : arrays)
-                if (piece->tupleCount > 0)
-                    produceValues(document_, *piece, sink);
+                produceAll(*piece, sink);
         };
         return array;
     }
 
-    Array cellArray(std::size_t index, std::uint64_t tupleCount) const {
+    Array cellArray(std::size_t index) const {
         const auto arrays = ofPieces(&vtu::Piece::cellData, index);
-        Array array = arrayLike(*arrays.front(), tupleCount);
-        const std::size_t itemByteCount = vtu::byteCount(array.type);
-        array.produce = [this, arrays, itemByteCount, componentCount = array.componentCount](const Sink& sink) {
-            for (std::size_t pieceIndex = 0; pieceIndex < arrays.size(); ++pieceIndex) {
-                const std::vector<std::uint8_t>& types = cells_[pieceIndex].types;
-                std::uint64_t value = 0;
-                if (!types.empty())
-                    produceValues(document_, *arrays[pieceIndex], [&](std::span<const std::byte> bytes) {
-                        for (std::size_t begin = 0; begin < bytes.size(); begin += itemByteCount, ++value)
-                            if (const std::uint64_t cell = value / componentCount;
-                                cell < types.size() && keeps(types[cell]))
-                                sink(bytes.subspan(begin, itemByteCount));
-                    });
-            }
+        Array array = arrayLike(*arrays.front(), keptCellCount_);
+        array.produce = [this, arrays](const Sink& sink) {
+            for (std::size_t pieceIndex = 0; pieceIndex < arrays.size(); ++pieceIndex)
+                produceOfKeptCells(document_.pieces[pieceIndex], *arrays[pieceIndex], sink);
         };
         return array;
     }
 
-    std::vector<Array> fieldData() const {
-        std::vector<Array> arrays;
-        for (const vtu::Array& field : document_.fieldData) {
-            if (!field.type || field.tupleCount == 0 || !field.componentCount.value_or(0) || field.tupleCount > 1000)
-                continue;
-            requireValues(field, field.tupleCount);
-            arrays.push_back(arrayLike(field, field.tupleCount));
-            arrays.back().produce = [this, &field](const Sink& sink) { produceValues(document_, field, sink); };
-        }
-        return arrays;
+    void produceOfKeptCells(const vtu::Piece& piece, const vtu::Array& array, const Sink& sink) const {
+        const std::size_t valueByteCount = vtu::byteCount(*array.type);
+        CellReader cells{document_, piece};
+        bool isKept = false;
+        std::uint64_t component = 0; // of the next value
+        produceAll(array, [&](std::span<const std::byte> bytes) {
+            for (; !bytes.empty(); bytes = bytes.subspan(valueByteCount)) {
+                if (component == 0) {
+                    const auto cell = cells.next();
+                    isKept = cell && keeps(cell->type);
+                }
+                if (isKept)
+                    sink(bytes.first(valueByteCount));
+                component = component + 1 == *array.componentCount ? 0 : component + 1;
+            }
+        });
+    }
+
+    /// Nothing in field data keeps a file from being loaded.
+    void dropFieldData() {
+        constexpr std::uint64_t tupleLimit = 1000;
+        for (const vtu::Array& field : document_.fieldData)
+            try {
+                requireComponents(field);
+                requireValues(field);
+                if (field.tupleCount == 0 || field.tupleCount > tupleLimit)
+                    fail(fmt::format("has {} tuples", field.tupleCount));
+                keptFields_.push_back(&field);
+            } catch (const WriteError&) {
+                droppedFields_.emplace_back(field.name, field.tupleCount > tupleLimit
+                                                            ? fmt::format("has more than {} tuples", tupleLimit)
+                                                            : "cannot be read or is empty");
+            }
+    }
+
+    Array fieldArray(const vtu::Array& field) const {
+        Array array = arrayLike(field, field.tupleCount);
+        array.produce = [this, &field](const Sink& sink) { produceAll(field, sink); };
+        return array;
     }
 
     void produceConnectivity(const Sink& sink) const {
         std::uint64_t shift = 0;
-        for (std::size_t pieceIndex = 0; pieceIndex < cells_.size(); ++pieceIndex) {
-            const PieceCells& cells = cells_[pieceIndex];
-            std::size_t cell = 0;
-            std::int64_t index = 0;
-            if (cells.connectivity)
-                forEachInteger(document_, *cells.connectivity, [&](std::int64_t node) {
-                    while (cell < cells.offsets.size() && index >= cells.offsets[cell])
-                        ++cell;
-                    ++index;
-                    const auto shifted = static_cast<std::uint64_t>(node) + shift;
-                    if (cell < cells.types.size() && keeps(cells.types[cell]))
-                        sink(std::as_bytes(std::span{&shifted, 1}));
-                });
-            shift += document_.pieces[pieceIndex].pointCount.value_or(0);
+        for (const vtu::Piece& piece : document_.pieces) {
+            if (*piece.cellCount > 0) {
+                CellReader cells{document_, piece};
+                NodeReader nodes{document_, piece};
+                while (const auto cell = cells.next())
+                    produceNodes(*cell, nodes, shift, sink);
+            }
+            shift += *piece.pointCount;
+        }
+    }
+
+    /// Written are files of version 2.1, which have another order of some nodes than those before it.
+    void produceNodes(const Cell& cell, NodeReader& nodes, std::uint64_t shift, const Sink& sink) const {
+        const veltra::vtkcells::NodeOrder order = veltra::vtkcells::nodeOrder(cell.type, cell.nodeCount);
+        std::array<std::uint64_t, 125> moved; // by place in the file
+        for (std::uint64_t place = 0; place < cell.nodeCount; ++place) {
+            const std::uint64_t node = nodes.next() + shift;
+            if (isOld_ && !order.places.empty())
+                moved[place] = node;
+            else if (keeps(cell.type))
+                sink(std::as_bytes(std::span{&node, 1}));
+        }
+        if (!isOld_ || order.places.empty() || !keeps(cell.type))
+            return;
+        std::array<std::uint64_t, 125> written;
+        for (std::size_t inHost = 0; inHost < order.places.size(); ++inHost)
+            written[order.places[inHost]] = moved[order.oldPlaces[inHost]];
+        sink(std::as_bytes(std::span{written}.first(order.places.size())));
+    }
+
+    template <class Use>
+    void forEachKeptCell(const Use& use) const {
+        for (const vtu::Piece& piece : document_.pieces) {
+            CellReader cells{document_, piece};
+            while (const auto cell = cells.next())
+                if (keeps(cell->type))
+                    use(*cell);
         }
     }
 
     void produceOffsets(const Sink& sink) const {
-        std::int64_t end = 0;
-        forEachKeptCell([&](std::size_t pieceIndex, std::size_t cell) {
-            end += cells_[pieceIndex].nodeCount(cell);
+        std::uint64_t end = 0;
+        forEachKeptCell([&](const Cell& cell) {
+            end += cell.nodeCount;
             sink(std::as_bytes(std::span{&end, 1}));
         });
     }
 
     void produceTypes(const Sink& sink) const {
-        forEachKeptCell([&](std::size_t pieceIndex, std::size_t cell) {
-            sink(std::as_bytes(std::span{&cells_[pieceIndex].types[cell], 1}));
-        });
+        forEachKeptCell([&](const Cell& cell) { sink(std::as_bytes(std::span{&cell.type, 1})); });
     }
 
     Document document_;
-    std::vector<PieceCells> cells_; // by piece
+    std::uint64_t pointCount_ = 0, cellCount_ = 0;
+    std::array<std::uint64_t, 256> cellCounts_{}, nodeCounts_{}; // by type
+    std::uint64_t keptCellCount_ = 0, keptNodeCount_ = 0;
     int dimension_ = 0;
+    bool isOld_ = false; // of a version before 2.1
+    std::vector<const vtu::Array*> keptFields_;
+    std::vector<std::pair<std::string, std::string>> droppedFields_; // names, and why
 };
 
 } // namespace
 
-Conversion repairFile(const std::filesystem::path& input, const Request& request) {
+Conversion repairFile(Host& host, const std::filesystem::path& input, const Request& request) {
     if (request.format != FileFormat::vtu && request.format != FileFormat::vtkhdf)
         throw WriteError("A repaired file is written as .vtu or .vtkhdf.");
     const Repair repair{input};
     Outputs outputs{request.isReplacing};
     outputs.add(request.path, [&](const std::filesystem::path& temporary) {
-        if (request.format == FileFormat::vtu)
-            writeVtu(temporary, request.encoding, repair.grid());
-        else
+        const bool isVtu = request.format == FileFormat::vtu;
+        const auto tried = isVtu ? temporary : temporary.parent_path() / "tried.vtu"; // a folder that is removed
+        writeVtu(tried, request.encoding, repair.grid());
+        requireLoads(host, tried);
+        if (!isVtu)
             hdfWriters().vtkhdf(temporary, request.encoding.isCompressed, {repair.grid()});
     });
-    return {outputs.publish(), 1, repair.notes()};
+    Conversion conversion;
+    conversion.files = outputs.publish();
+    conversion.zoneCount = 1;
+    conversion.losses = repair.losses();
+    conversion.isIncomplete = repair.losesCells();
+    return conversion;
 }
 
 } // namespace krohost::write

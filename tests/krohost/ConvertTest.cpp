@@ -169,7 +169,7 @@ TEST_F(Convert, RepairKeepsTheCellsOfTheHighestDimension) {
     EXPECT_EQ(outcome.errors,
               "krohost: warning: Cells left out: 1 of type 3, whose dimension is 1 where others have 3.\n"
               "krohost: warning: Cells left out: 1 of type 5, whose dimension is 2 where others have 3.\n");
-    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.exitCode, 1); // since not all of the mesh is there
     vtu().piece(wanted.withCellData(integers("id", ElementType::Int64, {1, 3, 5}))).write(folder / "c.vtu");
     const auto variable = [](const json& zone, const char* name) {
         const auto& all = zone["variables"];
@@ -179,15 +179,53 @@ TEST_F(Convert, RepairKeepsTheCellsOfTheHighestDimension) {
     EXPECT_EQ(variable(repaired, "id"), variable(expected, "id"));
     ASSERT_EQ(repaired["sections"].size(), 3);
     EXPECT_EQ(repaired["sections"][2]["shape"], "tetrahedron");
+    const json document = json::parse(run("convert --repair a.vtu -o b.vtu --force --json").output);
+    EXPECT_EQ(document["converted"], true);
+    EXPECT_EQ(document["error"], document["losses"][0]["message"]);
+    EXPECT_EQ(document["losses"][1],
+              (json{{"what", "dropped"},
+                    {"message", "Cells left out: 1 of type 5, whose dimension is 2 where others have 3."},
+                    {"array", nullptr},
+                    {"location", "cells"},
+                    {"file", "a.vtu"},
+                    {"files", 1},
+                    {"count", 1}}));
 }
 
-TEST_F(Convert, RepairBelievesNoSizeOfAFile) {
+TEST_F(Convert, RepairTellsOfFieldDataAndKeepsOldHexahedra) {
+    VtuBuilder file = vtu().version({1, 0}).piece(singleCell(72, 2)).piece(singleCell(72, 3));
+    file.fieldData(integers("n", ElementType::Int8, {7})).write(folder / "a.vtu");
+    file.fieldData(integers("bad", ElementType::Int8, {1})).inlineText("bad", "x").write(folder / "b.vtu");
+    const Outcome outcome = run("convert --repair b.vtu -o c.vtu");
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_EQ(outcome.errors, "krohost: warning: Field data left out: \"bad\", which cannot be read or is empty.\n");
+    json original = zones("a.vtu"), repaired = zones("c.vtu");
+    for (json* list : {&original, &repaired})
+        list->at(0).erase("name");
+    EXPECT_EQ(original, repaired);
+}
+
+TEST_F(Convert, RepairBelievesNothingOfAFileAndSaysWhatItCannotDo) {
     const VtuBuilder cube = vtu().piece(hexahedron());
+    const VtuBuilder raw = VtuBuilder{cube}.appendedRaw();
     const std::vector<VtuBuilder> files{
         VtuBuilder{cube}.attribute("Piece", "NumberOfPoints", "1152921504606846976"),
         VtuBuilder{cube}.attribute("Piece", "NumberOfCells", "1152921504606846976"),
         VtuBuilder{cube}.attribute("Points", "NumberOfComponents", "1152921504606846976"),
-        VtuBuilder{cube}.values("offsets", {std::int64_t{1} << 62}), VtuBuilder{cube}.values("offsets", {-8})};
+        VtuBuilder{cube}.attribute("Points", "NumberOfComponents", "2305843009213693952"), // times 8 is 0
+        VtuBuilder{cube}.attribute("Points", "NumberOfComponents", "2305843009213693953"),
+        VtuBuilder{cube}.attribute("Points", "NumberOfComponents", "-1"),
+        VtuBuilder{cube}.attribute("Piece", "NumberOfPoints", "three"),
+        VtuBuilder{cube}.attribute("Piece", "NumberOfCells", "1.5"),
+        VtuBuilder{cube}.attribute("Piece", "NumberOfPoints", "9223372036854775808"),
+        VtuBuilder{cube}.piece(hexahedron()).attribute("Piece", "NumberOfCells", "9223372036854775807"),
+        VtuBuilder{raw}.attribute("Points", "offset", "x"),
+        VtuBuilder{raw}.attribute("VTKFile", "byte_order", "Middle"),
+        VtuBuilder{raw}.attribute("VTKFile", "header_type", "UInt16"),
+        VtuBuilder{cube}.attribute("VTKFile", "version", "new"),
+        VtuBuilder{cube}.values("types", {42}), // no cell is left
+        VtuBuilder{cube}.values("offsets", {std::int64_t{1} << 62}),
+        VtuBuilder{cube}.values("offsets", {-8})};
     for (const VtuBuilder& file : files) {
         file.write(folder / "a.vtu");
         const Outcome outcome = run("convert --repair a.vtu -o b.vtu");
@@ -195,4 +233,11 @@ TEST_F(Convert, RepairBelievesNoSizeOfAFile) {
         EXPECT_EQ(outcome.errors.rfind("The file \"a.vtu\" ", 0), 0) << outcome.errors;
         EXPECT_FALSE(std::filesystem::exists(folder / "b.vtu"));
     }
+    const auto values = [](const char* name) { return variedValues(name, ElementType::Int8, 8); };
+    vtu().piece(hexahedron().withPointData(values("X"))).write(folder / "a.vtu");
+    const Outcome twice = run("convert --repair a.vtu -o b.vtu");
+    EXPECT_EQ(twice.exitCode, 1);
+    EXPECT_TRUE(twice.errors.ends_with("Nothing was written, because the repaired file would not load either.\n"))
+        << twice.errors;
+    EXPECT_FALSE(std::filesystem::exists(folder / "b.vtu"));
 }
