@@ -247,6 +247,58 @@ Inputs valueLists() {
     return inputs;
 }
 
+/// Files that need repair, or cannot be repaired.
+Inputs brokenFiles() {
+    const VtuBuilder sound = vtu().piece(mixed());
+    return {{"two dimensions", vtu().piece(sideBySide({singleCell(12), singleCell(5), singleCell(1)})).text()},
+            {"no cell left", vtu().piece(hexahedron()).values("types", {42}).text()},
+            {"a word", VtuBuilder(sound).attribute("Piece", "NumberOfPoints", "three").text()},
+            {"components", VtuBuilder(sound).attribute("Points", "NumberOfComponents", "2305843009213693953").text()},
+            {"points", VtuBuilder(sound).attribute("Piece", "NumberOfPoints", "9223372036854775808").text()},
+            {"old order", vtu().version({1, 0}).piece(singleCell(72, 2)).piece(singleCell(72, 3)).base64().text()},
+            {"sharing", VtuBuilder(sound).appendedRaw().compressed(20).attribute("velocity", "offset", "0").text()},
+            {"table", VtuBuilder(sound).appendedRaw().compressed(20).headerWord("pressure", 0, 4).text()}};
+}
+
+Inputs filesAnd(Inputs inputs) {
+    inputs.merge(files());
+    return inputs;
+}
+
+Inputs repairs() {
+    Inputs inputs = filesAnd(brokenFiles());
+    inputs["field data"] =
+        vtu().piece(mixed()).fieldData(integers("f", ElementType::Int8, {1})).inlineText("f", "x").text();
+    return inputs;
+}
+
+Inputs seriesTexts() {
+    const std::string pvd = std::string(1, '\0') + "<VTKFile type='Collection'><Collection>",
+                      end = "</Collection></VTKFile>";
+    const std::string files = "\x01{\"a\": [[]], \"files\": [";
+    return {{"pvd", pvd + "<DataSet timestep='2' part='1' file='a'/><DataSet timestep=' 1e-3' file='b'/>" + end},
+            {"pvd without file", pvd + "<DataSet timestep='2'/>" + end},
+            {"pvd with a word", pvd + "<DataSet timestep='nan' file='a'/>" + end},
+            {"pvd of nothing", pvd + end},
+            {"pvd cut", pvd},
+            {"no pvd", std::string(1, '\0') + "<VTKFile type='UnstructuredGrid'/>"},
+            {"series", files + R"({"name": "b", "time": 2}, {"time": -1.5e3, "name": "a", "x": {}}]})"},
+            {"series twice", files + R"({"name": "b", "name": "c"}]})"},
+            {"series without name", files + R"({"time": 2}]})"},
+            {"series with a text", files + R"({"name": "b", "time": "2"}]})"},
+            {"series too large", files + R"({"name": "b", "time": 1e400}]})"},
+            {"series cut", files},
+            {"no series", "\x01[1, null]"},
+            {"layout", "\x02{\"loader\": \"L\", \"instructions\": [\"a\", \"b\"], \"more\": 1}"},
+            {"layout of numbers", "\x02{\"loader\": \"L\", \"instructions\": [1]}"},
+            {"layout twice", "\x02{\"loader\": \"L\", \"loader\": \"L\"}"},
+            {"name", "\x03run2/flow_-0.25e-3.vtu"},
+            {"name too large", "\x03"
+                               "flow1e999.vtu"},
+            {"name without", "\x03"
+                             "flow.vtu"}};
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -254,14 +306,24 @@ int main(int argumentCount, char** arguments) {
         std::cerr << "usage: fuzz_seeds DIR\n";
         return 2;
     }
-    const std::map<std::string, Inputs> inputsOfTargets{
-        {"base64", base64s()},       {"collection", collections()},
-        {"convert", conversions()},  {"document", documents()},
-        {"file_model", documents()}, {"header", headers()},
-        {"inflate", inflateSeeds()}, {"instructions", instructionLists()},
-        {"load", files()},           {"names", names()},
-        {"node_map", nodeMaps()},    {"numbers", numberTexts()},
-        {"sections", cellLists()},   {"values", valueLists()}};
+    const std::map<std::string, Inputs> inputsOfTargets{{"base64", base64s()},
+                                                        {"check", filesAnd(brokenFiles())},
+                                                        {"collection", collections()},
+                                                        {"convert", conversions()},
+                                                        {"document", documents()},
+                                                        {"file_model", documents()},
+                                                        {"header", headers()},
+                                                        {"inflate", inflateSeeds()},
+                                                        {"instructions", instructionLists()},
+                                                        {"load", files()},
+                                                        {"names", names()},
+                                                        {"node_map", nodeMaps()},
+                                                        {"numbers", numberTexts()},
+                                                        {"own_reader", filesAnd(brokenFiles())},
+                                                        {"repair", repairs()},
+                                                        {"sections", cellLists()},
+                                                        {"series", seriesTexts()},
+                                                        {"values", valueLists()}};
     try {
         for (const auto& [target, inputs] : inputsOfTargets)
             for (const auto& [name, bytes] : inputs) {
