@@ -268,7 +268,8 @@ struct XMLParser::Impl {
         }
         if (++depth > depthLimit)
             throw IOException(nestedTooDeep(depthLimit));
-        namespaceCount += static_cast<std::size_t>(reader.namespaceDeclarations().size());
+        if (equalsCount > 0) // a declaration has one
+            namespaceCount += static_cast<std::size_t>(reader.namespaceDeclarations().size());
         if (namespaceCount > namespaceLimit)
             throw IOException(tooManyNamespaces(namespaceLimit));
         namespaceCounts.push_back(namespaceCount);
