@@ -12,7 +12,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
 endif()
 target_include_directories(kro_options INTERFACE ${PROJECT_SOURCE_DIR})
 
-# Nothing is left to be written over that decides which code runs.
+# What files from strangers could otherwise make use of, were there a fault left. The C library's checks need optimised
+# code, and sanitizers have their own.
+target_compile_options(kro_options INTERFACE -fstack-protector-strong)
+target_compile_definitions(kro_options INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
 target_link_options(kro_options INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
 
 if(KRO_SANITIZE)

@@ -57,6 +57,7 @@ class Package(unittest.TestCase):
         files = [file for place in places for file in place.rglob("*") if file.is_file()]
         binaries = [file for file in files if file.read_bytes()[:4] == b"\x7fELF"]
         self.assertGreater(len(binaries), 12)
+        checked = []  # calls of the C library that know how much room there is
         for file in binaries:
             text = run("readelf", "-hldW", "--dyn-syms", file)
             for path in re.findall(r"(?:RPATH|RUNPATH).*\[(.*)\]", text):
@@ -64,6 +65,10 @@ class Package(unittest.TestCase):
                     self.assertRegex(entry, r"^(/|\$ORIGIN(/|$))", file)
             for expected in [r"Type: +DYN", "BIND_NOW|FLAGS_1.* NOW", "GNU_RELRO", "GNU_STACK .* RW "]:
                 self.assertRegex(text, expected, file)
+            if self.usr in file.parents:
+                self.assertIn("__stack_chk_fail@", text, file)
+                checked += re.findall(r"__mem\w+_chk@", text)
+        self.assertTrue(checked)
 
     def test_the_libraries_it_needs_are_dependencies(self):
         depends = run("dpkg-deb", "-f", self.package, "Depends")
