@@ -51,16 +51,6 @@ MeshPiece line(std::size_t nodeCount) {
 
 } // namespace
 
-TEST_F(Convert, EveryEncodingKeepsEveryValue) {
-    std::filesystem::copy(SAMPLES "/wing.vtu", folder / "wing.vtu");
-    for (const std::string encoding : {"ascii", "base64", "raw", "appended-base64"})
-        for (const std::string compression : {"zlib", "none"})
-            for (const std::string rest : {"--header UInt32", "--byte-order big"})
-                expectSameAfter("wing.vtu", "copy.vtu",
-                                "--encoding " + encoding + " --compress " + compression + ' ' + rest);
-    expectSameAfter("wing.vtu", "copy.vtu", "--node-bits 64");
-}
-
 TEST_F(Convert, EveryKindOfCellStaysInItsSection) {
     for (const CellKind& kind : acceptedCells)
         for (int order = kind.lowestOrder; order <= kind.highestOrder; ++order) {
