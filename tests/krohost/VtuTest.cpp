@@ -13,13 +13,6 @@ namespace {
 using namespace krohost::vtu;
 using test::vtu;
 
-const Array& named(const Document& document, const std::string& name) {
-    for (const Array* array : document.arrays())
-        if (array->name == name)
-            return *array;
-    throw std::out_of_range(name);
-}
-
 struct Bytes {
     std::string bytes;
     Decoded decoded;
@@ -31,16 +24,6 @@ Bytes decodeAll(const Document& document, const Array& array) {
         result.bytes.append(reinterpret_cast<const char*>(some.data()), some.size());
     });
     return result;
-}
-
-/// As the decoder hands them on.
-std::string bytesOf(const test::Array& array) {
-    std::string bytes;
-    test::asElement(array.type, [&](auto zero) {
-        for (const auto value : test::valuesAs<decltype(zero)>(array))
-            bytes += test::valueBytes(value, false);
-    });
-    return bytes;
 }
 
 /// What the loader reads in a text, as bytes; nothing when one of its words is no number.
@@ -59,23 +42,6 @@ std::optional<std::string> loaded(const std::string& text) {
 }
 
 } // namespace
-
-TEST(Vtu, ReadsEveryEncodingAsItWasWritten) {
-    const test::TemporaryFolder folder;
-    const test::MeshPiece piece = test::mixed();
-    for (test::Encoding encoding : test::allEncodings()) {
-        encoding.blockByteCount = 100; // blocks that end within values
-        vtu().piece(piece).timeValue(0.5).encoding(encoding).write(folder / "a.vtu");
-        const Document document = readDocument(folder / "a.vtu");
-        ASSERT_FALSE(document.malformation) << encoding.name();
-        for (const auto& arrays : {piece.pointData, piece.cellData, {piece.points}, piece.cellArrays()})
-            for (const test::Array& array : arrays) {
-                const Bytes read = decodeAll(document, named(document, array.name));
-                EXPECT_EQ(read.bytes, bytesOf(array)) << array.name << ", " << encoding.name();
-                EXPECT_TRUE(read.decoded.faults.empty()) << encoding.name();
-            }
-    }
-}
 
 TEST(Vtu, TakesForANumberWhatTheLoaderTakes) {
     std::istringstream words{"5 +5 -5 +-5 -+5 ++5 + - -0 -00 -0x 0x10 007 1.5 1. .5 1e3 1e 1e400 -1e400 1e-400 -1e-400 "
