@@ -6,6 +6,7 @@
 #include "krohost/vtu/decode.h"
 #include "krohost/vtu/values.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <optional>
@@ -60,8 +61,15 @@ bool isSame(double own, double loaded) {
     return own == loaded || (std::isnan(own) && std::isnan(loaded));
 }
 
+/// Whether a variable was demanded before and could not be had.
+bool hasFailed(const krohost::Host& host, std::size_t index) {
+    return std::ranges::any_of(host.dialogs(), [&](const krohost::Dialog& dialog) {
+        return dialog.zone == 1 && dialog.variable == static_cast<std::int32_t>(index + 1);
+    });
+}
+
 /// How many variables were compared.
-std::size_t compare(krohost::Host& host, const Document& document, const Array& array, krohost::Zone const& zone) {
+std::size_t compare(krohost::Host& host, const Document& document, const Array& array, const krohost::Zone& zone) {
     const auto location = array.section == Section::cellData ? ValueLocation_CellCentered : ValueLocation_Nodal;
     const std::uint64_t componentCount = array.componentCount.value_or(0);
     const auto own = firstValues(document, array, array.tupleCount * componentCount);
@@ -69,6 +77,7 @@ std::size_t compare(krohost::Host& host, const Document& document, const Array& 
     for (std::uint64_t component = 0; own && component < componentCount; ++component)
         for (std::size_t index = 0; index < zone.variables.size(); ++index) {
             const bool isIt = zone.variables[index].location == location && zone.variables[index].data &&
+                              !hasFailed(host, index) &&
                               host.dataset().variables[index] == variableName(array, component);
             const auto loaded = isIt ? host.demandValues(1, static_cast<std::int32_t>(index + 1)) : std::nullopt;
             for (std::size_t tuple = 0; loaded && tuple < loaded->size(); ++tuple)
