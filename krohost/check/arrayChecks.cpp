@@ -1,6 +1,7 @@
 #include "krohost/check/arrayChecks.h"
 
 #include "krohost/text/printable.h"
+#include "krohost/vtu/narrowing.h"
 #include "krohost/vtu/values.h"
 
 #include <fmt/format.h>
@@ -211,6 +212,19 @@ void checkArrayValues(const Document& document, Findings& findings, const Poll& 
     for (const Array* array : document.arrays())
         if (!isOfCells(*array) && needsData(*array))
             checkContent(*array, contents.get(*array, [&] { return readContent(document, *array, poll); }), findings);
+}
+
+void checkNarrowing(const Document& document, Findings& findings, const Poll& poll) {
+    for (const vtu::PiecewiseArray& array : vtu::piecewiseArrays(document)) {
+        if (array.isConnectivity())
+            continue; // node numbers beyond the points are errors
+        const vtu::Narrowing narrowing = vtu::narrowingOf(document, array, poll);
+        if (narrowing.narrowedCount > 0)
+            findings.warning("narrowed", array.first().element.position,
+                             fmt::format("{} holds {} of {} values that a host holds otherwise: {}",
+                                         nameInText(array.first()), narrowing.narrowedCount, narrowing.valueCount,
+                                         vtu::inWords(narrowing.first, array.first())));
+    }
 }
 
 } // namespace krohost::check

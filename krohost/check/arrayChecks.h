@@ -38,6 +38,9 @@ void checkArrayHeaders(const vtu::Document& document, Findings& findings, const 
 /// decoded once.
 void checkArrayValues(const vtu::Document& document, Findings& findings, const Poll& poll);
 
+/// Counts the values that a host holds otherwise, because its integers have 32 bits at most.
+void checkNarrowing(const vtu::Document& document, Findings& findings, const Poll& poll);
+
 /// Compares the types of cells with those that a zone can have and the offsets with them. `isDeep` also decodes
 /// connectivity and compares the node numbers with the piece's points.
 void checkCells(const vtu::Document& document, Findings& findings, bool isDeep, const Poll& poll);

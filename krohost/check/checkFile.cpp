@@ -19,6 +19,8 @@ std::vector<Finding> checkOne(const vtu::Document& document, const Depth& depth,
     checkCells(document, findings, depth.isDeep, poll);
     if (depth.isDeep)
         checkArrayValues(document, findings, poll);
+    if (depth.isDeep)
+        checkNarrowing(document, findings, poll);
     return findings.take();
 }
 

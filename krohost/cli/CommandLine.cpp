@@ -79,7 +79,7 @@ constexpr const char* exitCodes = "\nExit codes:\n"
                                   "    3  a named file cannot be opened\n"
                                   "    4  the add-on cannot be loaded\n"
                                   "    5  what was compared differs\n"
-                                  "  130  interrupted\n"
+                                  "  130  interrupted (129, 143: by SIGHUP, SIGTERM)\n"
                                   "  141  nobody reads the output any more\n";
 
 std::vector<std::string> commandNames() {

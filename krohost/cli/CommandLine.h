@@ -19,9 +19,9 @@ enum ExitCode {
     Exit_Usage = 2,
     Exit_FileNotOpened = 3,
     Exit_AddOnNotLoaded = 4,
-    Exit_Different = 5, ///< what was compared differs
-    Exit_Interrupted = 130,
-    Exit_PipeClosed = 141 ///< nobody reads standard output any more
+    Exit_Different = 5,     ///< what was compared differs
+    Exit_Interrupted = 130, ///< by Ctrl-C; the process ends with 128 plus the number of another signal that stopped it
+    Exit_PipeClosed = 141   ///< nobody reads standard output any more
 };
 
 enum class Command { info, replay, trace, bench, check, dump, diff, convert, addons };
@@ -39,6 +39,8 @@ struct CommandLine {
     std::vector<double> times;          ///< of the first load
     std::optional<std::int32_t> strand; ///< of the load that appends
     std::string recordFile;             ///< empty: nothing is recorded
+    bool isForced = false;              ///< existing files are replaced
+    bool isStrict = false;              ///< nothing is written that has losses
     bool isJson = false;
     bool isJsonLines = false;
     bool isDemanding = false;

@@ -11,7 +11,6 @@ struct ConvertOptions {
     std::string output;
     std::optional<write::FileFormat> format; ///< by the output's extension when there is none
     write::Encoding encoding;
-    bool isForced = false;    ///< existing files are replaced
     bool isRepairing = false; ///< the file is read without the add-on
 };
 

@@ -67,6 +67,8 @@ void addDumpOptions(CLI::App& command, CommandLine& line) {
         ->excludes(json);
     command.add_option("-o,--output", options.outputFile, "File to write (default: standard output)")
         ->type_name("FILE");
+    addForceOption(command, line);
+    addStrictOption(command, line);
     addHostOptions(command, line);
     addOutputOptions(command, line);
     command.callback([variable, nodeMap] {

@@ -1,6 +1,9 @@
 #include "krohost/cli/OutputStream.h"
 
 #include "krohost/cli/Failure.h"
+#include "krohost/write/WriteError.h"
+
+#include <fcntl.h>
 
 #include <cerrno>
 #include <cstring>
@@ -10,16 +13,37 @@ namespace krohost::cli {
 
 namespace {
 
-std::FILE* open(const std::string& path) {
-    return path.empty() ? stdout : std::fopen(path.c_str(), "wb");
+/// Has the failure of what is done with new files as one of the run.
+template <class Use>
+auto asFailure(const Use& use) {
+    try {
+        return use();
+    } catch (const write::NotReplaceable& error) {
+        throw Failure(error.what(), Exit_Usage);
+    } catch (const write::WriteError& error) {
+        throw Failure(error.what(), Exit_Failed);
+    }
 }
 
 } // namespace
 
-OutputStream::OutputStream(const std::string& path)
-    : name_{path.empty() ? "Standard output" : fmt::format("The file \"{}\"", path)}, file_{open(path)} {
+OutputStream::OutputStream(const std::string& path, const write::Permission& permission)
+    : name_{path.empty() ? "Standard output" : fmt::format("The file \"{}\"", path)}, file_{open(path, permission)} {
     if (!file_)
         fail();
+}
+
+std::FILE* OutputStream::open(const std::string& path, const write::Permission& permission) {
+    if (path.empty())
+        return stdout;
+    if (const auto descriptor = write::namedDescriptor(path)) {
+        const int own = fcntl(*descriptor, F_DUPFD_CLOEXEC, 0);
+        return own < 0 ? nullptr : fdopen(own, "wb");
+    }
+    if (write::isStream(path))
+        return std::fopen(path.c_str(), "wbe");
+    outputs_.emplace(permission);
+    return std::fopen(asFailure([&] { return outputs_->begin(path); }).c_str(), "wbxe");
 }
 
 OutputStream::~OutputStream() {
@@ -38,6 +62,8 @@ void OutputStream::finish() {
     std::FILE* file = std::exchange(file_, nullptr);
     if ((file == stdout ? std::fflush(file) : std::fclose(file)) != 0)
         fail();
+    if (outputs_)
+        asFailure([&] { outputs_->publish(); });
 }
 
 void OutputStream::writeBuffer() {

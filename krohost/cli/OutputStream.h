@@ -1,19 +1,23 @@
 #pragma once
 
+#include "krohost/write/Outputs.h"
+
 #include <fmt/format.h>
 
 #include <cstddef>
 #include <cstdio>
+#include <optional>
 #include <span>
 #include <string>
 
 namespace krohost::cli {
 
-/// Standard output or a new file, written in pieces. What cannot be written throws Failure.
+/// Standard output or a file, written in pieces. A new file gets its name when it is finished; what goes to a FIFO, a
+/// device or an open descriptor goes there as it comes. What cannot be written throws Failure.
 class OutputStream {
 public:
     /// Standard output for an empty path.
-    explicit OutputStream(const std::string& path);
+    OutputStream(const std::string& path, const write::Permission& permission);
     ~OutputStream();
     OutputStream(const OutputStream&) = delete;
     OutputStream& operator=(const OutputStream&) = delete;
@@ -27,14 +31,16 @@ public:
     }
     /// Writes bytes behind the text so far, without copying them.
     void write(std::span<const std::byte> bytes);
-    /// Writes what is left. Nothing may follow.
+    /// Writes what is left; without this a file is not there. Nothing may follow.
     void finish();
 
 private:
+    std::FILE* open(const std::string& path, const write::Permission& permission);
     void writeBuffer();
     [[noreturn]] void fail() const;
 
     std::string name_;
+    std::optional<write::Outputs> outputs_; // of a new file
     std::FILE* file_;
     fmt::memory_buffer buffer_;
 };

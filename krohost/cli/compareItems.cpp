@@ -31,7 +31,7 @@ void raise(Extreme& extreme, double difference, std::int64_t index, double left,
 
 void note(Comparison& comparison, std::int64_t index, double left, double right) {
     const double difference = distance(left, right);
-    if (comparison.differingCount++ == 0)
+    if (comparison.differingCount++ == 0 || index < comparison.firstIndex)
         comparison.firstIndex = index;
     raise(comparison.absolute, difference, index, left, right);
     raise(comparison.relative, std::isinf(difference) ? difference : difference / greaterMagnitude(left, right), index,
@@ -71,7 +71,42 @@ Comparison compare(std::span<const Left> left, std::span<const Right> right, con
     return comparison;
 }
 
+long double held(const Deferred& data, std::uint64_t index) {
+    return withItemType(data, [&]<class Item>(ItemTag<Item>) {
+        return static_cast<long double>(data.parts().front().items<Item>()[static_cast<std::size_t>(index)]);
+    });
+}
+
+bool differ(long double left, long double right, const Tolerance& tolerance) {
+    return tolerance.isZero() ? left != right
+                              : !areClose(static_cast<double>(left), static_cast<double>(right), tolerance);
+}
+
+/// The next of the originals if it is that of the item, else what the host holds.
+long double original(std::span<const vtu::NarrowedValue>& originals, std::uint64_t index, const Deferred& data) {
+    if (originals.empty() || originals.front().tuple != index)
+        return held(data, index);
+    const long double value = originals.front().value;
+    originals = originals.subspan(1);
+    return value;
+}
+
 } // namespace
+
+void addHiddenDifferences(Comparison& comparison, const Deferred& left, const Deferred& right,
+                          std::span<const vtu::NarrowedValue> leftOriginals,
+                          std::span<const vtu::NarrowedValue> rightOriginals, const Tolerance& tolerance) {
+    while (!leftOriginals.empty() || !rightOriginals.empty()) {
+        const std::uint64_t index = std::min(leftOriginals.empty() ? UINT64_MAX : leftOriginals.front().tuple,
+                                             rightOriginals.empty() ? UINT64_MAX : rightOriginals.front().tuple);
+        if (index >= static_cast<std::uint64_t>(comparison.count))
+            return; // the file has changed since it was loaded
+        const bool isHidden = !differ(held(left, index), held(right, index), tolerance);
+        const long double a = original(leftOriginals, index, left), b = original(rightOriginals, index, right);
+        if (isHidden && differ(a, b, tolerance))
+            note(comparison, static_cast<std::int64_t>(index), static_cast<double>(a), static_cast<double>(b));
+    }
+}
 
 bool areClose(double left, double right, const Tolerance& tolerance) {
     if (left == right || (std::isnan(left) && std::isnan(right)))

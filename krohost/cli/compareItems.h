@@ -1,9 +1,11 @@
 #pragma once
 
 #include "krohost/Deferred.h"
+#include "krohost/vtu/narrowing.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace krohost::cli {
 
@@ -34,5 +36,11 @@ bool areClose(double left, double right, const Tolerance& tolerance);
 
 /// Compares one part of two loaded variables or node maps, of whatever storage types. Both must have as many items.
 Comparison compareItems(const Deferred& left, const Deferred& right, std::size_t partIndex, const Tolerance& tolerance);
+
+/// Adds the differences of the files where the host holds other values than they do, which may be equal there. The
+/// values are those that the files have at some of the items, in the order of their places.
+void addHiddenDifferences(Comparison& comparison, const Deferred& left, const Deferred& right,
+                          std::span<const vtu::NarrowedValue> leftOriginals,
+                          std::span<const vtu::NarrowedValue> rightOriginals, const Tolerance& tolerance);
 
 } // namespace krohost::cli

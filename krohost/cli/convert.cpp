@@ -1,6 +1,7 @@
 #include "krohost/cli/convert.h"
 
 #include "krohost/cli/Failure.h"
+#include "krohost/cli/lossReport.h"
 #include "krohost/cli/options.h"
 #include "krohost/text/printable.h"
 #include "krohost/write/WriteError.h"
@@ -29,7 +30,7 @@ CLI::Option* addWords(CLI::App& command, const char* name, Value& value, const s
 }
 
 /// What is asked for, as far as it can be known before the load that it can be done.
-write::Request request(const CommandLine& line) {
+write::Request request(const CommandLine& line, const Plan& plan) {
     const ConvertOptions& options = line.convert;
     const std::filesystem::path path{options.output};
     const auto format = options.format ? options.format : write::fileFormat(path.extension().string());
@@ -37,12 +38,7 @@ write::Request request(const CommandLine& line) {
         throw Failure(
             fmt::format("The format of \"{}\" does not follow from its extension; name it with --to.", options.output),
             Exit_Usage);
-    try {
-        write::requireFree(path, options.isForced);
-    } catch (const write::WriteError& error) {
-        throw Failure(error.what(), Exit_Usage);
-    }
-    return {path, *format, options.encoding, options.isForced};
+    return {path, *format, options.encoding, plan.permission, line.isStrict};
 }
 
 /// Runs a conversion, whose failures become the outcome's error.
@@ -50,6 +46,11 @@ template <class Write>
 void attempt(ConvertOutcome& outcome, const Write& write) {
     try {
         outcome.conversion = write();
+    } catch (const write::NotReplaceable& error) {
+        throw Failure(error.what(), Exit_Usage);
+    } catch (const write::LossesNotAllowed& error) {
+        outcome.conversion.losses = error.losses();
+        outcome.error = error.what();
     } catch (const write::WriteError& error) {
         outcome.error = error.what();
     } catch (const write::Interrupted&) {
@@ -91,7 +92,8 @@ void addConvertOptions(CLI::App& command, CommandLine& line) {
                           "Header words of .vtu files (default: UInt64)");
     addWords(command, "--byte-order", encoding.isBigEndian, {{"little", false}, {"big", true}},
              "Byte order of .vtu files (default: little)");
-    command.add_flag("--force", options.isForced, "Replace files that exist");
+    addForceOption(command, line);
+    addStrictOption(command, line);
     command.add_flag("--repair", options.isRepairing,
                      "Read a .vtu that the loader refuses, without it: LZ4 and LZMA are decompressed, cells of lower "
                      "dimensions and of unknown types left out (exit code 1)");
@@ -101,7 +103,7 @@ void addConvertOptions(CLI::App& command, CommandLine& line) {
 }
 
 ConvertOutcome convert(Host& host, const CommandLine& line, const Plan& plan) {
-    const write::Request wanted = request(line);
+    const write::Request wanted = request(line, plan);
     ConvertOutcome outcome;
     outcome.report.loaderName = loaderName(host, line, plan);
     outcome.report.isLoaded = load(host, outcome.report.loaderName, line, plan);
@@ -115,7 +117,7 @@ ConvertOutcome convert(Host& host, const CommandLine& line, const Plan& plan) {
 }
 
 ConvertOutcome repair(Host& host, const CommandLine& line, const Plan& plan) {
-    const write::Request wanted = request(line);
+    const write::Request wanted = request(line, plan);
     if (plan.files.size() != 1)
         throw Failure("--repair takes one file.", Exit_Usage);
     ConvertOutcome outcome;
@@ -132,33 +134,13 @@ std::string convertText(const CommandLine& line, const ConvertOutcome& outcome) 
                                  : "";
 }
 
-namespace {
-
-nlohmann::ordered_json lossList(const write::Losses& losses) {
-    const auto textOrNull = [](const std::string& text) {
-        return text.empty() ? nlohmann::ordered_json() : nlohmann::ordered_json(text);
-    };
-    auto list = nlohmann::ordered_json::array();
-    for (const write::Loss& loss : losses.list())
-        list.push_back({{"what", loss.what},
-                        {"message", loss.message},
-                        {"array", textOrNull(loss.array)},
-                        {"location", textOrNull(loss.location)},
-                        {"file", textOrNull(loss.file)},
-                        {"files", loss.fileCount},
-                        {"count", loss.count}});
-    return list;
-}
-
-} // namespace
-
 nlohmann::ordered_json convertDocument(const ConvertOutcome& outcome) {
     using nlohmann::ordered_json;
     const auto textOrNull = [](const std::string& text) { return text.empty() ? ordered_json() : ordered_json(text); };
     const write::Conversion& conversion = outcome.conversion;
-    ordered_json files = ordered_json::array(), notes = conversion.notes;
+    ordered_json files = ordered_json::array(), notes = files;
     for (const write::Loss& loss : conversion.losses.list())
-        notes.push_back(loss.message);
+        notes.push_back(write::sentence(loss));
     for (const write::Outputs::Published& file : conversion.files)
         files.push_back({{"path", file.path.string()}, {"bytes", file.byteCount}});
     return {{"loader", textOrNull(outcome.report.loaderName)},

@@ -2,6 +2,8 @@
 
 #include "krohost/cli/jsonReport.h"
 #include "krohost/cli/loading.h"
+#include "krohost/cli/lossReport.h"
+#include "krohost/cli/narrowedValues.h"
 #include "krohost/cli/options.h"
 #include "krohost/timesFromFileNames.h"
 
@@ -23,6 +25,7 @@ using nlohmann::ordered_json;
 struct Side {
     std::vector<SeriesFile> files;
     const Dataset* dataset = nullptr;
+    OriginalFiles originals = {};
 
     /// The file when there is one only.
     const std::string* onlyFile() const { return files.size() == 1 ? &files.front().path : nullptr; }
@@ -70,7 +73,7 @@ ordered_json extremeObject(const Extreme& extreme) {
 /// Walks two datasets side by side and writes down what differs.
 class Comparer {
 public:
-    Comparer(Host& host, const Tolerance& tolerance, const Side& left, const Side& right)
+    Comparer(Host& host, const Tolerance& tolerance, Side& left, Side& right)
         : host_{host}, tolerance_{tolerance}, left_{left}, right_{right} {}
 
     Diff run(ProgressBar& progress) {
@@ -150,6 +153,8 @@ private:
         const Hold a = hold(left_, left.nodeMap->target()), b = hold(right_, right.nodeMap->target());
         if (!areLoaded(a, b, "node map"))
             return;
+        if (!haveSameOriginals(left, right, a, b))
+            return addUnknown("node map");
         for (const std::size_t section : sections) {
             const Comparison result = compareItems(*a.data(), *b.data(), section, {});
             if (result.differingCount == 0)
@@ -175,20 +180,27 @@ private:
             const NamedVariable* other = found == rightsByKey.end() ? nullptr : found->second;
             compareProperty(variable.key(), variable.type(), other ? ordered_json(other->type()) : ordered_json());
             if (other && other->variable->data->valueCount == variable.variable->data->valueCount)
-                compareValues(variable, *other);
+                compareValues(left, right, variable, *other);
         }
         for (const NamedVariable& variable : rights)
             if (!leftsByKey.contains(variable.key()))
                 compareProperty(variable.key(), nullptr, variable.type());
     }
 
-    void compareValues(const NamedVariable& left, const NamedVariable& right) {
+    void compareValues(const Zone& leftZone, const Zone& rightZone, const NamedVariable& left,
+                       const NamedVariable& right) {
         if (Host::isInterrupted())
             return;
         const Hold a = hold(left_, left.variable->data->target()), b = hold(right_, right.variable->data->target());
         if (!areLoaded(a, b, left.key()))
             return;
-        const Comparison result = compareItems(*a.data(), *b.data(), 0, tolerance_);
+        Comparison result = compareItems(*a.data(), *b.data(), 0, tolerance_);
+        const auto location = left.variable->location;
+        const auto ofA = left_.originals.ofVariable(leftZone, location, left.name),
+                   ofB = right_.originals.ofVariable(rightZone, location, right.name);
+        if (!ofA || !ofB)
+            return addUnknown(left.key());
+        addHiddenDifferences(result, *a.data(), *b.data(), *ofA, *ofB, tolerance_);
         if (result.differingCount == 0)
             return;
         addLine(fmt::format("{}: {} of {} values differ, {}, {}", left.key(), result.differingCount, result.count,
@@ -200,6 +212,25 @@ private:
                               {"differing", result.differingCount},
                               {"absolute", extremeObject(result.absolute)},
                               {"relative", extremeObject(result.relative)}});
+    }
+
+    /// Whether the host's node numbers are alike where those of the files are: all that it holds otherwise is the same.
+    bool haveSameOriginals(const Zone& left, const Zone& right, const Hold& a, const Hold& b) {
+        const bool isNarrow = a.data()->itemByteCount() == 4 || b.data()->itemByteCount() == 4;
+        if (!isNarrow)
+            return true;
+        const auto ofA = left_.originals.ofNodes(left), ofB = right_.originals.ofNodes(right);
+        return ofA && ofB &&
+               std::equal(ofA->begin(), ofA->end(), ofB->begin(), ofB->end(), [](const auto& x, const auto& y) {
+                   return x.tuple == y.tuple && x.component == y.component && x.value == y.value;
+               });
+    }
+
+    /// What the host does not hold as the files have it, so that equal values say nothing.
+    void addUnknown(const std::string& what) {
+        constexpr const char* why = "the host does not hold the values of the files";
+        notCompared_.push_back({{"zone", zoneNumber_}, {"what", what}, {"notLoadedFrom", nullptr}, {"why", why}});
+        addLine(fmt::format("{}: cannot be compared, {}", what, why));
     }
 
     Hold hold(const Side& side, Target target) {
@@ -236,7 +267,7 @@ private:
 
     Host& host_;
     const Tolerance& tolerance_;
-    const Side &left_, &right_;
+    Side &left_, &right_;
     Diff diff_;
     std::string place_ = "dataset";
     ordered_json zoneNumber_; // null for the whole dataset
@@ -253,7 +284,12 @@ bool load(Host& host, const CommandLine& line, const std::string& file, Side& si
     report.isLoaded = cli::load(host, report.loaderName, own, plan);
     report.stoppedAt = host.stoppedAt().value_or("");
     side = {plan.files, &host.keepDataset()};
-    return report.isLoaded;
+    if (!report.isLoaded)
+        return false;
+    const std::vector<std::string> names = paths(plan.files);
+    side.originals = {*side.dataset, {names.begin(), names.end()}};
+    report.losses.add(lossesOfLoad(plan, allArrays(*side.dataset)));
+    return true;
 }
 
 } // namespace
@@ -282,6 +318,8 @@ Diff diff(Host& host, const CommandLine& line, ProgressBar& progress) {
     Diff result;
     if (areLoaded)
         result = Comparer{host, line.tolerance, left, right}.run(progress);
+    if (areLoaded)
+        result.document["losses"] = lossList(report.losses);
     report.demands = std::move(result.report.demands);
     result.report = std::move(report);
     return result;

@@ -2,9 +2,12 @@
 
 #include "krohost/cli/Failure.h"
 #include "krohost/cli/jsonReport.h"
+#include "krohost/cli/lossReport.h"
 #include "krohost/cli/selection.h"
 #include "krohost/itemType.h"
-#include "krohost/text/printable.h"
+#include "krohost/write/WriteError.h"
+#include "krohost/write/csv.h"
+#include "krohost/write/zoneFiles.h"
 
 #include <fmt/compile.h>
 #include <nlohmann/json.hpp>
@@ -14,7 +17,6 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <filesystem>
 #include <iterator>
 #include <type_traits>
 
@@ -112,15 +114,6 @@ void writeText(OutputStream& output, const Dataset& dataset, const Selection& se
     }
 }
 
-std::string csvField(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == text.npos)
-        return text;
-    std::string field = "\"";
-    for (const char character : text)
-        field.append(character == '"' ? 2 : 1, character);
-    return field + '"';
-}
-
 void writeCsv(OutputStream& output, const Dataset& dataset, const Selection& selection, const LoadedParts& parts) {
     std::vector<std::string> names;
     if (selection.isNodeMap)
@@ -128,8 +121,7 @@ void writeCsv(OutputStream& output, const Dataset& dataset, const Selection& sel
             names.push_back(fmt::format("node{}", number));
     else
         for (const LoadedPart& part : parts)
-            names.push_back(
-                csvField(printableLine(dataset.variables[static_cast<std::size_t>(part.target.variable) - 1])));
+            names.push_back(write::csvText(dataset.variables[static_cast<std::size_t>(part.target.variable) - 1]));
     print(output, "{}\n", fmt::join(names, ","));
     for (std::int64_t row = parts.front().begin; row < parts.front().end && !Host::isInterrupted(); ++row) {
         writeRow(output, parts, row, ",");
@@ -214,16 +206,10 @@ void writeJson(OutputStream& output, const Dataset& dataset, const Selection& se
     print(output, "],\n");
 }
 
-void requireSafeOutput(const CommandLine& line, const Plan& plan) {
+void requireSafeOutput(const CommandLine& line) {
     const bool isBinary = line.dump.format == DumpFormat::npy || line.dump.format == DumpFormat::raw;
     if (isBinary && line.dump.outputFile.empty() && isatty(STDOUT_FILENO) == 1)
         throw Failure("The formats npy and raw are not for terminals; name a file with -o.", Exit_Usage);
-    for (const SeriesFile& file : plan.files) {
-        std::error_code ignored;
-        if (std::filesystem::equivalent(file.path, line.dump.outputFile, ignored))
-            throw Failure(fmt::format("The output would replace the file \"{}\" that it comes from.", file.path),
-                          Exit_Usage);
-    }
 }
 
 void write(OutputStream& output, const CommandLine& line, const Dataset& dataset, const Selection& selection,
@@ -243,12 +229,43 @@ void write(OutputStream& output, const CommandLine& line, const Dataset& dataset
     }
 }
 
+/// The files that the zone may come from: one, where a file is known for each zone.
+std::vector<std::filesystem::path> filesOf(const Dataset& dataset, const Zone& zone, const Plan& plan) {
+    const std::vector<std::string> names = paths(plan.files);
+    if (names.size() == 1 && dataset.zones.size() == 1)
+        return {names.front()};
+    std::vector<std::filesystem::path> files = write::zoneFiles({names.begin(), names.end()});
+    if (files.size() == dataset.zones.size())
+        files = {files[static_cast<std::size_t>(zone.number) - 1]};
+    return files;
+}
+
+write::Losses lossesOf(const Dataset& dataset, const Selection& selection, const CommandLine& line, const Plan& plan) {
+    const std::vector<std::string>& wanted = line.dump.variables;
+    const auto isWanted = [&](const vtu::Array& array) {
+        const std::vector<std::string> names = vtu::variableNames(array);
+        const char* location = array.section == vtu::Section::cellData ? "cell" : "nodal";
+        return (line.dump.location.empty() || line.dump.location == location) &&
+               std::find_first_of(names.begin(), names.end(), wanted.begin(), wanted.end()) != names.end();
+    };
+    const bool areNodesNarrow = selection.isNodeMap && selection.zone.nodeMap->itemByteCount() == sizeof(std::int32_t);
+    try {
+        write::Losses losses =
+            write::narrowingLosses(filesOf(dataset, selection.zone, plan), {isWanted, areNodesNarrow});
+        if (line.dump.format == DumpFormat::csv && !line.isJson)
+            write::addCsvRenamings(wanted, losses);
+        return losses;
+    } catch (const write::Interrupted&) {
+        return {};
+    }
+}
+
 } // namespace
 
 std::unique_ptr<OutputStream> dump(Host& host, const CommandLine& line, const Plan& plan, Report& report) {
     const Dataset& dataset = host.dataset();
     const Selection selection = select(dataset, line.dump);
-    requireSafeOutput(line, plan);
+    requireSafeOutput(line);
     std::vector<Hold> holds; // of the one node map, or of each variable
     LoadedParts parts;
     for (const Part& part : selection.parts) {
@@ -262,17 +279,24 @@ std::unique_ptr<OutputStream> dump(Host& host, const CommandLine& line, const Pl
                                        [](const DemandResult& result) { return result.isLoaded; });
     if (!areLoaded && !line.isJson)
         return nullptr;
-    auto output = std::make_unique<OutputStream>(line.dump.outputFile);
+    report.losses = lossesOf(dataset, selection, line, plan);
+    if (line.isStrict && !report.losses.empty()) {
+        return nullptr;
+    }
+    auto output = std::make_unique<OutputStream>(line.dump.outputFile, plan.permission);
     write(*output, line, dataset, selection, parts);
     return output;
 }
 
-void finishDump(OutputStream& output, const CommandLine& line, const std::vector<std::string>& dialogs,
-                const std::vector<std::string>& violations, const std::string& error) {
+void finishDump(OutputStream& output, const CommandLine& line, const Report& report,
+                const std::vector<std::string>& dialogs, const std::vector<std::string>& violations,
+                const std::string& error) {
     if (line.isJson)
-        print(output, "\"error\":{},\"dialogs\":{},\"violations\":{}}}\n",
-              jsonText(error.empty() ? ordered_json() : ordered_json(error)), jsonText(dialogs), jsonText(violations));
-    output.finish();
+        print(output, "\"losses\":{},\"error\":{},\"dialogs\":{},\"violations\":{}}}\n",
+              jsonText(lossList(report.losses)), jsonText(error.empty() ? ordered_json() : ordered_json(error)),
+              jsonText(dialogs), jsonText(violations));
+    if (line.dump.outputFile.empty() || !Host::isInterrupted())
+        output.finish();
 }
 
 } // namespace krohost::cli

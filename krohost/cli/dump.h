@@ -11,12 +11,14 @@
 namespace krohost::cli {
 
 /// Writes the variables or the node map that the user chose of the loaded dataset; of a JSON document, all but the end.
-/// Adds the demands to the report. When one of them failed and the format has no way to say so, nothing is written, and
-/// the result is null. Throws Failure for a choice that cannot be served and for output that cannot be written.
+/// Adds the demands and losses to the report. When one of them failed and the format has no way to say so, nothing is
+/// written, and the result is null. Throws Failure for a choice that cannot be served and for output that cannot be
+/// written.
 std::unique_ptr<OutputStream> dump(Host& host, const CommandLine& line, const Plan& plan, Report& report);
 
-/// Writes the end, for which the host has been shut down.
-void finishDump(OutputStream& output, const CommandLine& line, const std::vector<std::string>& dialogs,
-                const std::vector<std::string>& violations, const std::string& error);
+/// Writes the end, for which the host has been shut down. An interrupted dump leaves no file.
+void finishDump(OutputStream& output, const CommandLine& line, const Report& report,
+                const std::vector<std::string>& dialogs, const std::vector<std::string>& violations,
+                const std::string& error);
 
 } // namespace krohost::cli

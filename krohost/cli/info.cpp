@@ -3,6 +3,7 @@
 #include "krohost/cli/Failure.h"
 #include "krohost/cli/Stopwatch.h"
 #include "krohost/cli/layout.h"
+#include "krohost/cli/lossReport.h"
 #include "krohost/cli/options.h"
 
 #include <CLI/CLI.hpp>
@@ -20,10 +21,10 @@ void addReportOptions(CLI::App& command, CommandLine& line) {
     addOutputOptions(command, line);
 }
 
-void record(const Host& host, const std::string& path) {
+void record(const Host& host, const CommandLine& line, const Plan& plan) {
     if (!host.dataset().instructions)
         throw Failure("The loader has recorded no instructions.", Exit_Failed);
-    writeLayout(path, *host.dataset().instructions);
+    writeLayout(line.recordFile, plan.permission, *host.dataset().instructions);
 }
 
 } // namespace
@@ -49,12 +50,15 @@ Report loadAndDemand(Host& host, const CommandLine& line, const Plan& plan, cons
     report.isLoaded = load(host, report.loaderName, line, plan);
     report.stoppedAt = host.stoppedAt().value_or("");
     if (report.isLoaded && !line.recordFile.empty())
-        record(host, line.recordFile);
+        record(host, line, plan);
     report.isDemanded = line.isDemanding;
     const double loadSeconds = loadTime.seconds();
     const Stopwatch demandTime;
     if (report.isLoaded && line.isDemanding)
         report.demands = host.demandAll({line.threadCount, progress.onDemand()});
+    const bool isReporting = line.command == Command::info || line.command == Command::replay;
+    if (isReporting && !report.demands.empty())
+        report.losses = lossesOfLoad(plan, allArrays(host.dataset()));
     progress.clear();
     console.note(fmt::format("{} took {:.4f} s", report.loaderName, loadSeconds));
     if (!report.demands.empty())

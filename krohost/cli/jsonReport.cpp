@@ -1,5 +1,6 @@
 #include "krohost/cli/jsonReport.h"
 
+#include "krohost/cli/lossReport.h"
 #include "krohost/text/printable.h"
 
 #include <nlohmann/json.hpp>
@@ -105,6 +106,7 @@ ordered_json jsonReport(const Report& report, const Dataset& dataset) {
             {"dialogs", ordered_json::array()},
             {"stoppedAt", textOrNull(report.stoppedAt)},
             {"violations", ordered_json::array()},
+            {"losses", lossList(report.losses)},
             {"variables", variableList(dataset)},
             {"zones", zoneList(report, dataset)}};
 }

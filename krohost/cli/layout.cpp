@@ -1,15 +1,13 @@
 #include "krohost/cli/layout.h"
 
 #include "krohost/cli/Failure.h"
+#include "krohost/cli/OutputStream.h"
 #include "krohost/cli/smallFile.h"
 #include "krohost/text/printable.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <utility>
 
 namespace krohost::cli {
@@ -66,11 +64,11 @@ private:
 
 } // namespace
 
-void writeLayout(const std::string& path, const Instructions& instructions) {
+void writeLayout(const std::string& path, const write::Permission& permission, const Instructions& instructions) {
     const std::string text = layoutText(path, instructions);
-    std::ofstream stream{path, std::ios::binary};
-    if (!(stream << text << std::flush))
-        throw Failure(fmt::format("The layout \"{}\" cannot be written: {}.", path, std::strerror(errno)), Exit_Failed);
+    OutputStream stream{path, permission};
+    stream.buffer().append(text);
+    stream.finish();
 }
 
 Instructions readLayout(const std::string& path) {

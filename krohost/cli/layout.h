@@ -2,13 +2,14 @@
 #pragma once
 
 #include "krohost/Dataset.h"
+#include "krohost/write/Outputs.h"
 
 #include <string>
 
 namespace krohost::cli {
 
 /// Throws Failure when the file cannot be written, or the instructions hold text that is not UTF-8.
-void writeLayout(const std::string& path, const Instructions& instructions);
+void writeLayout(const std::string& path, const write::Permission& permission, const Instructions& instructions);
 
 /// Throws Failure when the file cannot be read or is no layout.
 Instructions readLayout(const std::string& path);

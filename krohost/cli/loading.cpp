@@ -4,6 +4,7 @@
 #include "krohost/cli/layout.h"
 #include "krohost/cli/suggest.h"
 #include "krohost/strandGroups.h"
+#include "krohost/write/WriteError.h"
 
 #include <fmt/format.h>
 
@@ -27,6 +28,8 @@ std::string openError(const std::string& path) {
     std::error_code ignored;
     if (std::filesystem::is_directory(path, ignored))
         return std::strerror(EISDIR);
+    if (std::filesystem::is_fifo(path, ignored)) // opened and closed, it would be broken for who writes to it
+        return access(path.c_str(), R_OK) == 0 ? "" : std::strerror(errno);
     const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0)
         return std::strerror(errno);
@@ -103,6 +106,17 @@ bool append(Host& host, const CommandLine& line, const std::vector<SeriesFile>& 
                                  instructions(paths(files), line.timeSource, times(own, files), strand));
 }
 
+/// What is named, also by collections and in a layout.
+write::Inputs inputs(const Plan& plan, const std::vector<std::string>& files,
+                     const std::vector<std::string>& appendedFiles) {
+    write::Inputs inputs;
+    for (const auto& names : {files, paths(plan.files), appendedFiles, paths(plan.appendedFiles),
+                              plan.layout ? plan.layout->strings : std::vector<std::string>{}})
+        for (const std::string& name : names)
+            inputs.add(name);
+    return inputs;
+}
+
 } // namespace
 
 std::vector<std::string> paths(const std::vector<SeriesFile>& files) {
@@ -124,7 +138,20 @@ Plan makePlan(const CommandLine& line) {
     else
         plan.files = expandCollections(files);
     plan.appendedFiles = expandCollections(appendedFiles);
+    plan.permission = {line.isForced, inputs(plan, files, appendedFiles)};
     return plan;
+}
+
+void requireFreeOutputs(const CommandLine& line, Plan& plan) {
+    try {
+        for (const std::string& file : {line.recordFile, line.dump.outputFile})
+            if (!file.empty() && !write::isStream(file))
+                plan.permission.require(file);
+        if (!line.convert.output.empty())
+            plan.permission.require(line.convert.output);
+    } catch (const write::NotReplaceable& error) {
+        throw Failure(error.what(), Exit_Usage);
+    }
 }
 
 std::string loaderName(const Host& host, const CommandLine& line, const Plan& plan) {

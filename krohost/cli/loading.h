@@ -4,6 +4,7 @@
 #include "krohost/cli/CommandLine.h"
 #include "krohost/cli/Console.h"
 #include "krohost/cli/series.h"
+#include "krohost/write/Outputs.h"
 
 #include <optional>
 #include <string>
@@ -16,12 +17,16 @@ struct Plan {
     std::vector<SeriesFile> files;         ///< none in a replay
     std::optional<Instructions> layout;    ///< of a replay
     std::vector<SeriesFile> appendedFiles; ///< of the second load, if there is one
+    write::Permission permission;          ///< for the files that are written
 };
 
 std::vector<std::string> paths(const std::vector<SeriesFile>& files);
 
 /// Looks at what the user named. Throws Failure when it cannot be opened or a collection or layout is malformed.
 Plan makePlan(const CommandLine& line);
+
+/// Looks at the files that are to be written. Throws Failure when one may not be.
+void requireFreeOutputs(const CommandLine& line, Plan& plan);
 
 /// The name of the loader for the first load. Throws Failure for one that is not registered, and AddOnError.
 std::string loaderName(const Host& host, const CommandLine& line, const Plan& plan);

@@ -5,20 +5,46 @@
 #include <malloc.h>
 #include <signal.h>
 
+#include <csignal>
 #include <variant>
 
 namespace {
 
-/// The first Ctrl-C stops the current operation in an orderly way; the second one ends the process.
-void catchInterruptOnce() {
-    struct sigaction action {};
-    action.sa_handler = [](int) { krohost::Host::requestInterrupt(); };
-    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
-    sigaction(SIGINT, &action, nullptr);
+/// The signal that asked the run to stop; 0: none.
+volatile std::sig_atomic_t receivedSignal = 0;
+
+/// The first signal stops the current operation in an orderly way; a second one ends the process.
+void stop(int signalNumber) {
+    if (receivedSignal == 0) {
+        receivedSignal = signalNumber;
+        krohost::Host::requestInterrupt();
+        return;
+    }
+    signal(signalNumber, SIG_DFL);
+    raise(signalNumber);
 }
 
-/// What one demand frees serves the next. By default it goes back to the system page by page and is cleared again, which
-/// took a fifteenth of a load of many small pieces; from 4 MiB on, where memory is to go back, it has its own mapping.
+void catchSignals() {
+    struct sigaction action {};
+    action.sa_handler = stop;
+    action.sa_flags = static_cast<int>(SA_RESTART);
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+    struct sigaction hangUp {};
+    sigaction(SIGHUP, nullptr, &hangUp);
+    if (hangUp.sa_handler != SIG_IGN) // as nohup sets it
+        sigaction(SIGHUP, &action, nullptr);
+}
+
+/// As a shell tells of a process that a signal has ended.
+int exitCodeAfter(int exitCode) {
+    const bool wasStopped = exitCode == krohost::cli::Exit_Interrupted && receivedSignal != 0;
+    return wasStopped ? 128 + receivedSignal : exitCode;
+}
+
+/// What one demand frees serves the next. By default it goes back to the system page by page and is cleared again,
+/// which took a fifteenth of a load of many small pieces; from 4 MiB on, where memory is to go back, it has its own
+/// mapping.
 void keepFreedMemory() {
     mallopt(M_MMAP_THRESHOLD, 4 << 20);
     mallopt(M_TRIM_THRESHOLD, 64 << 20);
@@ -30,7 +56,7 @@ int main(int argumentCount, char** arguments) {
     const auto parsed = krohost::cli::parseCommandLine(argumentCount, arguments);
     if (const int* exitCode = std::get_if<int>(&parsed))
         return *exitCode;
-    catchInterruptOnce();
+    catchSignals();
     keepFreedMemory();
-    return krohost::cli::run(std::get<krohost::cli::CommandLine>(parsed));
+    return exitCodeAfter(krohost::cli::run(std::get<krohost::cli::CommandLine>(parsed)));
 }

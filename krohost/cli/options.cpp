@@ -46,8 +46,17 @@ void addNewLoadOptions(CLI::App& command, CommandLine& line) {
 void addLoadOptions(CLI::App& command, CommandLine& line) {
     command.add_option("--append", line.appendedFiles, "Files to add to the dataset, as one strand")->type_name("FILE");
     command.add_option("--record", line.recordFile, "Write how FILE was loaded, for krohost replay")->type_name("FILE");
+    addForceOption(command, line);
     command.add_flag("--demand", line.isDemanding, "Load every variable and node map");
     addJobsOption(command, line, std::max(1U, std::thread::hardware_concurrency()));
+}
+
+void addForceOption(CLI::App& command, CommandLine& line) {
+    command.add_flag("--force", line.isForced, "Replace files that exist, though never one that is read");
+}
+
+void addStrictOption(CLI::App& command, CommandLine& line) {
+    command.add_flag("--strict", line.isStrict, "Write nothing when something would be dropped, changed or narrowed");
 }
 
 void addJobsOption(CLI::App& command, CommandLine& line, unsigned defaultCount) {

@@ -16,8 +16,13 @@ void addFilesOption(CLI::App& command, CommandLine& line);
 /// loader's instructions.
 void addNewLoadOptions(CLI::App& command, CommandLine& line);
 
-/// --append, --record, --demand and --jobs.
+/// --append, --record, --force, --demand and --jobs.
 void addLoadOptions(CLI::App& command, CommandLine& line);
+
+/// For commands that write files.
+void addForceOption(CLI::App& command, CommandLine& line);
+
+void addStrictOption(CLI::App& command, CommandLine& line);
 
 /// --jobs alone, with the number of threads without it.
 void addJobsOption(CLI::App& command, CommandLine& line, unsigned defaultCount);

@@ -15,6 +15,7 @@
 #include "krohost/cli/info.h"
 #include "krohost/cli/jsonReport.h"
 #include "krohost/cli/loading.h"
+#include "krohost/cli/lossReport.h"
 #include "krohost/cli/tableReport.h"
 #include "krohost/cli/trace.h"
 #include "krohost/text/printable.h"
@@ -24,6 +25,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 
 namespace krohost::cli {
 
@@ -92,6 +94,7 @@ int finish(Host& host, const CommandLine& line, const Console& console, const Re
     else if (report.isLoaded)
         text = tableReport(report, host.dataset(), console.outputStyle(), line.isShowingAll);
     host.shutDown();
+    printLosses(console, report.losses);
     printProblems(host, console, report.stoppedAt);
     const int code = exitCode(host, report);
     if (line.isJson)
@@ -143,14 +146,27 @@ int finish(Host& host, const CommandLine& line, const Console& console, const Ch
     return console.print(jsonText(checkDocument(check), dialogTexts(host), host.violations(), error), code);
 }
 
+/// Ends a dump that is not to be because of what would be lost.
+int refuseLosses(const Host& host, const CommandLine& line, const Console& console, const Report& report) {
+    const std::string message = write::LossesNotAllowed{report.losses}.what();
+    console.error(message);
+    if (!line.isJson)
+        return Exit_Failed;
+    return console.print(jsonText({{"losses", lossList(report.losses)}}, dialogTexts(host), host.violations(), message),
+                         Exit_Failed);
+}
+
 /// Writes what was chosen; the end of a document stands behind what the host says last.
 int finishDump(Host& host, const CommandLine& line, const Console& console, const Plan& plan, Report& report) {
     const auto output = report.isLoaded ? dump(host, line, plan, report) : nullptr;
     host.shutDown();
+    printLosses(console, report.losses);
     printProblems(host, console, report.stoppedAt);
     const int code = exitCode(host, report);
+    if (line.isStrict && !report.losses.empty())
+        return refuseLosses(host, line, console, report);
     if (output)
-        finishDump(*output, line, dialogTexts(host), host.violations(), errorText(host, code));
+        finishDump(*output, line, report, dialogTexts(host), host.violations(), errorText(host, code));
     else if (line.isJson)
         return console.print(jsonText({{"loaded", false}}, dialogTexts(host), host.violations(), errorText(host, code)),
                              code);
@@ -159,6 +175,7 @@ int finishDump(Host& host, const CommandLine& line, const Console& console, cons
 
 int finish(Host& host, const CommandLine& line, const Console& console, Diff diff) {
     host.shutDown();
+    printLosses(console, diff.report.losses);
     printProblems(host, console, diff.report.stoppedAt);
     const int ownCode = exitCode(host, diff.report);
     const int code = ownCode == Exit_Done && !diff.isSame ? int{Exit_Different} : ownCode;
@@ -173,10 +190,7 @@ int finish(Host& host, const CommandLine& line, const Console& console, Diff dif
 int finish(Host& host, const CommandLine& line, const Console& console, const ConvertOutcome& outcome) {
     host.shutDown();
     printProblems(host, console, outcome.report.stoppedAt);
-    for (const std::string& note : outcome.conversion.notes)
-        console.warning(note);
-    for (const write::Loss& loss : outcome.conversion.losses.list())
-        console.warning(loss.message);
+    printLosses(console, outcome.conversion.losses);
     if (!outcome.error.empty())
         console.error(outcome.error);
     const int ownCode = exitCode(host, outcome.report);
@@ -201,8 +215,10 @@ int finishAddOns(Host& host, const CommandLine& line, const Console& console, co
 
 int runCommand(Host& host, const CommandLine& line, const Console& console, ProgressBar& progress) {
     const bool hasFiles = line.command != Command::addons;
-    const Plan plan = hasFiles ? makePlan(line) : Plan{};
+    Plan plan = hasFiles ? makePlan(line) : Plan{};
     const std::filesystem::path path = addOnPath(line);
+    plan.permission.inputs.add(path);
+    requireFreeOutputs(line, plan);
     console.note(fmt::format("the add-on is {}", path.string()));
     host.loadAddOn(path);
     if (line.convert.isRepairing)
@@ -233,10 +249,7 @@ int runCommand(Host& host, const CommandLine& line, const Console& console, Prog
     return finish(host, line, console, report);
 }
 
-} // namespace
-
-int run(const CommandLine& line) {
-    const Console console{line};
+int runHost(const CommandLine& line, const Console& console) {
     ProgressBar progress{line};
     Host host{hostOptions(line, progress)};
     try {
@@ -247,8 +260,18 @@ int run(const CommandLine& line) {
     } catch (const AddOnError& error) {
         printProblems(host, console, "");
         return fail(line, console, error.what(), Exit_AddOnNotLoaded);
+    }
+}
+
+} // namespace
+
+int run(const CommandLine& line) {
+    const Console console{line};
+    try {
+        return runHost(line, console);
+    } catch (const std::bad_alloc&) {
+        return fail(line, console, "There is not enough memory.", Exit_Failed);
     } catch (const std::exception& exception) {
-        progress.clear();
         return fail(line, console, exception.what(), Exit_Failed);
     }
 }

@@ -67,6 +67,12 @@ struct Array {
     std::uint64_t end = 0;
 };
 
+/// An Array, which holds texts and is not read.
+struct TextArray {
+    Element element;
+    Section section{};
+};
+
 struct Piece {
     Element element;
     std::optional<std::uint64_t> pointCount; ///< 0 when the file says none
@@ -102,6 +108,7 @@ struct Document {
     Compressor compressor = Compressor::none;
     std::vector<Piece> pieces;
     std::vector<Array> fieldData;
+    std::vector<TextArray> textArrays;
     std::vector<Member> members;
     std::vector<Element> strays; ///< DataSet and Block elements of a file that is no multi-block one
     std::optional<Element> appendedData;

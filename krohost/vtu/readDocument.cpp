@@ -184,6 +184,8 @@ private:
             section_ = section;
         else if (element.name == "DataArray" && section_)
             addArray(std::move(element));
+        else if (element.name == "Array" && section_)
+            document_.textArrays.push_back({std::move(element), *section_});
         else if (element.name == "Piece")
             addPiece(std::move(element));
         else if (element.name == "VTKFile" && document_.type.empty())

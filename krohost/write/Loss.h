@@ -1,31 +1,61 @@
 #pragma once
 
+#include "krohost/vtu/narrowing.h"
+
 #include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
 #include <string>
-#include <utility>
+#include <tuple>
 #include <vector>
 
 namespace krohost::write {
 
-/// Something of the files that were read which is not in what is written.
+/// Something of the files that were read which is not, or is otherwise, in what is shown or written.
 struct Loss {
-    std::string what;          ///< a word for programs: "dropped"
-    std::string message;       ///< a sentence
-    std::string array = {};    ///< name; empty where it is no single array
-    std::string location = {}; ///< "cells" or "field"
-    std::string file = {};     ///< that it is in
+    std::string what;       ///< a word for programs: "narrowed", "split", "joined", "dropped", "renamed" or "changed"
+    std::string message;    ///< a sentence
+    std::string array = {}; ///< name; empty where it is no single array
+    std::string location = {}; ///< of the array: "points", "cells", "nodal", "cell" or "field"
+    std::string file = {};     ///< that it is in, the first of several; empty where it is not known
     std::uint64_t fileCount = 1;
-    std::uint64_t count = 1; ///< of cells or arrays
+    std::uint64_t count = 1; ///< of values, for what is narrowed and dropped
+    std::optional<vtu::NarrowedValue> first = {};
 };
 
+/// Losses, those alike in many files as one.
 class Losses {
 public:
-    void add(Loss loss) { list_.push_back(std::move(loss)); }
+    /// Adds a loss, or its counts to an equal one of another file.
+    void add(Loss loss);
+    void add(const Losses& others);
     const std::vector<Loss>& list() const { return list_; }
     bool empty() const { return list_.empty(); }
 
 private:
     std::vector<Loss> list_;
+    std::map<std::tuple<std::string, std::string, std::string>, std::size_t> places_; // of those of arrays
 };
+
+/// The sentence, with the number of files where there are several.
+std::string sentence(const Loss& loss);
+
+/// What of the arrays is used.
+struct UsedArrays {
+    std::function<bool(const vtu::Array&)> isVariable; ///< whether some component of it is
+    bool areNodes = false;                             ///< whether node numbers are, in 32 bits
+};
+
+/// The values of these files, and of those that they name, that the host holds otherwise. A file is read once. Throws
+/// Interrupted.
+Losses narrowingLosses(const std::vector<std::filesystem::path>& files, const UsedArrays& used);
+
+/// Throws Interrupted when the user wants it.
+void pollInterrupt();
+
+/// "points", "cells", "nodal", "cell" or "field".
+std::string locationWord(vtu::Section section);
 
 } // namespace krohost::write

@@ -10,6 +10,11 @@ class WriteError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// The same, where the user has named a file that must stay as it is.
+class NotReplaceable : public WriteError {
+    using WriteError::WriteError;
+};
+
 /// The reason why a file cannot be written, for a sentence that names the file.
 class FileError : public std::runtime_error {
     using std::runtime_error::runtime_error;

@@ -2,6 +2,7 @@
 
 #include "krohost/write/WriteError.h"
 #include "krohost/write/documentValues.h"
+#include "krohost/write/zoneFiles.h"
 
 #include <fmt/format.h>
 
@@ -14,29 +15,6 @@ namespace krohost::write {
 namespace {
 
 using vtu::Document;
-
-bool isEmpty(const Document& document) {
-    return std::all_of(document.pieces.begin(), document.pieces.end(), [](const vtu::Piece& piece) {
-        return piece.pointCount.value_or(0) == 0 && piece.cellCount.value_or(0) == 0;
-    });
-}
-
-/// The files that become zones, in their order.
-std::vector<std::filesystem::path> zoneFiles(const std::vector<std::filesystem::path>& inputs) {
-    std::vector<std::filesystem::path> files;
-    for (const std::filesystem::path& input : inputs) {
-        const Document document = vtu::readDocument(input);
-        std::vector<std::filesystem::path> candidates{input};
-        if (document.isCollection()) {
-            candidates.clear();
-            for (const vtu::Member& member : document.members)
-                candidates.push_back(member.path);
-        }
-        std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(files),
-                     [](const std::filesystem::path& file) { return !isEmpty(vtu::readDocument(file)); });
-    }
-    return files;
-}
 
 bool needsOrder(const Zone& zone) {
     return zone.sections.size() > 1 &&
@@ -78,8 +56,7 @@ bool fits(const std::vector<CellRun>& runs, const Zone& zone) {
 
 } // namespace
 
-CellOrders cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs,
-                      std::vector<std::string>& notes) {
+CellOrders cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs, Losses& losses) {
     CellOrders orders(dataset.zones.size());
     if (std::none_of(dataset.zones.begin(), dataset.zones.end(), needsOrder))
         return orders;
@@ -96,9 +73,10 @@ CellOrders cellOrders(const Dataset& dataset, const std::vector<std::filesystem:
         }
         if (orders[index].empty() || !fits(orders[index], zone)) {
             orders[index].clear();
-            notes.push_back(fmt::format("Zone {} \"{}\": it is not known in which order its values at cells come; they "
-                                        "are written as if they came section by section.",
-                                        zone.number, zone.name));
+            losses.add(
+                {"changed", fmt::format("Zone {} \"{}\": it is not known in which order its values at cells come; "
+                                        "they are written as if they came section by section.",
+                                        zone.number, zone.name)});
         }
     }
     return orders;

@@ -1,18 +1,17 @@
 #pragma once
 
 #include "krohost/Dataset.h"
+#include "krohost/write/Loss.h"
 #include "krohost/write/zoneGrid.h"
 
 #include <filesystem>
-#include <string>
 #include <vector>
 
 namespace krohost::write {
 
 /// For each zone, in which order its cells stand in the file that it came from, which is the order of its values at
-/// cells; node lists come section by section instead. Empty for a zone without such values or of one section. Adds a
-/// note for each zone whose order cannot be found out.
-CellOrders cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs,
-                      std::vector<std::string>& notes);
+/// cells; node lists come section by section instead. Empty for a zone without such values or of one section. Says
+/// of which zones the order cannot be found out.
+CellOrders cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs, Losses& losses);
 
 } // namespace krohost::write

@@ -3,6 +3,7 @@
 #include "krohost/itemType.h"
 #include "krohost/write/Loaded.h"
 #include "krohost/write/WriteError.h"
+#include "krohost/write/names.h"
 
 #include <cgnslib.h>
 #include <fmt/format.h>
@@ -11,7 +12,6 @@
 #include <array>
 #include <limits>
 #include <numeric>
-#include <set>
 #include <utility>
 
 namespace krohost::write {
@@ -56,29 +56,6 @@ int dimension(CellShape_e shape) {
     }
 }
 
-/// Names as the format has them: at most 32 bytes, no slash, each once.
-class Names {
-public:
-    explicit Names(std::vector<std::string>& notes) : notes_{notes} {}
-
-    std::string claim(const std::string& wanted) {
-        std::string stem = wanted.empty() ? "unnamed" : wanted;
-        std::replace(stem.begin(), stem.end(), '/', '_');
-        std::string name = stem.substr(0, nameLength);
-        for (int number = 2; !taken_.insert(name).second; ++number) {
-            const std::string suffix = fmt::format("_{}", number);
-            name = stem.substr(0, nameLength - suffix.size()) + suffix;
-        }
-        if (name != wanted)
-            notes_.push_back(fmt::format("\"{}\" is called \"{}\" in the CGNS file.", wanted, name));
-        return name;
-    }
-
-private:
-    std::vector<std::string>& notes_;
-    std::set<std::string> taken_;
-};
-
 template <class To>
 std::vector<To> converted(FieldDataType_e type, const Loaded& loaded) {
     return withItemType(type, [&]<class From>(ItemTag<From>) {
@@ -104,8 +81,11 @@ void sortBySection(std::vector<Value>& values, const Zone& zone, const std::vect
 
 class CgnsWriter {
 public:
-    CgnsWriter(Host& host, const std::filesystem::path& path, std::vector<std::string>& notes)
-        : host_{host}, dataset_{host.dataset()}, notes_{notes}, zoneNames_{notes} {
+    CgnsWriter(Host& host, const std::filesystem::path& path, Losses& losses)
+        : host_{host}, dataset_{host.dataset()}, losses_{losses}, zoneNames_{nameLength,
+                                                                             "CGNS",
+                                                                             losses,
+                                                                             {"SimulationType", "TimeIterValues"}} {
         require(cg_set_file_type(CG_FILE_HDF5));
         require(cg_open(path.c_str(), CG_MODE_WRITE, &file_));
     }
@@ -202,7 +182,7 @@ private:
 
     void writeSolution(const Zone& zone, ValueLocation_e location, const char* name, GridLocation_t gridLocation,
                        const std::vector<CellRun>& runs) {
-        Names names{notes_};
+        Names names{nameLength, "CGNS", losses_, {"GridLocation"}};
         int solution = 0;
         for (const ArrayVariables& array : arrayVariables(dataset_, zone, location))
             for (std::size_t component = 0; component < array.numbers.size(); ++component) {
@@ -233,7 +213,7 @@ private:
 
     Host& host_;
     const Dataset& dataset_;
-    std::vector<std::string>& notes_;
+    Losses& losses_;
     Names zoneNames_;
     int file_ = 0;
     int base_ = 0;
@@ -242,9 +222,8 @@ private:
 
 } // namespace
 
-void writeCgns(Host& host, const std::filesystem::path& path, const CellOrders& orders,
-               std::vector<std::string>& notes) {
-    CgnsWriter{host, path, notes}.write(orders);
+void writeCgns(Host& host, const std::filesystem::path& path, const CellOrders& orders, Losses& losses) {
+    CgnsWriter{host, path, losses}.write(orders);
 }
 
 } // namespace krohost::write

@@ -3,6 +3,7 @@
 #include "krohost/vtu/Document.h"
 #include "krohost/write/WriteError.h"
 #include "krohost/write/cellOrder.h"
+#include "krohost/write/conversionLosses.h"
 #include "krohost/write/csv.h"
 #include "krohost/write/hdfWriters.h"
 #include "krohost/write/vtuFile.h"
@@ -53,20 +54,11 @@ void requireWritable(const Dataset& dataset, FileFormat format) {
                         formatName(format)));
 }
 
-void noteMissingCoordinates(const Dataset& dataset, std::vector<std::string>& notes) {
-    for (const Zone& zone : dataset.zones) {
-        const std::vector<std::int32_t> numbers = coordinateVariables(dataset, zone);
-        if (std::find(numbers.begin(), numbers.end(), 0) != numbers.end())
-            notes.push_back(
-                fmt::format("Zone {} \"{}\" has fewer than three coordinates; those missing are written as 0.",
-                            zone.number, zone.name));
-    }
-}
-
 /// A file per zone in a folder of the collection's name; gives what the collection says of them.
 std::vector<CollectionMember> writeMembers(Host& host, const Request& request, const CellOrders& orders,
                                            Outputs& outputs) {
-    const std::string stem = request.path.stem().string();
+    const std::string name = request.path.filename().string(), ownStem = request.path.stem().string();
+    const std::string stem = ownStem == name ? name + "-zones" : ownStem; // the name of a folder beside it
     std::map<double, std::size_t> partCounts;
     std::vector<CollectionMember> members;
     for (const Zone& zone : host.dataset().zones) {
@@ -89,10 +81,9 @@ std::vector<Grid> grids(Host& host, const CellOrders& orders) {
     return result;
 }
 
-void write(Host& host, const Request& request, const CellOrders& orders, Outputs& outputs,
-           std::vector<std::string>& notes) {
+void write(Host& host, const Request& request, const CellOrders& orders, Outputs& outputs, Losses& losses) {
     if (request.format == FileFormat::csv)
-        return writeCsv(host, request.path, outputs);
+        return writeCsv(host, request.path, outputs, losses);
     outputs.add(request.path, [&](const fs::path& temporary) {
         switch (request.format) {
         case FileFormat::vtu:
@@ -102,9 +93,9 @@ void write(Host& host, const Request& request, const CellOrders& orders, Outputs
         case FileFormat::pvd:
             return writePvd(temporary, writeMembers(host, request, orders, outputs));
         case FileFormat::vtkhdf:
-            return hdfWriters().vtkhdf(temporary, request.encoding.isCompressed, grids(host, orders));
+            return hdfWriters().vtkhdf(temporary, request.encoding.isCompressed, grids(host, orders), losses);
         case FileFormat::cgns:
-            return hdfWriters().cgns(host, temporary, orders, notes);
+            return hdfWriters().cgns(host, temporary, orders, losses);
         case FileFormat::csv:
             break;
         }
@@ -131,17 +122,27 @@ Conversion convertZones(Host& host, const std::vector<fs::path>& inputs, const R
     requireWritable(dataset, request.format);
     Conversion conversion;
     conversion.zoneCount = dataset.zones.size();
+    Losses& losses = conversion.losses = conversionLosses(dataset, inputs, request.format);
     CellOrders orders(dataset.zones.size());
-    if (request.format != FileFormat::csv) {
-        orders = cellOrders(dataset, inputs, conversion.notes);
-        noteMissingCoordinates(dataset, conversion.notes);
-    }
-    Outputs outputs{request.isReplacing};
-    write(host, request, orders, outputs, conversion.notes);
-    if (Host::isInterrupted())
-        throw Interrupted();
+    if (request.format != FileFormat::csv)
+        orders = cellOrders(dataset, inputs, losses);
+    requireAllowed(losses, request.isStrict);
+    Outputs outputs{request.permission};
+    write(host, request, orders, outputs, losses);
+    requireAllowed(losses, request.isStrict); // names are found out while they are written
+    pollInterrupt();
     conversion.files = outputs.publish();
     return conversion;
+}
+
+LossesNotAllowed::LossesNotAllowed(Losses losses)
+    : WriteError{fmt::format("Nothing was written, because --strict allows no losses, of which there {}.",
+                             losses.list().size() == 1 ? "is one" : fmt::format("are {}", losses.list().size()))},
+      losses_{std::move(losses)} {}
+
+void requireAllowed(const Losses& losses, bool isStrict) {
+    if (isStrict && !losses.empty())
+        throw LossesNotAllowed(losses);
 }
 
 } // namespace krohost::write

@@ -4,6 +4,7 @@
 #include "krohost/write/Encoding.h"
 #include "krohost/write/Loss.h"
 #include "krohost/write/Outputs.h"
+#include "krohost/write/WriteError.h"
 
 #include <filesystem>
 #include <optional>
@@ -23,16 +24,29 @@ struct Request {
     std::filesystem::path path;
     FileFormat format = FileFormat::vtu;
     Encoding encoding; ///< of VTK XML files; of VTKHDF whether it is compressed
-    bool isReplacing = false;
+    Permission permission;
+    bool isStrict = false; ///< nothing is written that has losses
 };
 
 struct Conversion {
     std::vector<Outputs::Published> files; ///< the one that was asked for comes first
     std::size_t zoneCount = 0;
-    std::vector<std::string> notes; ///< what is otherwise than one might expect, as sentences
-    Losses losses;
+    Losses losses;             ///< also when nothing was written because of them
     bool isIncomplete = false; ///< cells of the mesh are among the losses
 };
+
+/// Nothing is written, because there are losses and none are allowed; the first one says which.
+class LossesNotAllowed : public WriteError {
+public:
+    explicit LossesNotAllowed(Losses losses);
+    const Losses& losses() const { return losses_; }
+
+private:
+    Losses losses_;
+};
+
+/// Throws LossesNotAllowed where that is so.
+void requireAllowed(const Losses& losses, bool isStrict);
 
 /// Writes what the host has loaded, from the files named. Throws WriteError and Interrupted, and nothing is left
 /// behind.

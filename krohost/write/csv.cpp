@@ -10,20 +10,12 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 namespace krohost::write {
 
 namespace {
-
-std::string quoted(const std::string& name) {
-    if (name.find_first_of(",\"\r\n") == name.npos)
-        return name;
-    std::string result = "\"";
-    for (const char character : name)
-        result += character == '"' ? std::string{"\"\""} : std::string{character};
-    return result + '"';
-}
 
 const KroFieldData* suppliedData(const Zone& zone, std::int32_t number, ValueLocation_e location) {
     const ZoneVariable* variable = zone.suppliedVariable(number);
@@ -85,16 +77,42 @@ void writeTable(Host& host, ValueLocation_e location, const char* rowTitle, cons
     OutputFile file{path};
     std::string header = fmt::format("zone,{}", rowTitle);
     for (const std::int32_t number : columns)
-        header += ',' + quoted(printableLine(host.dataset().variables[static_cast<std::size_t>(number) - 1]));
+        header += ',' + csvText(host.dataset().variables[static_cast<std::size_t>(number) - 1]);
     file.write(header + '\n');
     for (const Zone& zone : host.dataset().zones)
         writeRows(host, zone, location, columns, file);
     file.close();
 }
 
+/// As it is shown, with an apostrophe before what looks like a formula.
+std::string nameInTable(const std::string& name) {
+    const bool isFormula = !name.empty() && std::string_view{"=+-@\t\r\n"}.find(name.front()) != std::string_view::npos;
+    return (isFormula ? "'" : "") + printableLine(name);
+}
+
 } // namespace
 
-void writeCsv(Host& host, const std::filesystem::path& path, Outputs& outputs) {
+void addCsvRenamings(const std::vector<std::string>& names, Losses& losses) {
+    for (const std::string& name : names)
+        if (const std::string other = nameInTable(name); other != name)
+            losses.add(
+                {"renamed", fmt::format("\"{}\" is called \"{}\" in the table, where a spreadsheet or a terminal "
+                                        "could take it for a formula or a command.",
+                                        name, other)});
+}
+
+std::string csvText(const std::string& text) {
+    const std::string name = nameInTable(text);
+    if (!name.starts_with('\'') && name.find_first_of(",\"") == name.npos)
+        return name;
+    std::string cell = "\"";
+    for (const char character : name)
+        cell.append(character == '"' ? 2 : 1, character);
+    return cell + '"';
+}
+
+void writeCsv(Host& host, const std::filesystem::path& path, Outputs& outputs, Losses& losses) {
+    addCsvRenamings(host.dataset().variables, losses);
     const auto add = [&](ValueLocation_e location, const char* rowTitle, const std::vector<std::int32_t>& columns,
                          const std::filesystem::path& table) {
         outputs.add(table, [&](const std::filesystem::path& temporary) {

@@ -14,5 +14,5 @@ namespace {
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) const krohost::write::HdfWriters krohostHdfWriters{
-    krohost::write::writeVtkhdf, krohost::write::writeCgns};
+extern "C" __attribute__((visibility("default")))
+const krohost::write::HdfWriters krohostHdfWriters{krohost::write::writeVtkhdf, krohost::write::writeCgns};

@@ -4,19 +4,19 @@
 
 #include "krohost/Host.h"
 #include "krohost/write/Grid.h"
+#include "krohost/write/Loss.h"
 #include "krohost/write/zoneGrid.h"
 
 #include <filesystem>
-#include <string>
 #include <vector>
 
 namespace krohost::write {
 
 struct HdfWriters {
     /// writeVtkhdf and writeCgns.
-    void (*vtkhdf)(const std::filesystem::path& path, bool isCompressed, const std::vector<Grid>& grids);
-    void (*cgns)(Host& host, const std::filesystem::path& path, const CellOrders& orders,
-                 std::vector<std::string>& notes);
+    void (*vtkhdf)(const std::filesystem::path& path, bool isCompressed, const std::vector<Grid>& grids,
+                   Losses& losses);
+    void (*cgns)(Host& host, const std::filesystem::path& path, const CellOrders& orders, Losses& losses);
 };
 
 /// Loads the module if it is not loaded yet. Throws WriteError when it cannot be.

@@ -12,14 +12,28 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 namespace krohost::write {
 
+namespace fs = std::filesystem;
+
 namespace {
 
 using vtu::Document;
+
+/// A file that is removed with the object.
+struct Scratch {
+    fs::path path; ///< empty: none
+
+    ~Scratch() {
+        std::error_code ignored;
+        fs::remove(path, ignored);
+    }
+};
 
 /// The pieces of a file as one grid without the cells that keep it from being loaded. The cells are read anew for each
 /// array that depends on them, because a file may hold any number of them.
@@ -315,21 +329,19 @@ Conversion repairFile(Host& host, const std::filesystem::path& input, const Requ
     if (request.format != FileFormat::vtu && request.format != FileFormat::vtkhdf)
         throw WriteError("A repaired file is written as .vtu or .vtkhdf.");
     const Repair repair{input};
-    Outputs outputs{request.isReplacing};
+    Losses losses = repair.losses();
+    requireAllowed(losses, request.isStrict);
+    Outputs outputs{request.permission};
     outputs.add(request.path, [&](const std::filesystem::path& temporary) {
         const bool isVtu = request.format == FileFormat::vtu;
-        const auto tried = isVtu ? temporary : temporary.parent_path() / "tried.vtu"; // a folder that is removed
-        writeVtu(tried, request.encoding, repair.grid());
-        requireLoads(host, tried);
+        const Scratch tried{isVtu ? fs::path{} : temporary.parent_path() / "tried.vtu"};
+        writeVtu(isVtu ? temporary : tried.path, request.encoding, repair.grid());
+        requireLoads(host, isVtu ? temporary : tried.path);
         if (!isVtu)
-            hdfWriters().vtkhdf(temporary, request.encoding.isCompressed, {repair.grid()});
+            hdfWriters().vtkhdf(temporary, request.encoding.isCompressed, {repair.grid()}, losses);
     });
-    Conversion conversion;
-    conversion.files = outputs.publish();
-    conversion.zoneCount = 1;
-    conversion.losses = repair.losses();
-    conversion.isIncomplete = repair.losesCells();
-    return conversion;
+    requireAllowed(losses, request.isStrict);
+    return {outputs.publish(), 1, losses, repair.losesCells()};
 }
 
 } // namespace krohost::write

@@ -2,6 +2,7 @@
 
 #include "krohost/write/WriteError.h"
 #include "krohost/write/blocks.h"
+#include "krohost/write/names.h"
 
 #include <fmt/format.h>
 #include <hdf5.h>
@@ -16,7 +17,13 @@ namespace krohost::write {
 
 namespace {
 
-constexpr hsize_t blockTupleCount = 1 << 14;
+constexpr std::size_t blockByteLimit = 1 << 20;
+
+/// Tuples that are written, and deflated, together.
+std::size_t blockTupleCount(const Array& array) {
+    constexpr std::size_t tupleLimit = 1 << 14;
+    return std::clamp<std::size_t>(blockByteLimit / vtu::byteCount(array.type) / array.componentCount, 1, tupleLimit);
+}
 
 /// An open object of the library, closed at the end. Throws FileError for one that could not be made.
 class Handle {
@@ -56,25 +63,18 @@ void attribute(hid_t group, const char* name, hid_t type, hid_t space, const voi
     require(H5Awrite(attribute, type, value), name);
 }
 
-/// Field names are links in a group, where a slash would name an inner group.
-std::string linkName(std::string name) {
-    std::replace(name.begin(), name.end(), '/', '_');
-    return name.empty() || name == "." ? "_" : name;
-}
-
 /// Arrays of all pieces one behind the other.
 class Dataset {
 public:
     Dataset(hid_t parent, const Array& first, std::uint64_t tupleCount, bool isCompressed)
-        : name_{linkName(first.name)}, rank_{first.componentCount > 1 ? 2 : 1}, type_{hdfType(first.type)},
+        : name_{first.name}, rank_{first.componentCount > 1 ? 2 : 1}, type_{hdfType(first.type)},
           sizes_{tupleCount, first.componentCount}, space_{H5Screate_simple(rank_, sizes_.data(), nullptr), H5Sclose,
                                                            name_},
-          properties_{H5Pcreate(H5P_DATASET_CREATE), H5Pclose, name_}, dataset_{create(parent,
-                                                                                       isCompressed && tupleCount > 0),
-                                                                                H5Dclose, name_} {}
+          properties_{H5Pcreate(H5P_DATASET_CREATE), H5Pclose, name_},
+          dataset_{create(parent, isCompressed && tupleCount > 0, blockTupleCount(first)), H5Dclose, name_} {}
 
     void append(const Array& array) {
-        produceInBlocks(array, blockTupleCount, [&](std::span<std::byte> block) {
+        produceInBlocks(array, blockTupleCount(array), [&](std::span<std::byte> block) {
             const hsize_t tupleByteCount = array.componentCount * vtu::byteCount(array.type);
             const std::array<hsize_t, 2> begin{writtenCount_, 0}, count{block.size() / tupleByteCount, sizes_[1]};
             const Handle memory{H5Screate_simple(rank_, count.data(), nullptr), H5Sclose, name_};
@@ -85,8 +85,8 @@ public:
     }
 
 private:
-    hid_t create(hid_t parent, bool isCompressed) {
-        const std::array<hsize_t, 2> chunk{std::min(sizes_[0], blockTupleCount), sizes_[1]};
+    hid_t create(hid_t parent, bool isCompressed, hsize_t chunkTupleCount) {
+        const std::array<hsize_t, 2> chunk{std::min(sizes_[0], chunkTupleCount), sizes_[1]};
         if (isCompressed) {
             require(H5Pset_chunk(properties_, rank_, chunk.data()), name_);
             require(H5Pset_deflate(properties_, 4), name_);
@@ -118,8 +118,8 @@ void writeArrays(hid_t parent, bool isCompressed, const std::vector<Grid>& grids
 }
 
 /// The array under another name and, for offsets, with the zero that this format has in front.
-Array renamed(Array array, const char* name, bool hasLeadingZero = false) {
-    array.name = name;
+Array renamed(Array array, std::string name, bool hasLeadingZero = false) {
+    array.name = std::move(name);
     if (hasLeadingZero) {
         ++array.tupleCount;
         array.produce = [produce = array.produce](const Sink& sink) {
@@ -148,11 +148,16 @@ void writeMesh(hid_t root, bool isCompressed, const std::vector<Grid>& grids) {
         });
 }
 
-void writeFields(hid_t root, const char* name, bool isCompressed, const std::vector<Grid>& grids,
-                 std::vector<Array> Grid::*fields) {
-    const Handle fieldGroup = group(root, name);
-    for (std::size_t index = 0; index < (grids.front().*fields).size(); ++index)
-        writeArrays(fieldGroup, isCompressed, grids, [&](const Grid& grid) { return (grid.*fields)[index]; });
+void writeFields(hid_t root, const char* groupName, bool isCompressed, const std::vector<Grid>& grids,
+                 std::vector<Array> Grid::*fields, Losses& losses) {
+    constexpr std::size_t nameLength = 1024;
+    const Handle fieldGroup = group(root, groupName);
+    Names names{nameLength, "VTKHDF", losses};
+    for (std::size_t index = 0; index < (grids.front().*fields).size(); ++index) {
+        const std::string name = names.claim((grids.front().*fields)[index].name);
+        writeArrays(fieldGroup, isCompressed, grids,
+                    [&](const Grid& grid) { return renamed((grid.*fields)[index], name); });
+    }
 }
 
 void requireSameArrays(const std::vector<Grid>& grids) {
@@ -173,7 +178,7 @@ void requireSameArrays(const std::vector<Grid>& grids) {
 
 } // namespace
 
-void writeVtkhdf(const std::filesystem::path& path, bool isCompressed, const std::vector<Grid>& grids) {
+void writeVtkhdf(const std::filesystem::path& path, bool isCompressed, const std::vector<Grid>& grids, Losses& losses) {
     requireSameArrays(grids);
     H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr); // what fails is said by an exception
     const Handle file{H5Fcreate(path.c_str(), H5F_ACC_EXCL, H5P_DEFAULT, H5P_DEFAULT), H5Fclose, path.string()};
@@ -188,9 +193,9 @@ void writeVtkhdf(const std::filesystem::path& path, bool isCompressed, const std
         require(H5Tset_size(text, type.size()), "Type");
         attribute(root, "Type", text, Handle{H5Screate(H5S_SCALAR), H5Sclose, "Type"}, type.data());
         writeMesh(root, isCompressed, grids);
-        writeFields(root, "PointData", isCompressed, grids, &Grid::pointData);
-        writeFields(root, "CellData", isCompressed, grids, &Grid::cellData);
-        writeFields(root, "FieldData", false, {grids.front()}, &Grid::fieldData);
+        writeFields(root, "PointData", isCompressed, grids, &Grid::pointData, losses);
+        writeFields(root, "CellData", isCompressed, grids, &Grid::cellData, losses);
+        writeFields(root, "FieldData", false, {grids.front()}, &Grid::fieldData, losses);
     }
     require(H5Fflush(file, H5F_SCOPE_GLOBAL), path.string());
 }

@@ -184,18 +184,14 @@ std::optional<Value> wholeNumber(const std::string& text) {
     return isNumber ? std::optional{value} : std::nullopt;
 }
 
-bool isTime(const std::string& name) {
-    return vtu::equalsIgnoringCase(name, "TimeValue") || vtu::equalsIgnoringCase(name, "time");
-}
-
 std::vector<Array> fieldData(const Zone& zone) {
     std::vector<Array> arrays;
     const bool hasTime = std::any_of(zone.auxiliaryData.begin(), zone.auxiliaryData.end(),
-                                     [](const auto& pair) { return isTime(pair.first); });
+                                     [](const auto& pair) { return isTimeName(pair.first); });
     if (hasTime || zone.solutionTime != 0) // else there was none, and none means 0
         arrays.push_back(singleValue("TimeValue", ElementType::Float64, zone.solutionTime));
     for (const auto& [name, text] : zone.auxiliaryData) {
-        if (isTime(name))
+        if (isTimeName(name))
             continue;
         if (const auto integer = wholeNumber<std::int64_t>(text))
             arrays.push_back(singleValue(name, ElementType::Int64, *integer));
@@ -235,6 +231,10 @@ bool isVector(const Dataset& dataset, const Zone& zone, std::int32_t number) {
 }
 
 } // namespace
+
+bool isTimeName(const std::string& name) {
+    return vtu::equalsIgnoringCase(name, "TimeValue") || vtu::equalsIgnoringCase(name, "time");
+}
 
 std::vector<std::int32_t> coordinateVariables(const Dataset& dataset, const Zone& zone) {
     std::vector<std::int32_t> numbers(axes.size());

@@ -33,6 +33,9 @@ std::vector<ArrayVariables> arrayVariables(const Dataset& dataset, const Zone& z
 /// when there is none.
 std::vector<std::int32_t> coordinateVariables(const Dataset& dataset, const Zone& zone);
 
+/// Whether field data of this name tell a time.
+bool isTimeName(const std::string& name);
+
 /// The zone as a grid whose arrays are loaded when they are produced, one at a time. Cells come in these runs, or
 /// section by section. Coordinates that the zone lacks are 0. Auxiliary texts that are numbers become field data, and
 /// so does the solution time. Producing throws WriteError when an array cannot be loaded, and Interrupted. The host

@@ -1,5 +1,6 @@
 #include "tests/krohost/runKrohost.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -43,7 +44,8 @@ TEST_F(CommandLine, ExitCodesTellWhatHappened) {
         {"trace --only KroUtilX cube.vtu", 0, "krohost: warning: no call's name begins so\n"},
         {"cube.vtu >/dev/full", 1, "Standard output cannot be written: No space left on device\n"},
         {"--help >/dev/full", 1, "Standard output cannot be written: No space left on device\n"},
-        {"cube.vtu --record /dev/full", 1, "cannot be written: No space left on device.\n"},
+        {"cube.vtu --record /dev/full", 1, "The file \"/dev/full\" cannot be written: No space left on device\n"},
+        {"cube.vtu --record bad.vtu", 2, "The file \"bad.vtu\" cannot be written: it exists; --force replaces it\n"},
         {"inof cube.vtu", 2, "There is no command or file \"inof\"; did you mean krohost info?\n"},
         {"cube.vtu --times 1,2", 2, "--times gives 2 times for 1 files.\n"},
         {"cube.vtu --demnad", 2, "\nDid you mean --demand?\nRun with --help for more information.\n"},
@@ -59,7 +61,7 @@ TEST_F(CommandLine, ExitCodesTellWhatHappened) {
         {"cube.vtu --append missing.vtu", 3, "The file \"missing.vtu\" cannot be opened: "},
         {"cube.vtu missing.vtu", 3, "The file \"missing.vtu\" cannot be opened: No such file or directory\n"},
         {".", 3, "The file \".\" cannot be opened: Is a directory\n"},
-        {"cube.vtu --record /", 1, "The layout \"/\" cannot be written: Is a directory.\n"},
+        {"cube.vtu --record /", 2, "The file \"/\" cannot be written: it exists and is not a regular file\n"},
         {"replay cube.vtu", 1, "The layout \"cube.vtu\" is malformed: it is not JSON from byte 1 on.\n"},
         {"cube.vtu --addon /missing.so", 4,
          "The add-on \"/missing.so\" cannot be loaded: /missing.so: cannot open shared object file: No such file"},
@@ -92,10 +94,19 @@ TEST_F(CommandLine, TheAddOnIsNamedOrListedInTheEnvironmentOrBesideTheTool) {
 
 TEST_F(CommandLine, AnInterruptHasAnExitCodeOfItsOwn) {
     // The tool has its signal handler when it has read some of the blanks, of which a pipe holds 65536.
-    const Outcome outcome = runShell(folder, R"(mkfifo p.series; exec 3<>p.series; "$krohost" p.series 3>&- &
-        printf '%100000s' >&3; kill -INT $!; echo '{"files": [{"name": "cube.vtu"}]}' >&3; exec 3>&-; wait $!)");
-    EXPECT_EQ(outcome.exitCode, 130);
-    EXPECT_EQ(outcome.errors, "Interrupted.\n");
+    // Nobody ends what it reads.
+    for (const auto& [command, exitCode] :
+         {std::pair{"p.series; INT", 130}, {"p.pvd; TERM", 143}, {"replay p; HUP", 129}}) {
+        const std::string text{command};
+        const std::string arguments = text.substr(0, text.find(';')), signal = text.substr(text.find(';') + 2);
+        const std::string fifo = arguments.substr(arguments.find(' ') + 1);
+        const Outcome outcome = runShell(
+            folder, fmt::format("mkfifo {0}; exec 3<>{0}; \"$krohost\" {1} 3>&- & printf '%100000s' >&3; kill -{2} $!; "
+                                "wait $!",
+                                fifo, arguments, signal));
+        EXPECT_EQ(outcome.exitCode, exitCode) << command;
+        EXPECT_EQ(outcome.errors, "Interrupted.\n") << command;
+    }
 }
 
 TEST_F(CommandLine, JsonHoldsTheDatasetAndWhatWasDemanded) {
@@ -103,7 +114,7 @@ TEST_F(CommandLine, JsonHoldsTheDatasetAndWhatWasDemanded) {
     EXPECT_EQ(document["zones"][0]["variables"][3]["crc32"], "8d3a01b8");
     document.erase("zones");
     EXPECT_EQ(document, json::parse(R"({"loader": "VTK Data Loader", "loaded": true, "title": "VTK Data",
-        "error": null, "instructions": ["STANDARDSYNTAX", "1.0", "FILENAME_FILE", "cube.vtu"], "dialogs": [], "stoppedAt": null,
+        "error": null, "losses": [], "instructions": ["STANDARDSYNTAX", "1.0", "FILENAME_FILE", "cube.vtu"], "dialogs": [], "stoppedAt": null,
         "violations": [], "variables": [{"number": 1, "name": "X"}, {"number": 2, "name": "Y"},
                                         {"number": 3, "name": "Z"}, {"number": 4, "name": "p"}]})"));
     EXPECT_EQ(run("--json cube.vtu").output.find("crc32"), std::string::npos);

@@ -98,7 +98,7 @@ TEST_F(Convert, AFailureLeavesNothingAndSaysWhy) {
     const std::vector<std::string> before = files();
     const std::vector<std::tuple<const char*, int, const char*>> rows{
         {"a.vtu", 2, "--output is required"},
-        {"a.vtu -o a.vtu", 2, "The file \"a.vtu\" cannot be written: it exists; --force replaces it\n"},
+        {"a.vtu -o bad.vtu", 2, "The file \"bad.vtu\" cannot be written: it exists; --force replaces it\n"},
         {"a.vtu -o . --to vtu --force", 2, "The file \".\" cannot be written: it exists and is not a regular file\n"},
         {"a.vtu -o a.xyz", 2, "The format of \"a.xyz\" does not follow from its extension; name it with --to.\n"},
         {"a.vtu -o b.vtu --encoding utf8", 2, "--encoding"},
@@ -123,6 +123,110 @@ TEST_F(Convert, AFailureLeavesNothingAndSaysWhy) {
             const bool hasDocument = !format.empty() && exitCode == 1;
             EXPECT_TRUE(!hasDocument || json::parse(outcome.output)["converted"] == false) << arguments;
         }
+}
+
+TEST_F(Convert, AnInputIsNeverReplaced) {
+    vtu().piece(hexahedron()).write(folder / "b_0.vtu");
+    std::filesystem::create_directory(folder / "b");
+    const auto names = [](const char* type, const char* rest) {
+        return fmt::format(R"(<VTKFile type="{0}"><{0}>{1}</{0}></VTKFile>)", type, rest);
+    };
+    folder.write("b.vtm", names("vtkMultiBlockDataSet", R"(<DataSet file="b/b_0.vtu"/>)"));
+    folder.write("c.pvd", names("Collection", R"(<DataSet file="b.vtm"/>)"));
+    std::filesystem::rename(folder / "b_0.vtu", folder / "b/b_0.vtu");
+    const Outcome made = runShell(folder, "ln b/b_0.vtu hard.vtu; ln -s b/b_0.vtu soft.vtu; cp '" ADD_ON "' addon.so; "
+                                          "$krohost c.pvd --record layout.json");
+    ASSERT_EQ(made.exitCode, 0) << made.errors;
+    const std::string member = readFile(folder / "b/b_0.vtu");
+    const std::string dump = "dump --variable X ";
+    const std::vector<std::pair<std::string, const char*>> rows{{"convert b.vtm -o ", "b.vtm"},
+                                                                {"convert c.pvd -o ", "b.vtm"},
+                                                                {"convert c.pvd -o ", "hard.vtu"},
+                                                                {"convert b/b_0.vtu -o ", "b.vtm"},
+                                                                {dump + "c.pvd -o ", "c.pvd"},
+                                                                {dump + "c.pvd -o ", "b/b_0.vtu"},
+                                                                {dump + "b.vtm -o ", "soft.vtu"},
+                                                                {dump + "b.vtm -o ", "./b/../b.vtm"},
+                                                                {"b.vtm --record ", "b/b_0.vtu"},
+                                                                {"replay layout.json --record ", "layout.json"},
+                                                                {"replay layout.json --record ", "b.vtm"},
+                                                                {"convert b/b_0.vtu --repair -o ", "hard.vtu"},
+                                                                {"b.vtm --addon addon.so --record ", "addon.so"}};
+    for (const auto& [command, output] : rows) {
+        const Outcome outcome = run(command + output + " --force");
+        const bool isMember = command == "convert b/b_0.vtu -o ";
+        EXPECT_EQ(outcome.exitCode, 2) << command << output;
+        EXPECT_EQ(outcome.errors,
+                  fmt::format("The file \"{}\" cannot be written: it is one of the files that are read, "
+                              "which are never replaced\n",
+                              isMember ? "b/b_0.vtu" : output))
+            << command << output;
+        EXPECT_EQ(readFile(folder / "b/b_0.vtu"), member) << command << output;
+    }
+}
+
+TEST_F(Convert, WhatIsLostIsSaidAndNotDoneWithStrict) {
+    const std::int64_t wrap = std::int64_t{1} << 32;
+    MeshPiece cube = hexahedron()
+                         .withPointData(integers("id", ElementType::Int64, {0, 14950000000, 2, wrap + 3, 4, 5, 6, 7}))
+                         .withPointData(integers("i8", ElementType::Int8, {0, 1, 2, 3, 4, 5, -6, 7}))
+                         .withPointData(variedValues("w", ElementType::Float32, 8, 2));
+    vtu().piece(cube).write(folder / "a.vtu");
+    const std::string ids = "The host holds 2 of 8 values of the array \"id\" (nodal) of \"a.vtu\" otherwise: "
+                            "14950000000 at 1 becomes 2065098112.";
+    for (const std::string command : {"convert a.vtu -o b.vtu", "convert a.vtu -o b.cgns", "dump a.vtu --variable id",
+                                      "info --demand a.vtu", "diff a.vtu a.vtu"}) {
+        const Outcome outcome = run(command + " --json");
+        const json losses = json::parse(outcome.output)["losses"];
+        EXPECT_EQ(outcome.exitCode, 0) << command;
+        EXPECT_EQ(outcome.errors.rfind("krohost: warning: " + ids, 0), 0) << outcome.errors;
+        ASSERT_FALSE(losses.empty()) << command;
+        EXPECT_EQ(losses[0]["message"].get<std::string>().rfind(ids, 0), 0) << command;
+        EXPECT_EQ(losses[0]["first"],
+                  json::parse(R"({"index": 1, "component": 0, "value": "14950000000", "held": "2065098112"})"));
+        EXPECT_EQ(losses.size(), command.starts_with("dump") ? 1 : command.starts_with("convert") ? 3 : 2) << command;
+        if (command.starts_with("info") || command.starts_with("diff"))
+            continue;
+        const Outcome strict = run(command + " --strict --force" + (command.starts_with("dump") ? " -o b.vtu" : ""));
+        EXPECT_EQ(strict.exitCode, 1) << command;
+        EXPECT_NE(strict.errors.find("\nNothing was written, because --strict allows no losses, of which there "),
+                  std::string::npos);
+        std::filesystem::remove(folder / "b.vtu");
+    }
+    EXPECT_EQ(run("check --deep a.vtu").output.find("a.vtu:"), 0);
+    EXPECT_EQ(run("convert a.vtu -o c.csv --strict").exitCode, 1);
+    EXPECT_FALSE(std::filesystem::exists(folder / "c.csv"));
+}
+
+TEST_F(Convert, NamesAreMadeSafeAndStayDifferent) {
+    MeshPiece cube = hexahedron();
+    for (const char* name : {"/", ".", "..", "_", "a&#9;b", "=1+1", "-x", "n234567890123456789012345678901234"})
+        cube = cube.withPointData(variedValues(name, ElementType::Float32, 8));
+    vtu().piece(cube).write(folder / "a.vtu");
+    for (const std::string output : {"b.vtkhdf", "b.cgns"}) {
+        const std::string errors = run("convert a.vtu -o " + output).errors;
+        for (const char* renaming :
+             {"\".\" is called \"__2\" in", "\"..\" is called \"__\" in", "\" is called \"a_b\" in"})
+            EXPECT_NE(errors.find(renaming), std::string::npos) << errors;
+        EXPECT_EQ(errors.find("n2345678901234567890123456789012\" in") != std::string::npos, output == "b.cgns");
+    }
+    const std::string header = "zone,node,X,Y,Z,/,.,..,_,a\tb,\"'=1+1\",\"'-x\",n234567890123456789012345678901234\n";
+    EXPECT_NE(run("convert a.vtu -o b.csv").errors.find("\"=1+1\" is called \"'=1+1\" in the table"),
+              std::string::npos);
+    EXPECT_EQ(readFile(folder / "b.csv").substr(0, header.size()), header);
+    EXPECT_EQ(run("dump a.vtu --format csv --range :0 --variable '=1+1'").output, "\"'=1+1\"\n");
+}
+
+TEST_F(Convert, ASmallBudgetOfMemoryChangesNoValue) {
+    for (const std::string format : {"csv", "vtu", "vtkhdf"}) {
+        EXPECT_EQ(run("convert " SAMPLES "/points.vtu -o a." + format).exitCode, 0);
+        EXPECT_EQ(run("convert --max-memory 5600 " SAMPLES "/points.vtu -o b." + format).exitCode, 0);
+        EXPECT_TRUE(format == "vtkhdf" || readFile(folder / ("a." + format)) == readFile(folder / ("b." + format)));
+    }
+    const Outcome outcome = run("convert --max-memory 4K " SAMPLES "/points.vtu -o c.csv");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.errors.rfind("Not enough memory for variable 3 \"Z\" of zone 1 \"points\": ", 0), 0)
+        << outcome.errors;
 }
 
 TEST_F(Convert, AFullDiskLeavesNothing) {

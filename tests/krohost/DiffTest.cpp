@@ -25,6 +25,16 @@ protected:
         cube(p, ElementType::Float32).timeValue(4).write(folder / "single.vtu");
         cube(p).values("connectivity", {0, 1, 2, 3, 4, 5, 7, 6}).write(folder / "turned.vtu");
         test::vtu().piece(test::mixed()).write(folder / "mixed.vtu");
+        const auto ids = [](std::vector<std::int64_t> values) {
+            return test::vtu().piece(
+                test::hexahedron().withPointData(integers("id", ElementType::Int64, std::move(values))));
+        };
+        const std::int64_t wrap = std::int64_t{1} << 32;
+        ids({0, 1, 2, 3, 4, 5, 6, 7}).write(folder / "i.vtu");
+        ids({0, 1, 2, wrap + 3, 4, 5, 6, 7}).write(folder / "j.vtu");
+        ids({0, 1, 2, wrap + 3, 4, 5, 6, 7})
+            .values("connectivity", {0, 1, 2, 3, 4, 5, 6, wrap + 7})
+            .write(folder / "k.vtu");
     }
 
     Outcome run(const std::string& arguments) const { return runKrohost(folder, "diff " + arguments); }
@@ -56,6 +66,13 @@ TEST_F(Diff, SaysWhatDiffers) {
         {"a.vtu 'b2.vtu' --times 1", 0, ""},
         {"a.vtu '[ab]*2.vtu' --strand 3", 0, ""},
         {"a.vtu 'near.vtu' --node-bits 64 --atol 1", 0, ""},
+        {"j.vtu j.vtu", 0, ""}, // the host holds 4294967299 as 3
+        {"i.vtu j.vtu", 5,
+         "zone 1 \"i\": nodal variable \"id\": 1 of 8 values differ, largest absolute difference 4294967296 at 3 (3, "
+         "4294967299), largest relative difference 0.9999999993015081 at 3 (3, 4294967299)\n"},
+        {"j.vtu i.vtu --rtol 1", 0, ""},
+        {"j.vtu k.vtu", 5,
+         "zone 1 \"j\": node map: cannot be compared, the host does not hold the values of the files\n"},
         {"a.vtu bad.vtu", 1, p + "not compared, not loaded from B\n"},
         {"a.vtu broken.vtu", 1, ""},
         {"a.vtu missing.vtu", 3, ""},
@@ -82,7 +99,7 @@ TEST_F(Diff, SaysWhatOnlyOneOfThemHas) {
 TEST_F(Diff, JsonHoldsTheSame) {
     EXPECT_EQ(json::parse(run("--json a.vtu b2.vtu").output),
               json::parse(R"({"loaded": true, "same": true, "structure": [], "variables": [], "nodeMaps": [],
-                              "notCompared": [], "error": null, "dialogs": [], "violations": []})"));
+                              "notCompared": [], "losses": [], "error": null, "dialogs": [], "violations": []})"));
     EXPECT_EQ(json::parse(run("--json a.vtu near.vtu").output)["variables"],
               json::parse(R"([{"zone": 1, "name": "p", "location": "nodal", "count": 8, "differing": 2,
                                "absolute": {"difference": 0.5, "index": 2, "a": 2.0, "b": 2.5},

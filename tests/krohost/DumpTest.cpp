@@ -80,7 +80,7 @@ TEST_F(Dump, BinaryFormatsHoldTheStorage) {
         EXPECT_EQ(end % 64, 0) << arguments;
         EXPECT_EQ(npy.substr(end), payload) << arguments;
         EXPECT_EQ(run(std::string{arguments} + " --format raw").output, payload) << arguments;
-        EXPECT_EQ(run(std::string{arguments} + " --format npy -o out.npy").output, "");
+        EXPECT_EQ(run(std::string{arguments} + " --format npy --force -o out.npy").output, "");
         EXPECT_EQ(test::readFile(folder / "out.npy"), npy) << arguments;
     }
 }
@@ -90,11 +90,11 @@ TEST_F(Dump, JsonIsOneDocument) {
         {"cube.vtu --variable p --location nodal --range 0:3",
          R"({"loaded": true, "zone": {"number": 1, "name": "cube"}, "variables": [{"number": 4, "name": "p",
              "type": "float32", "location": "nodal", "count": 8, "first": 0, "values": [0.1, null, null]}],
-             "error": null, "dialogs": [], "violations": []})"},
+             "losses": [], "error": null, "dialogs": [], "violations": []})"},
         {"mixed.vtu --node-map --section 4",
          R"({"loaded": true, "zone": {"number": 1, "name": "mixed"}, "sections": [{"number": 4,
              "shape": "tetrahedron", "gridOrder": 1, "nodesPerElement": 4, "elements": 1, "first": 0,
-             "nodes": [[19, 20, 21, 22]]}], "error": null, "dialogs": [], "violations": []})"}};
+             "nodes": [[19, 20, 21, 22]]}], "losses": [], "error": null, "dialogs": [], "violations": []})"}};
     for (const auto& [arguments, document] : table)
         EXPECT_EQ(json::parse(run(std::string{arguments} + " --json").output), json::parse(document)) << arguments;
     const Outcome failed = run("bad.vtu --variable p --json");
@@ -124,8 +124,6 @@ TEST_F(Dump, WhatIsNotClearOrNotThereIsRefused) {
         {"mixed.vtu --variable X --variable material", 2,
          "Variables with 23 and 4 values are not columns of one table.\n"},
         {"cube.vtu --variable X --variable Y --format raw", 2, "The formats npy and raw take one variable.\n"},
-        {"cube.vtu --variable X -o cube.vtu", 2,
-         "The output would replace the file \"cube.vtu\" that it comes from.\n"},
         {"cube.vtu --variable X -o /dev/full", 1,
          "The file \"/dev/full\" cannot be written: No space left on device\n"},
         {"cube.vtu --variable X --max-memory 31", 1,

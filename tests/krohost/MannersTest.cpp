@@ -233,7 +233,10 @@ TEST_F(Manners, EveryExampleOfTheHelpWorks) {
                 continue;
             ++exampleCount;
             const std::string example = line.substr(2, line.find("   ", 2) - 2);
-            const Outcome outcome = runShell(folder, "krohost() { \"$krohost\" \"$@\"; }; " + example);
+            // What an earlier example has written would not be replaced.
+            const Outcome outcome =
+                runShell(folder, "krohost() { \"$krohost\" \"$@\"; }; rm -rf $(echo '" + example +
+                                     "' | sed -En 's/.*(-o|--record) ([^ ]*).*/\\2/p'); " + example);
             EXPECT_EQ(outcome.exitCode, 0) << example << '\n' << outcome.errors;
         }
         EXPECT_GE(exampleCount, 2) << command;

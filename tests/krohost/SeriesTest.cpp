@@ -141,7 +141,7 @@ TEST_F(Series, IsTheSameWhenItsRecordIsReplayed) {
     for (const std::string arguments : {"s1.vtu", "s1.vtu s2.vtu --time-source none", "other/c.series",
                                         "s1.vtu --strand 4", "s1.vtu --append s2.vtu --strand 3"}) {
         const std::string appended = arguments.substr(std::min(arguments.find(" --append"), arguments.size()));
-        const Outcome first = run("info --json --demand --record layout.json " + arguments);
+        const Outcome first = run("info --json --demand --force --record layout.json " + arguments);
         const Outcome replayed = run("replay --json --demand layout.json" + appended);
         EXPECT_EQ(first.exitCode, 0) << first.errors;
         EXPECT_EQ(replayed.output, first.output) << arguments;

@@ -1,0 +1,74 @@
+#include "krohost/cli/lossReport.h"
+
+#include "krohost/write/WriteError.h"
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+
+namespace krohost::cli {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+/// Numbers that a double cannot hold are texts.
+ordered_json number(long double value) {
+    return fmt::format("{:.0f}", value);
+}
+
+} // namespace
+
+ordered_json lossList(const write::Losses& losses) {
+    const auto textOrNull = [](const std::string& text) { return text.empty() ? ordered_json() : ordered_json(text); };
+    ordered_json list = ordered_json::array();
+    for (const write::Loss& loss : losses.list()) {
+        ordered_json object{{"what", loss.what},
+                            {"message", write::sentence(loss)},
+                            {"array", textOrNull(loss.array)},
+                            {"location", textOrNull(loss.location)},
+                            {"file", textOrNull(loss.file)},
+                            {"files", loss.fileCount},
+                            {"count", loss.count},
+                            {"first", nullptr}};
+        if (loss.first)
+            object["first"] = {{"index", loss.first->tuple},
+                               {"component", loss.first->component},
+                               {"value", number(loss.first->value)},
+                               {"held", number(loss.first->held)}};
+        list.push_back(std::move(object));
+    }
+    return list;
+}
+
+void printLosses(const Console& console, const write::Losses& losses) {
+    for (const write::Loss& loss : losses.list())
+        console.warning(write::sentence(loss));
+}
+
+write::Losses lossesOfLoad(const Plan& plan, const write::UsedArrays& used) {
+    std::vector<std::filesystem::path> files;
+    const auto add = [&files](const std::vector<std::string>& names) {
+        std::error_code ignored;
+        for (const std::string& name : names) // of a layout's texts some are files
+            if (std::filesystem::is_regular_file(name, ignored))
+                files.emplace_back(name);
+    };
+    add(plan.layout ? plan.layout->strings : paths(plan.files));
+    add(paths(plan.appendedFiles));
+    try {
+        return write::narrowingLosses(files, used);
+    } catch (const write::Interrupted&) {
+        return {};
+    }
+}
+
+write::UsedArrays allArrays(const Dataset& dataset) {
+    const bool areNodesNarrow = std::any_of(dataset.zones.begin(), dataset.zones.end(), [](const Zone& zone) {
+        return zone.nodeMap && zone.nodeMap->itemByteCount() == sizeof(std::int32_t);
+    });
+    return {[](const vtu::Array&) { return true; }, areNodesNarrow};
+}
+
+} // namespace krohost::cli

@@ -1,0 +1,206 @@
+#include "krohost/vtu/narrowing.h"
+
+#include "krohost/vtu/decode.h"
+#include "krohost/vtu/values.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <map>
+#include <set>
+#include <span>
+#include <type_traits>
+#include <utility>
+
+namespace krohost::vtu {
+
+namespace {
+
+constexpr std::array<const char*, 3> axes{"X", "Y", "Z"};
+
+template <class Held, class Value>
+void compare(Value value, NarrowedValue place, const std::function<void(const NarrowedValue&)>& use) {
+    if constexpr (std::is_integral_v<Value>) {
+        const auto held = static_cast<Held>(value); // keeps the low-order bits
+        if (std::cmp_equal(held, value))
+            return;
+        place.value = static_cast<long double>(value);
+        place.held = static_cast<long double>(held);
+        use(place);
+    }
+}
+
+template <class Value>
+void compare(ElementType held, Value value, const NarrowedValue& place,
+             const std::function<void(const NarrowedValue&)>& use) {
+    switch (held) {
+    case ElementType::UInt8:
+        return compare<std::uint8_t>(value, place, use);
+    case ElementType::Int16:
+        return compare<std::int16_t>(value, place, use);
+    case ElementType::Int32:
+        return compare<std::int32_t>(value, place, use);
+    default:
+        return;
+    }
+}
+
+using Arrays = std::vector<Array> Piece::*;
+
+std::string lowerCase(std::string text) {
+    for (char& letter : text)
+        letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    return text;
+}
+
+/// Finds the arrays of a list's first piece for those of later pieces. Looks at each array of these twice.
+class Matcher {
+public:
+    Matcher(std::vector<PiecewiseArray>& arrays, std::size_t firstIndex) : arrays_{arrays} {
+        for (std::size_t index = firstIndex; index < arrays.size(); ++index) {
+            byName_.emplace(arrays[index].first().name, index);
+            byLowerCase_.emplace(lowerCase(arrays[index].first().name), index);
+        }
+    }
+
+    void add(const std::vector<Array>& ofPiece) {
+        std::set<std::size_t> taken;
+        std::vector<const Array*> others;
+        for (const Array& array : ofPiece)
+            if (!take(byName_.equal_range(array.name), array, taken))
+                others.push_back(&array);
+        for (const Array* array : others)
+            take(byLowerCase_.equal_range(lowerCase(array->name)), *array, taken);
+    }
+
+private:
+    using Indices = std::multimap<std::string, std::size_t>;
+
+    bool take(std::pair<Indices::const_iterator, Indices::const_iterator> range, const Array& array,
+              std::set<std::size_t>& taken) {
+        const auto free =
+            std::find_if(range.first, range.second, [&](const auto& entry) { return !taken.contains(entry.second); });
+        if (free == range.second)
+            return false;
+        taken.insert(free->second);
+        arrays_[free->second].parts.push_back(&array);
+        return true;
+    }
+
+    std::vector<PiecewiseArray>& arrays_;
+    Indices byName_, byLowerCase_;
+};
+
+void addList(const Document& document, Arrays list, std::vector<PiecewiseArray>& arrays) {
+    const std::size_t firstIndex = arrays.size();
+    for (const Array& array : document.pieces.front().*list)
+        if (array.section != Section::cells || equalsIgnoringCase(array.name, "connectivity"))
+            arrays.push_back({{&array}});
+    Matcher matcher{arrays, firstIndex};
+    for (std::size_t index = 1; index < document.pieces.size(); ++index)
+        matcher.add(document.pieces[index].*list);
+}
+
+/// The values that count; those beyond are passed over.
+std::uint64_t neededCount(const Array& array) {
+    std::uint64_t count = 0;
+    const bool isOverflow = __builtin_mul_overflow(array.tupleCount, array.componentCount.value_or(0), &count);
+    return isOverflow || array.section == Section::cells ? UINT64_MAX : count;
+}
+
+} // namespace
+
+ElementType hostType(ElementType type) {
+    switch (type) {
+    case ElementType::Int8:
+    case ElementType::UInt8:
+        return ElementType::UInt8;
+    case ElementType::Int16:
+    case ElementType::UInt16:
+        return ElementType::Int16;
+    case ElementType::Float32:
+    case ElementType::Float64:
+        return type;
+    default:
+        return ElementType::Int32;
+    }
+}
+
+bool PiecewiseArray::isConnectivity() const {
+    return first().section == Section::cells;
+}
+
+std::vector<PiecewiseArray> piecewiseArrays(const Document& document) {
+    std::vector<PiecewiseArray> arrays;
+    if (!document.pieces.empty())
+        for (const Arrays list : {&Piece::points, &Piece::cells, &Piece::pointData, &Piece::cellData})
+            addList(document, list, arrays);
+    return arrays;
+}
+
+std::vector<std::string> variableNames(const Array& array) {
+    const std::uint64_t count = std::min<std::uint64_t>(array.componentCount.value_or(0), INT16_MAX);
+    std::vector<std::string> names;
+    for (std::uint64_t component = 0; component < count; ++component)
+        if (array.section == Section::points)
+            names.push_back(component < axes.size() ? axes[component] : "");
+        else if (count == 1)
+            names.push_back(array.name);
+        else
+            names.push_back(array.name + '_' +
+                            (count <= axes.size() ? axes[component] : std::to_string(component + 1)));
+    return names;
+}
+
+void forEachNarrowedValue(const Document& document, const PiecewiseArray& array,
+                          const std::function<void(const NarrowedValue&)>& use, const Poll& poll) {
+    NarrowedValue place;
+    for (const Array* part : array.parts) {
+        const std::uint64_t componentCount = part->componentCount.value_or(0);
+        if (componentCount == 0 || !part->type)
+            continue;
+        const ElementType held = array.isConnectivity() ? ElementType::Int32 : hostType(*part->type);
+        const bool isNarrow = held != *part->type && !isFloatingPoint(*part->type);
+        std::uint64_t left = isNarrow ? neededCount(*part) : 0;
+        const std::uint64_t firstTuple = place.tuple;
+        std::uint64_t index = 0;
+        if (left > 0)
+            decode(document, *part, [&](std::span<const std::byte> bytes) {
+                poll();
+                forEachValue(*part->type, bytes, [&](auto value) {
+                    if (index >= left)
+                        return;
+                    place.tuple = firstTuple + index / componentCount;
+                    place.component = index % componentCount;
+                    ++index;
+                    compare(held, value, place, use);
+                });
+            });
+        place.tuple = firstTuple + (array.isConnectivity() ? index : part->tupleCount);
+    }
+}
+
+Narrowing narrowingOf(const Document& document, const PiecewiseArray& array, const Poll& poll) {
+    Narrowing narrowing;
+    for (const Array* part : array.parts)
+        if (!array.isConnectivity())
+            narrowing.valueCount += neededCount(*part);
+    forEachNarrowedValue(
+        document, array,
+        [&](const NarrowedValue& value) {
+            if (narrowing.narrowedCount++ == 0)
+                narrowing.first = value;
+        },
+        poll);
+    return narrowing;
+}
+
+std::string inWords(const NarrowedValue& value, const Array& array) {
+    const bool isVector = array.componentCount.value_or(1) > 1;
+    return fmt::format("{:.0f} at {}{} becomes {:.0f}", value.value, value.tuple,
+                       isVector ? fmt::format(", component {},", value.component) : "", value.held);
+}
+
+} // namespace krohost::vtu

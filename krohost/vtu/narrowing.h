@@ -1,0 +1,58 @@
+/// Values that a host does not hold as a file has them: its integers have 8, 16 or 32 bits.
+#pragma once
+
+#include "krohost/vtu/Document.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace krohost::vtu {
+
+/// In which type a host holds values of a variable: 8-bit integers without a sign, 16-bit and wider ones with a sign.
+ElementType hostType(ElementType type);
+
+/// A value that becomes another one. Both are exact: a long double holds every 64-bit integer.
+struct NarrowedValue {
+    std::uint64_t tuple = 0; ///< from 0, over all pieces of the file
+    std::uint64_t component = 0;
+    long double value = 0;
+    long double held = 0;
+};
+
+/// An array of the same name in the pieces of a file. A later piece's array is found by its exact name first, then
+/// without regard to case among those not taken.
+struct PiecewiseArray {
+    std::vector<const Array*> parts; ///< one for each piece that has it, the first one always
+
+    const Array& first() const { return *parts.front(); }
+    bool isConnectivity() const;
+};
+
+/// The arrays of the first piece's points, connectivity, point data and cell data, with those of later pieces.
+std::vector<PiecewiseArray> piecewiseArrays(const Document& document);
+
+/// The names of the variables that an array becomes, component by component.
+std::vector<std::string> variableNames(const Array& array);
+
+/// Called again and again during long work; may throw to end it.
+using Poll = std::function<void()>;
+
+/// Hands out the values that a host holds otherwise, node numbers as those of 32 bits. Decodes only arrays of types
+/// that hosts do not have. What cannot be decoded gives nothing more. [any thread]
+void forEachNarrowedValue(const Document& document, const PiecewiseArray& array,
+                          const std::function<void(const NarrowedValue&)>& use, const Poll& poll);
+
+/// What of an array is held otherwise.
+struct Narrowing {
+    std::uint64_t valueCount = 0; ///< that the array has, as its tags say; of connectivity, that were decoded
+    std::uint64_t narrowedCount = 0;
+    NarrowedValue first = {};
+};
+Narrowing narrowingOf(const Document& document, const PiecewiseArray& array, const Poll& poll);
+
+/// `14950000000 at 3 becomes 2065098112`, with the component where there are several.
+std::string inWords(const NarrowedValue& value, const Array& array);
+
+} // namespace krohost::vtu

@@ -1,0 +1,105 @@
+#include "krohost/write/Loss.h"
+
+#include "krohost/Host.h"
+#include "krohost/write/WriteError.h"
+
+#include <fmt/format.h>
+
+#include <set>
+#include <utility>
+
+namespace krohost::write {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+void addNarrowing(const vtu::Document& document, const vtu::PiecewiseArray& array, Losses& losses) {
+    const vtu::Narrowing narrowing = vtu::narrowingOf(document, array, pollInterrupt);
+    if (narrowing.narrowedCount == 0)
+        return;
+    const std::string location = locationWord(array.first().section);
+    const std::string file = document.path.string();
+    const std::string number = array.isConnectivity()
+                                   ? std::to_string(narrowing.narrowedCount)
+                                   : fmt::format("{} of {}", narrowing.narrowedCount, narrowing.valueCount);
+    losses.add({"narrowed",
+                fmt::format("The host holds {} values of the array \"{}\" ({}) of \"{}\" otherwise: {}.", number,
+                            array.first().name, location, file, vtu::inWords(narrowing.first, array.first())),
+                array.first().name, location, file, 1, narrowing.narrowedCount, narrowing.first});
+}
+
+bool isUsed(const vtu::PiecewiseArray& array, const UsedArrays& used) {
+    return array.isConnectivity() ? used.areNodes : used.isVariable(array.first());
+}
+
+void addNarrowings(const fs::path& file, const UsedArrays& used, std::set<fs::path>& seen, Losses& losses) {
+    std::vector<fs::path> files{file};
+    while (!files.empty()) {
+        const fs::path next = std::move(files.back());
+        files.pop_back();
+        if (!seen.insert(next).second)
+            continue;
+        pollInterrupt();
+        const vtu::Document document = vtu::readDocument(next);
+        for (auto member = document.members.rbegin(); member != document.members.rend(); ++member)
+            files.push_back(member->path);
+        for (const vtu::PiecewiseArray& array : vtu::piecewiseArrays(document))
+            if (isUsed(array, used))
+                addNarrowing(document, array, losses);
+    }
+}
+
+} // namespace
+
+void Losses::add(Loss loss) {
+    const auto place = std::tuple{loss.what, loss.location, loss.array};
+    const auto [found, isNew] = places_.emplace(place, list_.size());
+    if (isNew || loss.array.empty()) {
+        list_.push_back(std::move(loss));
+        return;
+    }
+    list_[found->second].count += loss.count;
+    list_[found->second].fileCount += loss.fileCount;
+}
+
+void Losses::add(const Losses& others) {
+    for (const Loss& loss : others.list_)
+        add(loss);
+}
+
+std::string sentence(const Loss& loss) {
+    return loss.fileCount > 1 ? fmt::format("{} (files with the same: {} more)", loss.message, loss.fileCount - 1)
+                              : loss.message;
+}
+
+Losses narrowingLosses(const std::vector<fs::path>& files, const UsedArrays& used) {
+    Losses losses;
+    std::set<fs::path> seen;
+    for (const fs::path& file : files)
+        addNarrowings(file, used, seen, losses);
+    return losses;
+}
+
+void pollInterrupt() {
+    if (Host::isInterrupted())
+        throw Interrupted();
+}
+
+std::string locationWord(vtu::Section section) {
+    switch (section) {
+    case vtu::Section::points:
+        return "points";
+    case vtu::Section::cells:
+        return "cells";
+    case vtu::Section::pointData:
+        return "nodal";
+    case vtu::Section::cellData:
+        return "cell";
+    case vtu::Section::fieldData:
+        break;
+    }
+    return "field";
+}
+
+} // namespace krohost::write

@@ -1,0 +1,186 @@
+#include "krohost/write/conversionLosses.h"
+
+#include "krohost/write/zoneFiles.h"
+#include "krohost/write/zoneGrid.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <set>
+
+namespace krohost::write {
+
+namespace {
+
+namespace fs = std::filesystem;
+using vtu::Document;
+
+/// What a format has room for.
+bool holdsFieldData(FileFormat format) {
+    return format != FileFormat::cgns && format != FileFormat::csv;
+}
+bool holdsVectors(FileFormat format) {
+    return format != FileFormat::csv;
+}
+
+/// Compares what a file has with what is written of its zone.
+class ZoneLosses {
+public:
+    ZoneLosses(const Dataset& dataset, const Zone& zone, const Document& document, FileFormat format, Losses& losses)
+        : dataset_{dataset}, zone_{zone}, document_{document}, file_{document.path.string()}, format_{format},
+          losses_{losses} {}
+
+    void add() {
+        for (const auto location : {ValueLocation_Nodal, ValueLocation_CellCentered})
+            addArrays(location);
+        for (const vtu::Array& array : document_.fieldData)
+            addFieldData(array);
+        for (const vtu::TextArray& array : document_.textArrays)
+            drop(array.element.nameAttribute(), array.section, 1, "an array of texts");
+    }
+
+private:
+    void addArrays(ValueLocation_e location) {
+        const bool isNodal = location == ValueLocation_Nodal;
+        const std::vector<ArrayVariables> written = arrayVariables(dataset_, zone_, location);
+        std::set<std::pair<std::string, std::size_t>> writtenArrays;
+        for (const ArrayVariables& array : written)
+            writtenArrays.emplace(array.name, array.numbers.size());
+        std::set<std::string> vectors;
+        if (!document_.pieces.empty()) {
+            const vtu::Piece& piece = document_.pieces.front();
+            for (const vtu::Array& array : isNodal ? piece.pointData : piece.cellData) {
+                addArray(array, writtenArrays);
+                if (array.componentCount == vectorLength)
+                    vectors.insert(array.name);
+            }
+        }
+        for (const ArrayVariables& array : written)
+            if (holdsVectors(format_) && array.numbers.size() == vectorLength && !vectors.contains(array.name))
+                losses_.add(
+                    {"joined",
+                     fmt::format("The arrays \"{0}_X\", \"{0}_Y\" and \"{0}_Z\" ({1}) of \"{2}\" are written as "
+                                 "one vector \"{0}\".",
+                                 array.name, inWords(location), file_),
+                     array.name, inWords(location), file_, 1, vectorLength});
+    }
+
+    void addArray(const vtu::Array& array, const std::set<std::pair<std::string, std::size_t>>& written) {
+        const std::uint64_t count = array.componentCount.value_or(0);
+        const std::vector<std::string> names = vtu::variableNames(array);
+        const bool isWritten = std::all_of(names.begin(), names.end(), [&](const std::string& name) {
+            return written.contains({name, 1});
+        });
+        if (count == 0 || names.size() != count || (!isWritten && !written.contains({array.name, count})))
+            return drop(array.name, array.section, array.tupleCount * count, "an array that is not loaded");
+        if (holdsVectors(format_) && !written.contains({array.name, count}))
+            losses_.add(
+                {"split",
+                 fmt::format("The {} components of the array \"{}\" ({}) of \"{}\" are written as arrays of "
+                             "their own, from \"{}\" to \"{}\".",
+                             count, array.name, locationWord(array.section), file_, names.front(), names.back()),
+                 array.name, locationWord(array.section), file_, 1, count});
+        addComponentNames(array);
+    }
+
+    void addComponentNames(const vtu::Array& array) {
+        const auto count =
+            std::count_if(array.element.attributes.begin(), array.element.attributes.end(),
+                          [](const vtu::Attribute& attribute) { return attribute.name.starts_with("ComponentName"); });
+        if (count > 0)
+            losses_.add({"dropped",
+                         fmt::format("The names of components of the array \"{}\" ({}) of \"{}\" are left out: {}.",
+                                     array.name, locationWord(array.section), file_, count),
+                         array.name, locationWord(array.section), file_, 1, static_cast<std::uint64_t>(count)});
+    }
+
+    void addFieldData(const vtu::Array& array) {
+        if (isTimeName(array.name) && format_ != FileFormat::csv)
+            return;
+        const bool isKept = holdsFieldData(format_) && zone_.auxiliaryData.contains(array.name);
+        const std::uint64_t count = array.componentCount.value_or(0);
+        if (!isKept)
+            drop(array.name, array.section, array.tupleCount * count, "field data");
+    }
+
+    void drop(const std::string& name, vtu::Section section, std::uint64_t count, const char* what) {
+        losses_.add(
+            {"dropped",
+             fmt::format("The array \"{}\" ({}) of \"{}\" is left out: {}.", name, locationWord(section), file_, what),
+             name, locationWord(section), file_, 1, count});
+    }
+
+    static constexpr std::size_t vectorLength = 3;
+    const Dataset& dataset_;
+    const Zone& zone_;
+    const Document& document_;
+    std::string file_;
+    FileFormat format_;
+    Losses& losses_;
+};
+
+/// One loss for all zones of which something has no place in the format.
+template <class Has>
+void addForZones(const Dataset& dataset, Losses& losses, const char* what, const Has& has) {
+    const auto count = std::count_if(dataset.zones.begin(), dataset.zones.end(), has);
+    if (count > 0)
+        losses.add({.what = "dropped",
+                    .message = fmt::format("{} left out, of {} zone{}.", what, count, count == 1 ? "" : "s"),
+                    .count = static_cast<std::uint64_t>(count)});
+}
+
+void addZoneProperties(const Dataset& dataset, FileFormat format, Losses& losses) {
+    const auto hasCells = [](const Zone& zone) { return zone.nodeMap != nullptr; };
+    const auto hasBlock = [](const Zone& zone) { return zone.auxiliaryData.contains("Block.name"); };
+    const auto isAny = [](const Zone&) { return true; };
+    if (format == FileFormat::csv)
+        addForZones(dataset, losses, "The nodes of cells are", hasCells);
+    if ((format == FileFormat::csv || format == FileFormat::vtkhdf) && dataset.zones.size() > 1)
+        addForZones(dataset, losses, "Names are", isAny);
+    if (format == FileFormat::csv)
+        addForZones(dataset, losses, "Solution times are", [](const Zone& zone) { return zone.solutionTime != 0; });
+    if (format != FileFormat::vtm)
+        addForZones(dataset, losses, "Names of blocks are", hasBlock);
+    if (format == FileFormat::vtkhdf) {
+        const Zone& first = dataset.zones.front();
+        addForZones(dataset, losses, "Field data other than those of the first zone are", [&](const Zone& zone) {
+            return zone.auxiliaryData != first.auxiliaryData && !zone.auxiliaryData.empty();
+        });
+    }
+}
+
+void addMissingCoordinates(const Dataset& dataset, Losses& losses) {
+    for (const Zone& zone : dataset.zones) {
+        const std::vector<std::int32_t> numbers = coordinateVariables(dataset, zone);
+        if (std::find(numbers.begin(), numbers.end(), 0) != numbers.end())
+            losses.add({"changed",
+                        fmt::format("Zone {} \"{}\" has fewer than three coordinates; those missing are written as 0.",
+                                    zone.number, zone.name)});
+    }
+}
+
+/// Those that 32-bit numbers hold.
+bool areNodesNarrow(const Dataset& dataset) {
+    return std::any_of(dataset.zones.begin(), dataset.zones.end(), [](const Zone& zone) {
+        return zone.nodeMap && zone.nodeMap->itemByteCount() == sizeof(std::int32_t);
+    });
+}
+
+} // namespace
+
+Losses conversionLosses(const Dataset& dataset, const std::vector<fs::path>& inputs, FileFormat format) {
+    const bool usesNodes = format != FileFormat::csv && areNodesNarrow(dataset);
+    Losses losses = narrowingLosses(inputs, {[](const vtu::Array&) { return true; }, usesNodes});
+    const std::vector<fs::path> files = zoneFiles(inputs);
+    for (std::size_t index = 0; files.size() == dataset.zones.size() && index < files.size(); ++index) {
+        pollInterrupt();
+        const Document document = vtu::readDocument(files[index]);
+        ZoneLosses{dataset, dataset.zones[index], document, format, losses}.add();
+    }
+    addZoneProperties(dataset, format, losses);
+    if (format != FileFormat::csv)
+        addMissingCoordinates(dataset, losses);
+    return losses;
+}
+
+} // namespace krohost::write
