@@ -219,11 +219,13 @@ std::unique_ptr<ValueSource> open(const Document& document, const Array& array, 
 } // namespace
 
 ArrayReader::ArrayReader(const Document& document, const Array& array, const Poll& poll)
-    : source_{open(document, array, poll)} {}
+    : poll_{poll}, source_{open(document, array, poll)} {}
 
 ArrayReader::~ArrayReader() = default;
 
 std::size_t ArrayReader::read(std::span<std::byte> bytes) {
+    if (poll_)
+        poll_(); // a few bytes of the file may be a long time's work
     return source_->read(bytes);
 }
 
@@ -234,11 +236,8 @@ const Decoded& ArrayReader::decoded() const {
 Decoded decode(const Document& document, const Array& array, const Sink& sink, const Poll& poll) {
     ArrayReader reader{document, array, poll};
     const auto block = std::make_unique_for_overwrite<std::array<std::byte, 65536>>();
-    while (const std::size_t count = reader.read(*block)) {
-        if (poll)
-            poll();
+    while (const std::size_t count = reader.read(*block))
         sink(std::span{*block}.first(count));
-    }
     return reader.decoded();
 }
 

@@ -85,6 +85,7 @@ public:
     const Decoded& decoded() const;
 
 private:
+    Poll poll_;
     std::unique_ptr<ValueSource> source_;
 };
 

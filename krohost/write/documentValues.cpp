@@ -66,7 +66,6 @@ void produceValues(const vtu::Document& document, const vtu::Array& array, std::
         const std::size_t count = reader.read(std::span{*block}.first(wanted * valueByteCount));
         if (count == 0)
             break;
-        poll();
         sink(std::span{*block}.first(count));
         left -= count / valueByteCount;
     }

@@ -69,6 +69,18 @@ TEST(Vtu, TakesForANumberWhatTheLoaderTakes) {
     EXPECT_EQ(decodeAll(document, named(document, "Points")).bytes, "");
 }
 
+TEST(Vtu, AsksWhetherToStopForWhatAFewBytesInflateTo) {
+    const test::TemporaryFolder folder;
+    const test::Array zeros = integers("a", test::ElementType::Int64, std::vector<std::int64_t>(400000));
+    vtu().piece(test::hexahedron().withPointData(zeros)).appendedRaw().compressed(1 << 22).write(folder / "a.vtu");
+    const Document document = readDocument(folder / "a.vtu");
+    int pollCount = 0;
+    const Decoded decoded = decode(
+        document, named(document, "a"), [](auto) {}, [&] { ++pollCount; });
+    EXPECT_EQ(decoded.byteCount, 3200000);
+    EXPECT_GE(pollCount, 3200000 >> 16);
+}
+
 TEST(Vtu, EveryPrefixOfAFileIsReadOrFaulty) {
     const test::TemporaryFolder folder;
     for (const bool isRaw : {true, false}) {
