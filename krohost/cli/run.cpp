@@ -221,6 +221,8 @@ int runCommand(Host& host, const CommandLine& line, const Console& console, Prog
     requireFreeOutputs(line, plan);
     console.note(fmt::format("the add-on is {}", path.string()));
     host.loadAddOn(path);
+    if (!host.dialogs().empty()) // without one of its loaders another would take the files
+        throw Failure(host.dialogs().front().text, Exit_AddOnNotLoaded);
     if (line.convert.isRepairing)
         return finish(host, line, console, repair(host, line, plan));
     if (line.command == Command::addons)

@@ -37,8 +37,8 @@ protected:
 } // namespace
 
 TEST_F(WriteFaults, OneLeavesTheOldFileOrTheWholeNewOne) {
-    constexpr const char* all = "memory:open:write:close:rename:sync:folder:read";
-    constexpr const char* ofFiles = "open:write:close:rename:sync:folder";
+    constexpr const char* all = "memory:open:write:close:rename:sync:folder:read:signal";
+    constexpr const char* ofFiles = "open:write:close:rename:sync:folder:signal";
     for (const Row& row : {Row{"convert a.vtu -o b.vtu", "b.vtu", "7", true},
                            {"convert two.vtm -o b.vtm", "b.vtm:b/b_0.vtu:b/b_1.vtu", "31", true},
                            {"convert two.vtm -o b.pvd", "b.pvd:b/b_0.vtu:b/b_1.vtu"},

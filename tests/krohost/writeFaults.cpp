@@ -35,8 +35,8 @@ void* __libc_realloc(void*, std::size_t);
 
 namespace {
 
-enum Kind { memory, opening, writing, closing, renaming, syncing, folder, reading, kindCount };
-constexpr const char* kindNames[]{"memory", "open", "write", "close", "rename", "sync", "folder", "read"};
+enum Kind { memory, opening, writing, closing, renaming, syncing, folder, reading, signalled, kindCount };
+constexpr const char* kindNames[]{"memory", "open", "write", "close", "rename", "sync", "folder", "read", "signal"};
 
 /// Shared by the processes.
 struct State {
@@ -58,12 +58,15 @@ bool fails(Kind kind) {
     return state->hasHappened = true;
 }
 
-/// Libraries that end the process when they have no memory, or do not look whether they have: Qt, CGNS, HDF5.
+/// Qt, CGNS and HDF5 end the process when they have no memory, or do not look whether they have. The C library and zlib
+/// allocate for them as well.
 bool isInOther(const void* code) {
     Dl_info library{};
-    return dladdr(code, &library) != 0 &&
-           (std::strstr(library.dli_fname, "libQt") || std::strstr(library.dli_fname, "libcgns") ||
-            std::strstr(library.dli_fname, "libhdf5"));
+    if (dladdr(code, &library) == 0)
+        return false;
+    const auto isPartOfName = [&](const char* name) { return std::strstr(library.dli_fname, name) != nullptr; };
+    constexpr const char* others[]{"libQt", "libcgns", "libhdf5", "libc.so", "libz.so"};
+    return std::any_of(std::begin(others), std::end(others), isPartOfName);
 }
 
 bool memoryFails(const void* caller) {
@@ -127,6 +130,8 @@ int open(const char* path, int flags, ...) {
 
 std::size_t fwrite(const void* bytes, std::size_t size, std::size_t count, std::FILE* file) {
     NEXT(fwrite);
+    if (!isStandard(file) && fails(signalled))
+        raise(SIGTERM);
     if (isStandard(file) || (!isDiskFull() && !fails(writing)))
         return real(bytes, size, count, file);
     real(bytes, size, count / 2, file);
@@ -145,6 +150,8 @@ ssize_t write(int descriptor, const void* bytes, std::size_t byteCount) {
 
 ssize_t pwrite(int descriptor, const void* bytes, std::size_t byteCount, off_t offset) {
     NEXT(pwrite);
+    if (fails(signalled))
+        raise(SIGTERM);
     if (isDiskFull() || fails(writing)) {
         static_cast<void>(!real(descriptor, bytes, byteCount / 2, offset));
         return failWith(ENOSPC);
@@ -330,7 +337,8 @@ private:
                 return "left " + entry.path().string();
         if (newCount != outputs_.size() && (code == 0 || oldCount != outputs_.size()))
             return "left half of it, with exit code " + std::to_string(code);
-        if (code != 0 && code != 1 && code != 3 && code != 4)
+        const bool isStopped = state->kind == signalled && code == 128 + SIGTERM;
+        if (code != 0 && code != 1 && code != 3 && code != 4 && !isStopped)
             return "exit code " + std::to_string(code);
         return code != 0 && content("errors").empty() ? "said nothing" : "";
     }
