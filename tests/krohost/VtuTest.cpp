@@ -13,6 +13,13 @@ namespace {
 using namespace krohost::vtu;
 using test::vtu;
 
+const Array& named(const Document& document, const std::string& name) {
+    for (const Array* array : document.arrays())
+        if (array->name == name)
+            return *array;
+    throw std::out_of_range(name);
+}
+
 struct Bytes {
     std::string bytes;
     Decoded decoded;
