@@ -294,7 +294,7 @@ struct Check {
     bool needsGrid; ///< makes sense for a whole grid only
 };
 
-constexpr std::array<Check, 10> checks{{{checkMalformation, false},
+constexpr std::array<Check, 11> checks{{{checkMalformation, false},
                                         {checkAttributes, false},
                                         {checkVersion, false},
                                         {checkCollection, false},
@@ -303,7 +303,8 @@ constexpr std::array<Check, 10> checks{{{checkMalformation, false},
                                         {checkTotals, true},
                                         {checkCellArrays, true},
                                         {checkVariables, true},
-                                        {checkPiecesAgree, true}}};
+                                        {checkPiecesAgree, true},
+                                        {checkPiecesFit, true}}};
 
 } // namespace
 

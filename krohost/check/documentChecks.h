@@ -11,4 +11,7 @@ void checkDocument(const vtu::Document& document, Findings& findings);
 /// Of these, what keeps a piece from continuing the first one.
 void checkPiecesAgree(const vtu::Document& document, Findings& findings);
 
+/// And pieces that, sharing their arrays, have more points or cells together than the file can inflate to.
+void checkPiecesFit(const vtu::Document& document, Findings& findings);
+
 } // namespace krohost::check

@@ -1,9 +1,12 @@
 #include "krohost/check/arrayChecks.h"
 #include "krohost/check/documentChecks.h"
+#include "krohost/vtu/inflate.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <map>
 #include <set>
 #include <utility>
@@ -77,12 +80,39 @@ std::string difference(const Piece& first, const Piece& piece) {
     return ofPoints.empty() ? difference(first.cellData, piece.cellData, "cells") : ofPoints;
 }
 
+std::uint64_t pointByteCount(const Piece& piece) {
+    std::uint64_t sum = 0;
+    for (const Array& array : piece.points) {
+        std::uint64_t byteCount = 0;
+        if (array.type &&
+            (__builtin_mul_overflow(neededValueCount(array).value_or(0), vtu::byteCount(*array.type), &byteCount) ||
+             __builtin_add_overflow(sum, byteCount, &sum)))
+            return std::numeric_limits<std::uint64_t>::max();
+    }
+    return sum;
+}
+
 } // namespace
 
 void checkPiecesAgree(const vtu::Document& document, Findings& findings) {
     for (std::size_t index = 1; index < document.pieces.size(); ++index)
         if (std::string message = difference(document.pieces.front(), document.pieces[index]); !message.empty())
             findings.error("pieces-differ", document.pieces[index].element.position, std::move(message));
+}
+
+void checkPiecesFit(const vtu::Document& document, Findings& findings) {
+    const std::uint64_t most = document.byteCount * vtu::largestRatio(vtu::Compressor::zlib);
+    std::uint64_t byteRoom = most, cellRoom = most;
+    for (const Piece& piece : document.pieces) {
+        const std::uint64_t byteCount = pointByteCount(piece), cellCount = piece.cellCount.value_or(0);
+        if (byteCount > byteRoom || cellCount > cellRoom)
+            return findings.error(
+                "number", piece.element.position,
+                fmt::format("the pieces up to here have more {} than the {} bytes of the file can hold",
+                            byteCount > byteRoom ? "points" : "cells", document.byteCount));
+        byteRoom -= byteCount;
+        cellRoom -= cellCount;
+    }
 }
 
 } // namespace krohost::check

@@ -14,11 +14,18 @@ namespace krohost::cli {
 
 namespace {
 
+std::string jsonText(const std::string& text) {
+    return printableJson(nlohmann::json(text).dump());
+}
+
+/// Put together here, because the library ends the process when it has no memory to end the life of a list.
 std::string layoutText(const std::string& path, const Instructions& instructions) {
     try {
-        const nlohmann::ordered_json document{{"loader", instructions.loaderName},
-                                              {"instructions", instructions.strings}};
-        return printableJson(document.dump(2)) + '\n';
+        std::string list;
+        for (const std::string& text : instructions.strings)
+            list += (list.empty() ? "\n    " : ",\n    ") + jsonText(text);
+        return fmt::format("{{\n  \"loader\": {},\n  \"instructions\": [{}{}]\n}}\n", jsonText(instructions.loaderName),
+                           list, list.empty() ? "" : "\n  ");
     } catch (const nlohmann::json::type_error&) {
         throw Failure(fmt::format("The layout \"{}\" cannot be written: a file name is not UTF-8.", path), Exit_Failed);
     }

@@ -14,7 +14,8 @@ namespace {
 std::string moduleFile() {
     Dl_info library{};
     dladdr(reinterpret_cast<const void*>(&Host::isInterrupted), &library);
-    return std::filesystem::absolute(library.dli_fname).replace_filename("libkrohost-hdf.so");
+    const std::string name = std::filesystem::absolute(library.dli_fname); // which is text before its end is replaced:
+    return name.substr(0, name.rfind('/') + 1) + "libkrohost-hdf.so";      // a path, short of memory, would not survive
 }
 
 } // namespace

@@ -210,7 +210,7 @@ TEST_F(Convert, NamesAreMadeSafeAndStayDifferent) {
             EXPECT_NE(errors.find(renaming), std::string::npos) << errors;
         EXPECT_EQ(errors.find("n2345678901234567890123456789012\" in") != std::string::npos, output == "b.cgns");
     }
-    const std::string header = "zone,node,X,Y,Z,/,.,..,_,a\tb,\"'=1+1\",\"'-x\",n234567890123456789012345678901234\n";
+    const std::string header = "zone,node,X,Y,Z,/,.,..,_,a\\tb,\"'=1+1\",\"'-x\",n234567890123456789012345678901234\n";
     EXPECT_NE(run("convert a.vtu -o b.csv").errors.find("\"=1+1\" is called \"'=1+1\" in the table"),
               std::string::npos);
     EXPECT_EQ(readFile(folder / "b.csv").substr(0, header.size()), header);
@@ -283,7 +283,8 @@ TEST_F(Convert, RepairKeepsTheCellsOfTheHighestDimension) {
                     {"location", "cells"},
                     {"file", "a.vtu"},
                     {"files", 1},
-                    {"count", 1}}));
+                    {"count", 1},
+                    {"first", nullptr}}));
 }
 
 TEST_F(Convert, RepairTellsOfFieldDataAndKeepsOldHexahedra) {
