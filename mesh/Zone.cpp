@@ -15,6 +15,7 @@
 #include <limits>
 #include <locale>
 #include <map>
+#include <optional>
 #include <tuple>
 #include <utility>
 
@@ -36,19 +37,29 @@ class VariableMatcher {
 public:
     explicit VariableMatcher(const Piece& piece) : arrays_(piece.variables), isTaken_(arrays_.size()) {
         for (std::size_t index = 0; index < arrays_.size(); ++index) {
-            exact_.emplace(ExactKey(arrays_[index].valueLocation, *arrays_[index].name), index);
+            exact_[{arrays_[index].valueLocation, *arrays_[index].name}].push_back(index);
             similar_[similarKey(arrays_[index])].push_back(index);
         }
     }
 
-    /// The array of just this name; null when there is none. One of another type is none that could be passed over.
+    /// The array of just this name; null when there is none. One of another type is none that could be passed over. Of
+    /// several, one with as many components goes first.
     const DataArray* takeNamesake(const DataArray& array) {
         const auto found = exact_.find({array.valueLocation, *array.name});
         if (found == exact_.end())
             return nullptr;
-        if (arrays_[found->second].type != array.type)
+        std::optional<std::size_t> best;
+        for (const std::size_t index : found->second) {
+            const DataArray& other = arrays_[index];
+            if (isTaken_[index] || other.type != array.type)
+                continue;
+            if (other.numberOfComponents == array.numberOfComponents)
+                return take(index);
+            best = best.value_or(index);
+        }
+        if (!best)
             throw IOException(inconsistentPieces);
-        return take(found->second);
+        return take(*best);
     }
 
     /// The first of those whose names differ in letter case only and that nothing else has taken.
@@ -76,13 +87,14 @@ private:
 
     const std::vector<DataArray>& arrays_;
     std::vector<bool> isTaken_;
-    std::map<ExactKey, std::size_t> exact_;
+    std::map<ExactKey, std::vector<std::size_t>> exact_;    // in file order
     std::map<SimilarKey, std::deque<std::size_t>> similar_; // in file order
 };
 
 bool areListedAlike(const Piece& first, const Piece& piece) {
     return std::ranges::equal(first.variables, piece.variables, [](const DataArray& array, const DataArray& other) {
-        return other.type == array.type && other.valueLocation == array.valueLocation && *other.name == *array.name;
+        return other.type == array.type && other.valueLocation == array.valueLocation && *other.name == *array.name &&
+               other.numberOfComponents == array.numberOfComponents;
     });
 }
 

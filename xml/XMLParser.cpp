@@ -114,6 +114,7 @@ struct XMLParser::Impl {
     bool emptyElement = false;       // the last tag fed ended in "/>"
     bool declarationFed = false;
     bool rootBegun = false;
+    bool hasDoctype = false;                           // which may give tags attributes that are not written there
     std::size_t depth = 0;                             // of open elements
     std::size_t namespaceCount = 0;                    // of declarations in force
     std::vector<std::size_t> namespaceCounts;          // the same within each open element
@@ -259,7 +260,9 @@ struct XMLParser::Impl {
     void openElement() {
         rootBegun = true;
         attributes = reader.attributes();
-        if (referenceCount > 0) { // what has none is no longer than its tag
+        if (hasDoctype && static_cast<std::size_t>(attributes.size()) > equalsLimit)
+            throw IOException(tooManyInTag(equalsLimit, '='));
+        if (referenceCount > 0 || hasDoctype) { // what has none is no longer than its tag
             std::size_t characterCount = 0;
             for (const QXmlStreamAttribute& attribute : attributes)
                 characterCount += static_cast<std::size_t>(attribute.value().size());
@@ -268,7 +271,7 @@ struct XMLParser::Impl {
         }
         if (++depth > depthLimit)
             throw IOException(nestedTooDeep(depthLimit));
-        if (equalsCount > 0) // a declaration has one
+        if (equalsCount > 0 || hasDoctype) // a declaration has one
             namespaceCount += static_cast<std::size_t>(reader.namespaceDeclarations().size());
         if (namespaceCount > namespaceLimit)
             throw IOException(tooManyNamespaces(namespaceLimit));
@@ -290,6 +293,7 @@ struct XMLParser::Impl {
         const bool announced = token == QXmlStreamReader::StartDocument && !declarationFed;
         if (token == QXmlStreamReader::StartDocument && !isUtf8(utf8(reader.documentEncoding())))
             utf8Check.reset();
+        hasDoctype = hasDoctype || token == QXmlStreamReader::DTD;
         if (token == QXmlStreamReader::StartElement)
             openElement();
         else if (token == QXmlStreamReader::EndElement)

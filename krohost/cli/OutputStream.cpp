@@ -1,9 +1,11 @@
 #include "krohost/cli/OutputStream.h"
 
 #include "krohost/cli/Failure.h"
+#include "krohost/cli/smallFile.h"
 #include "krohost/write/WriteError.h"
 
 #include <fcntl.h>
+#include <poll.h>
 
 #include <cerrno>
 #include <cstring>
@@ -25,6 +27,20 @@ auto asFailure(const Use& use) {
     }
 }
 
+/// A FIFO opens when somebody reads it; until then the user may want to stop.
+std::FILE* openStream(const std::string& path) {
+    constexpr int milliseconds = 100; // between two tries
+    int descriptor = -1;
+    while ((descriptor = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)) < 0 && errno == ENXIO) {
+        pollInterrupt();
+        poll(nullptr, 0, milliseconds);
+    }
+    if (descriptor < 0)
+        return nullptr;
+    fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+    return fdopen(descriptor, "wb");
+}
+
 } // namespace
 
 OutputStream::OutputStream(const std::string& path, const write::Permission& permission)
@@ -41,7 +57,7 @@ std::FILE* OutputStream::open(const std::string& path, const write::Permission& 
         return own < 0 ? nullptr : fdopen(own, "wb");
     }
     if (write::isStream(path))
-        return std::fopen(path.c_str(), "wbe");
+        return openStream(path);
     outputs_.emplace(permission);
     return std::fopen(asFailure([&] { return outputs_->begin(path); }).c_str(), "wbxe");
 }

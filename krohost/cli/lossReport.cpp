@@ -15,7 +15,7 @@ using nlohmann::ordered_json;
 
 /// Numbers that a double cannot hold are texts.
 ordered_json number(long double value) {
-    return fmt::format("{:.0f}", value);
+    return vtu::inDigits(value);
 }
 
 } // namespace

@@ -6,20 +6,29 @@
 #include <signal.h>
 
 #include <csignal>
+#include <ctime>
 #include <variant>
 
 namespace {
 
 /// The signal that asked the run to stop; 0: none.
 volatile std::sig_atomic_t receivedSignal = 0;
+timespec timeOfSignal{}; // which only the handler uses, where signals wait for each other
 
-/// The first signal stops the current operation in an orderly way; a second one ends the process.
+/// The first signal stops the current operation in an orderly way; one that comes more than a second later ends the
+/// process. Programs that end others, as `timeout` does, send theirs to the process and at once to its group.
 void stop(int signalNumber) {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
     if (receivedSignal == 0) {
         receivedSignal = signalNumber;
+        timeOfSignal = now;
         krohost::Host::requestInterrupt();
         return;
     }
+    const auto nanoseconds = (now.tv_sec - timeOfSignal.tv_sec) * 1'000'000'000 + (now.tv_nsec - timeOfSignal.tv_nsec);
+    if (nanoseconds < 1'000'000'000)
+        return;
     signal(signalNumber, SIG_DFL);
     raise(signalNumber);
 }
@@ -28,12 +37,15 @@ void catchSignals() {
     struct sigaction action {};
     action.sa_handler = stop;
     action.sa_flags = static_cast<int>(SA_RESTART);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        sigaddset(&action.sa_mask, number);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
     struct sigaction hangUp {};
     sigaction(SIGHUP, nullptr, &hangUp);
     if (hangUp.sa_handler != SIG_IGN) // as nohup sets it
         sigaction(SIGHUP, &action, nullptr);
+    signal(SIGXFSZ, SIG_IGN); // a file that may not grow is an error of the write
 }
 
 /// As a shell tells of a process that a signal has ended.

@@ -19,6 +19,7 @@
 #include "krohost/cli/tableReport.h"
 #include "krohost/cli/trace.h"
 #include "krohost/text/printable.h"
+#include "krohost/write/WriteError.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -259,6 +260,9 @@ int runHost(const CommandLine& line, const Console& console) {
     } catch (const Failure& failure) {
         progress.clear();
         return fail(line, console, failure.what(), failure.exitCode());
+    } catch (const write::Interrupted&) {
+        progress.clear();
+        return fail(line, console, "Interrupted.", Exit_Interrupted);
     } catch (const AddOnError& error) {
         printProblems(host, console, "");
         return fail(line, console, error.what(), Exit_AddOnNotLoaded);

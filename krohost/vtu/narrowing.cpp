@@ -7,7 +7,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <set>
 #include <span>
@@ -20,16 +22,37 @@ namespace {
 
 constexpr std::array<const char*, 3> axes{"X", "Y", "Z"};
 
+/// A real number as the integer that a host stores: by way of 32 bits, of which the least number stands for all that do
+/// not fit.
+template <class Value>
+std::int32_t truncated(Value value) {
+    constexpr Value limit = 2147483648.0;
+    return value >= -limit && value < limit ? static_cast<std::int32_t>(value)
+                                            : std::numeric_limits<std::int32_t>::min();
+}
+
+/// The value as a host stores it; integers keep their low-order bits.
+template <class Held, class Value>
+Held stored(Value value) {
+    if constexpr (std::is_integral_v<Held> && std::is_floating_point_v<Value>)
+        return static_cast<Held>(truncated(value));
+    else if constexpr (std::is_same_v<Held, float> && std::is_same_v<Value, double>)
+        return std::abs(value) <= std::numeric_limits<float>::max()
+                   ? static_cast<float>(value)
+                   : std::copysign(std::numeric_limits<float>::infinity(),
+                                   static_cast<float>(std::signbit(value) ? -1 : 1));
+    else
+        return static_cast<Held>(value);
+}
+
 template <class Held, class Value>
 void compare(Value value, NarrowedValue place, const std::function<void(const NarrowedValue&)>& use) {
-    if constexpr (std::is_integral_v<Value>) {
-        const auto held = static_cast<Held>(value); // keeps the low-order bits
-        if (std::cmp_equal(held, value))
-            return;
-        place.value = static_cast<long double>(value);
-        place.held = static_cast<long double>(held);
+    const Held held = stored<Held>(value);
+    place.value = static_cast<long double>(value);
+    place.held = static_cast<long double>(held);
+    const bool isSameNaN = std::is_floating_point_v<Held> && std::isnan(place.value);
+    if (place.held != place.value && !isSameNaN)
         use(place);
-    }
 }
 
 template <class Value>
@@ -42,8 +65,10 @@ void compare(ElementType held, Value value, const NarrowedValue& place,
         return compare<std::int16_t>(value, place, use);
     case ElementType::Int32:
         return compare<std::int32_t>(value, place, use);
+    case ElementType::Float32:
+        return compare<float>(value, place, use);
     default:
-        return;
+        return compare<double>(value, place, use);
     }
 }
 
@@ -157,12 +182,13 @@ std::vector<std::string> variableNames(const Array& array) {
 void forEachNarrowedValue(const Document& document, const PiecewiseArray& array,
                           const std::function<void(const NarrowedValue&)>& use, const Poll& poll) {
     NarrowedValue place;
+    const ElementType held =
+        array.isConnectivity() ? ElementType::Int32 : hostType(array.first().type.value_or(ElementType::Float32));
     for (const Array* part : array.parts) {
         const std::uint64_t componentCount = part->componentCount.value_or(0);
         if (componentCount == 0 || !part->type)
             continue;
-        const ElementType held = array.isConnectivity() ? ElementType::Int32 : hostType(*part->type);
-        const bool isNarrow = held != *part->type && !isFloatingPoint(*part->type);
+        const bool isNarrow = held != *part->type;
         std::uint64_t left = isNarrow ? neededCount(*part) : 0;
         const std::uint64_t firstTuple = place.tuple;
         std::uint64_t index = 0;
@@ -197,10 +223,14 @@ Narrowing narrowingOf(const Document& document, const PiecewiseArray& array, con
     return narrowing;
 }
 
+std::string inDigits(long double value) {
+    return std::trunc(value) == value ? fmt::format("{:.0f}", value) : fmt::format("{}", static_cast<double>(value));
+}
+
 std::string inWords(const NarrowedValue& value, const Array& array) {
     const bool isVector = array.componentCount.value_or(1) > 1;
-    return fmt::format("{:.0f} at {}{} becomes {:.0f}", value.value, value.tuple,
-                       isVector ? fmt::format(", component {},", value.component) : "", value.held);
+    return fmt::format("{} at {}{} becomes {}", inDigits(value.value), value.tuple,
+                       isVector ? fmt::format(", component {},", value.component) : "", inDigits(value.held));
 }
 
 } // namespace krohost::vtu

@@ -39,8 +39,9 @@ std::vector<std::string> variableNames(const Array& array);
 /// Called again and again during long work; may throw to end it.
 using Poll = std::function<void()>;
 
-/// Hands out the values that a host holds otherwise, node numbers as those of 32 bits. Decodes only arrays of types
-/// that hosts do not have. What cannot be decoded gives nothing more. [any thread]
+/// Hands out the values that a host holds otherwise, node numbers as those of 32 bits. All pieces' values are held in
+/// the type that the first piece's have. Decodes only arrays of other types than that. What cannot be decoded gives
+/// nothing more. [any thread]
 void forEachNarrowedValue(const Document& document, const PiecewiseArray& array,
                           const std::function<void(const NarrowedValue&)>& use, const Poll& poll);
 
@@ -51,6 +52,9 @@ struct Narrowing {
     NarrowedValue first = {};
 };
 Narrowing narrowingOf(const Document& document, const PiecewiseArray& array, const Poll& poll);
+
+/// All digits of a whole number; of others, the fewest that tell them apart.
+std::string inDigits(long double value);
 
 /// `14950000000 at 3 becomes 2065098112`, with the component where there are several.
 std::string inWords(const NarrowedValue& value, const Array& array);

@@ -1,5 +1,7 @@
 #include "krohost/write/conversionLosses.h"
 
+#include "krohost/vtu/decode.h"
+#include "krohost/vtu/values.h"
 #include "krohost/write/zoneFiles.h"
 #include "krohost/write/zoneGrid.h"
 
@@ -33,6 +35,7 @@ public:
     void add() {
         for (const auto location : {ValueLocation_Nodal, ValueLocation_CellCentered})
             addArrays(location);
+        addSurplusComponents();
         for (const vtu::Array& array : document_.fieldData)
             addFieldData(array);
         for (const vtu::TextArray& array : document_.textArrays)
@@ -94,10 +97,37 @@ private:
                          array.name, locationWord(array.section), file_, 1, static_cast<std::uint64_t>(count)});
     }
 
+    void addSurplusComponents() {
+        for (const vtu::PiecewiseArray& array : vtu::piecewiseArrays(document_))
+            for (const vtu::Array* part : array.parts) {
+                const std::uint64_t kept = array.first().componentCount.value_or(0);
+                const std::uint64_t count = part->componentCount.value_or(0);
+                if (count > kept && part->tupleCount > 0 && !array.isConnectivity())
+                    drop(part->name, part->section, (count - kept) * part->tupleCount,
+                         "components that it does not have in the first piece");
+            }
+    }
+
+    /// Whether the array holds nothing but the time that is written.
+    bool isTheTime(const vtu::Array& array) const {
+        std::uint64_t valueCount = 0;
+        bool isSame = false;
+        if (array.type && array.componentCount == 1u && array.tupleCount == 1)
+            vtu::decode(
+                document_, array,
+                [&](std::span<const std::byte> bytes) {
+                    vtu::forEachReal(*array.type, bytes,
+                                     [&](double value) { isSame = ++valueCount == 1 && value == zone_.solutionTime; });
+                },
+                pollInterrupt);
+        return isSame;
+    }
+
     void addFieldData(const vtu::Array& array) {
-        if (isTimeName(array.name) && format_ != FileFormat::csv)
-            return;
-        const bool isKept = holdsFieldData(format_) && zone_.auxiliaryData.contains(array.name);
+        const bool isTime = isTimeName(array.name) && format_ != FileFormat::csv;
+        const bool isKept = isTime ? isTheTime(array)
+                                   : holdsFieldData(format_) && zone_.auxiliaryData.contains(array.name) &&
+                                         keptFields_.insert(array.name).second;
         const std::uint64_t count = array.componentCount.value_or(0);
         if (!isKept)
             drop(array.name, array.section, array.tupleCount * count, "field data");
@@ -117,6 +147,7 @@ private:
     std::string file_;
     FileFormat format_;
     Losses& losses_;
+    std::set<std::string> keptFields_;
 };
 
 /// One loss for all zones of which something has no place in the format.

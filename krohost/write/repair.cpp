@@ -13,7 +13,9 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <initializer_list>
 #include <limits>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -82,6 +84,7 @@ public:
         for (const auto& [name, reason] : droppedFields_)
             losses.add({"dropped", fmt::format("Field data left out: \"{}\", which {}.", name, reason), name, "field",
                         document_.path.string()});
+        addArraysLeftOut(losses);
         return losses;
     }
 
@@ -111,6 +114,29 @@ public:
 
 private:
     using Arrays = std::vector<vtu::Array> vtu::Piece::*;
+
+    void addArraysLeftOut(Losses& losses) const {
+        const auto add = [&](const std::string& name, vtu::Section section, const char* what) {
+            losses.add({"dropped", fmt::format("Left out: {} \"{}\" ({}).", what, name, locationWord(section)), name,
+                        locationWord(section), document_.path.string()});
+        };
+        for (const vtu::TextArray& array : document_.textArrays)
+            add(array.element.nameAttribute(), array.section, "the array of texts");
+        for (const vtu::Piece& piece : document_.pieces)
+            for (const vtu::Array& array : piece.cells)
+                if (!isOneOf(array.name, {"connectivity", "offsets", "types"}))
+                    add(array.name, array.section, "the array");
+        for (const Arrays list : {&vtu::Piece::pointData, &vtu::Piece::cellData})
+            for (const vtu::Array& array : document_.pieces.front().*list)
+                if (std::ranges::any_of(array.element.attributes, [](const vtu::Attribute& attribute) {
+                        return attribute.name.starts_with("ComponentName");
+                    }))
+                    add(array.name, array.section, "the names of components of the array");
+    }
+
+    static bool isOneOf(const std::string& name, std::initializer_list<std::string_view> names) {
+        return std::ranges::any_of(names, [&](std::string_view other) { return vtu::equalsIgnoringCase(name, other); });
+    }
 
     [[noreturn]] void fail(const std::string& reason) const {
         throw WriteError(fmt::format("The file \"{}\" cannot be repaired: {}", document_.path.string(), reason));
@@ -266,18 +292,23 @@ private:
                 CellReader cells{document_, piece};
                 NodeReader nodes{document_, piece};
                 while (const auto cell = cells.next())
-                    produceNodes(*cell, nodes, shift, sink);
+                    produceNodes(*cell, nodes, *piece.pointCount, shift, sink);
             }
             shift += *piece.pointCount;
         }
     }
 
     /// Written are files of version 2.1, which have another order of some nodes than those before it.
-    void produceNodes(const Cell& cell, NodeReader& nodes, std::uint64_t shift, const Sink& sink) const {
+    void produceNodes(const Cell& cell, NodeReader& nodes, std::uint64_t pointCount, std::uint64_t shift,
+                      const Sink& sink) const {
         const veltra::vtkcells::NodeOrder order = veltra::vtkcells::nodeOrder(cell.type, cell.nodeCount);
         std::array<std::uint64_t, 125> moved; // by place in the file
         for (std::uint64_t place = 0; place < cell.nodeCount; ++place) {
-            const std::uint64_t node = nodes.next() + shift;
+            const std::uint64_t nodeInPiece = nodes.next();
+            if (nodeInPiece >= pointCount && keeps(cell.type))
+                fail(fmt::format("a cell has node {} where there are {} points", static_cast<std::int64_t>(nodeInPiece),
+                                 pointCount));
+            const std::uint64_t node = nodeInPiece + shift;
             if (isOld_ && !order.places.empty())
                 moved[place] = node;
             else if (keeps(cell.type))

@@ -193,8 +193,12 @@ std::vector<Array> fieldData(const Zone& zone) {
     for (const auto& [name, text] : zone.auxiliaryData) {
         if (isTimeName(name))
             continue;
-        if (const auto integer = wholeNumber<std::int64_t>(text))
+        if (text == "-0")
+            arrays.push_back(singleValue(name, ElementType::Float64, -0.0));
+        else if (const auto integer = wholeNumber<std::int64_t>(text))
             arrays.push_back(singleValue(name, ElementType::Int64, *integer));
+        else if (const auto large = wholeNumber<std::uint64_t>(text))
+            arrays.push_back(singleValue(name, ElementType::UInt64, *large));
         else if (const auto number = wholeNumber<double>(text))
             arrays.push_back(singleValue(name, ElementType::Float64, *number));
     }
