@@ -194,6 +194,12 @@ TEST_F(Convert, WhatIsLostIsSaidAndNotDoneWithStrict) {
         std::filesystem::remove(folder / "b.vtu");
     }
     EXPECT_EQ(run("check --deep a.vtu").output.find("a.vtu:"), 0);
+    MeshPiece narrow = hexahedron(), wide = hexahedron(); // all points are held as those of the first piece
+    narrow.points = integers("Points", ElementType::Int16, numbers(24), 3);
+    wide.points = reals("Points", ElementType::Float64, std::vector<double>(24, 70000.5), 3);
+    vtu().piece(narrow).piece(wide).write(folder / "p.vtu");
+    EXPECT_NE(run("convert --strict p.vtu -o c.vtu").errors.find("70000.5 at 8, component 0, becomes 4464"),
+              std::string::npos);
     EXPECT_EQ(run("convert a.vtu -o c.csv --strict").exitCode, 1);
     EXPECT_FALSE(std::filesystem::exists(folder / "c.csv"));
 }

@@ -96,6 +96,11 @@ TEST(Pieces, ContinueTheArraysOfTheirExactNamesFirst) {
         Load load{vtu().piece(first).piece(second)};
         expectZone(load, vtu().piece(first).piece(first).expected());
     }
+    const Array one = integers("p", ElementType::Int16, numbers(8)),
+                two = integers("p", ElementType::Int16, numbers(16), 2);
+    const MeshPiece first = hexahedron().withPointData(one).withPointData(two);
+    Load load{vtu().piece(first).piece(hexahedron().withPointData(two).withPointData(one))};
+    expectZone(load, vtu().piece(first).piece(first).expected());
 }
 
 TEST(Pieces, HoldTheThreeCellArraysInAnyOrderAndLetterCase) {

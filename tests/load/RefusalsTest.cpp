@@ -177,6 +177,12 @@ TEST(Refusals, OfDocumentsHaveTheseTexts) {
          {withMarkup("<VTKFile", "<!DOCTYPE a [<!ENTITY e '" + std::string(4000, 'x') + "'>]><VTKFile a='" +
                                      repeated("&e;", 17) + "'"),
           illFormed + "The entities in a tag make its attributes longer than 65536 characters"},
+         {withMarkup("<VTKFile",
+                     "<!DOCTYPE a [<!ATTLIST VTKFile " + numbered(101, "xmlns:n{0} CDATA 'u' ") + ">]><VTKFile"),
+          illFormed + "More than 100 namespaces are declared at a time"},
+         {withMarkup("<VTKFile", "<!DOCTYPE a [<!ENTITY e '" + std::string(4000, 'x') + "'><!ATTLIST VTKFile " +
+                                     numbered(17, "a{0} CDATA '&e;' ") + ">]><VTKFile"),
+          illFormed + "The entities in a tag make its attributes longer than 65536 characters"},
          {"<?xml version='1.0'?><!-- <VTKFile> --><vtu:mesh xmlns:vtu='u'><VTKFile/></vtu:mesh>"s,
           "The document's first element is \"vtu:mesh\"; expected it to be \"VTKFile\""}});
 }
