@@ -19,9 +19,13 @@ target_compile_definitions(kro_options INTERFACE $<$<CONFIG:Release>:_FORTIFY_SO
 target_link_options(kro_options INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
 
 if(KRO_SANITIZE)
-  target_compile_options(kro_options INTERFACE -fsanitize=${KRO_SANITIZE} -fno-sanitize-recover=all
+  set(sanitizers ${KRO_SANITIZE})
+  if(KRO_SANITIZE MATCHES undefined)
+    string(APPEND sanitizers ",float-cast-overflow") # which "undefined" leaves out
+  endif()
+  target_compile_options(kro_options INTERFACE -fsanitize=${sanitizers} -fno-sanitize-recover=all
     -fno-omit-frame-pointer)
-  target_link_options(kro_options INTERFACE -fsanitize=${KRO_SANITIZE})
+  target_link_options(kro_options INTERFACE -fsanitize=${sanitizers})
 endif()
 
 # kro_check_unsigned_overflow(target): where clang looks for undefined behaviour, unsigned numbers must not wrap either in
