@@ -120,6 +120,8 @@ struct XMLParser::Impl {
     std::vector<std::size_t> namespaceCounts;          // the same within each open element
     std::uint64_t start = 0;                           // of the document, behind a byte-order mark
     std::optional<Utf8Check> utf8Check{std::in_place}; // none once the document is known to be in another encoding
+    bool isMarked = false;                             // begins with the byte-order mark of UTF-8
+    std::optional<std::string> contradiction;          // the encoding that it declares besides
     std::size_t openMarkupBytes = 0;                   // fed since the last whole token; not 0 within a tag or comment
     std::size_t innerEndCount = 0;                     // of the `>` among them
     std::size_t equalsCount = 0;                       // of the `=`
@@ -137,11 +139,12 @@ struct XMLParser::Impl {
         stream->skip(1);
     }
 
-    /// What follows is in UTF-8 unless it declares another encoding, which the reader takes only without the mark.
+    /// The reader takes the encoding that a document declares only without the mark.
     void skipByteOrderMark() {
         const Bytes bytes = stream->peek();
         const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-        if (text.starts_with(byteOrderMark))
+        isMarked = text.starts_with(byteOrderMark);
+        if (isMarked)
             stream->skip(byteOrderMark.size());
         start = stream->position();
     }
@@ -158,14 +161,51 @@ struct XMLParser::Impl {
         return false;
     }
 
+    /// Passes over text to the first `byte`; false at the end of the file. A document type may declare entities that
+    /// hold elements, which nobody would see here.
+    bool passOverText(char byte) {
+        const bool found = passOver([&](Bytes bytes) {
+            const std::size_t end = find(bytes, byte);
+            return hasDoctype ? find(bytes.first(end), '&') : end;
+        });
+        if (found && hasDoctype && isNext([](char next) { return next == '&'; })) {
+            const std::uint64_t place = stream->position();
+            throw IOException(referenceInText(takeReference(), place));
+        }
+        return found;
+    }
+
+    /// What stands there up to a `;`, or the beginning of it.
+    std::string takeReference() {
+        constexpr std::size_t byteLimit = 100;
+        const auto goesOn = [](char byte) { return byte != '<' && whitespace.find(byte) == whitespace.npos; };
+        std::string text;
+        while (!text.ends_with(';') && text.size() < byteLimit && isNext(goesOn)) {
+            text += static_cast<char>(stream->peek().front());
+            stream->skip(1);
+        }
+        return text;
+    }
+
+    /// Throws where a tag's bytes are not of the document's encoding.
+    void checkCharacters(Bytes bytes) {
+        const std::uint64_t begin = stream->position();
+        if (const auto invalid = utf8Check ? utf8Check->check(bytes, begin) : std::nullopt)
+            throw IOException(notUtf8(invalid->byte, invalid->position));
+        if (!contradiction)
+            return;
+        const auto foreign = std::find_if(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte >= 0x80; });
+        if (foreign != bytes.end())
+            throw IOException(
+                twoEncodings(*contradiction, *foreign, begin + static_cast<std::uint64_t>(foreign - bytes.begin())));
+    }
+
     /// Moves bytes from the stream to `pending` through the first `>` or to the end of the file.
     void collectTag() {
         for (Bytes bytes = stream->peek(); !bytes.empty(); bytes = stream->peek()) {
             const std::size_t end = find(bytes, '>');
             const std::size_t count = std::min(end + 1, bytes.size());
-            if (const auto invalid =
-                    utf8Check ? utf8Check->check(bytes.first(count), stream->position()) : std::nullopt)
-                throw IOException(notUtf8(invalid->byte, invalid->position));
+            checkCharacters(bytes.first(count));
             openMarkupBytes += count;
             if (openMarkupBytes > markupByteLimit)
                 throw IOException(markupTooLong(markupByteLimit));
@@ -186,7 +226,7 @@ struct XMLParser::Impl {
     /// Passes over text and passages. Before the root element text is an error, which the reader reports.
     void passOverToTag() {
         do
-            passOver([this](Bytes bytes) { return rootBegun ? find(bytes, '<') : findNonWhitespace(bytes); });
+            rootBegun ? passOverText('<') : passOver(findNonWhitespace);
         while (passOverPassage());
     }
 
@@ -256,6 +296,14 @@ struct XMLParser::Impl {
         return encoding.empty() || equalsIgnoringCase(encoding, "UTF-8") || equalsIgnoringCase(encoding, "UTF8");
     }
 
+    void takeEncoding(const std::string& declared) {
+        if (isUtf8(declared))
+            return;
+        utf8Check.reset();
+        if (isMarked)
+            contradiction = declared;
+    }
+
     /// Takes a start element over from the reader.
     void openElement() {
         rootBegun = true;
@@ -291,8 +339,8 @@ struct XMLParser::Impl {
             token = reader.readNext();
         // Without a declaration the reader announces the document at the first `>`, which may be within the root's tag.
         const bool announced = token == QXmlStreamReader::StartDocument && !declarationFed;
-        if (token == QXmlStreamReader::StartDocument && !isUtf8(utf8(reader.documentEncoding())))
-            utf8Check.reset();
+        if (token == QXmlStreamReader::StartDocument)
+            takeEncoding(utf8(reader.documentEncoding()));
         hasDoctype = hasDoctype || token == QXmlStreamReader::DTD;
         if (token == QXmlStreamReader::StartElement)
             openElement();
@@ -387,7 +435,7 @@ void XMLParser::skipWhitespace() {
 }
 
 bool XMLParser::feedThrough(char byte) {
-    const bool found = impl_->passOver([byte](Bytes bytes) { return find(bytes, byte); });
+    const bool found = impl_->passOverText(byte);
     impl_->position = impl_->stream->position() + (found ? 1 : 0);
     if (found && byte != '<')
         impl_->stream->skip(1);

@@ -33,8 +33,8 @@ public:
     bool open();
 
     /// Goes to the next token. False when the document is malformed or ends early; errorString() says how.
-    /// Throws IOException when the file cannot be read, a tag is longer or nested deeper than any sound file's, or a
-    /// tag of a document in UTF-8 holds a byte that is not.
+    /// Throws IOException when the file cannot be read, a tag is longer or nested deeper than any sound file's, a tag
+    /// of a document in UTF-8 holds a byte that is not, or text of a document with a document type holds a reference.
     bool readNext();
 
     /// Whether the root element, once begun, is still open.
@@ -76,7 +76,8 @@ public:
     void skipWhitespace();
 
     /// Passes over the bytes through the first `byte`; false if the file ends before. A `<` begins the next tag. After
-    /// skipWhitespace(), position() is then that of `byte` itself, otherwise that of the byte behind it.
+    /// skipWhitespace(), position() is then that of `byte` itself, otherwise that of the byte behind it. Throws
+    /// IOException as readNext() does.
     bool feedThrough(char byte);
 
     /// Where the parser stands in the file, in bytes: after a tag, just behind its `>`.

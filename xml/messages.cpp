@@ -45,6 +45,21 @@ std::string notUtf8(std::uint8_t byte, std::uint64_t position) {
         .str();
 }
 
+std::string twoEncodings(const std::string& declared, std::uint8_t byte, std::uint64_t position) {
+    return (format("The XML data is ill formed. The document begins with the byte-order mark of UTF-8 and declares the "
+                   "encoding \"%1%\", so that byte 0x%2$02X at position %3% can be read in two ways") %
+            declared % unsigned{byte} % position)
+        .str();
+}
+
+std::string referenceInText(const std::string& reference, std::uint64_t position) {
+    return (format(
+                "The reference \"%1%\" at position %2% is in text, where entities that the document declares are not "
+                "replaced") %
+            reference % position)
+        .str();
+}
+
 std::string notAVtkFile(const std::string& element) {
     return quoted("The document's first element is \"%1%\"; expected it to be \"VTKFile\"", element);
 }

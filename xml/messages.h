@@ -14,6 +14,8 @@ std::string tooManyInTag(std::size_t limit, char character);
 std::string expandedTooFar(std::size_t limit);
 std::string tooManyNamespaces(std::size_t limit);
 std::string notUtf8(std::uint8_t byte, std::uint64_t position);
+std::string twoEncodings(const std::string& declared, std::uint8_t byte, std::uint64_t position);
+std::string referenceInText(const std::string& reference, std::uint64_t position);
 std::string notAVtkFile(const std::string& element);
 std::string nestedTooDeep(std::size_t depthLimit);
 std::string unsupportedDatasetType(const std::string& value);

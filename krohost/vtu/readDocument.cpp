@@ -37,15 +37,13 @@ public:
                 static_cast<Reader*>(self)->start(name, attributes);
             },
             [](void* self, const char* name) { static_cast<Reader*>(self)->end(name); });
-        XML_SetXmlDeclHandler(parser_.get(), [](void* self, const char* version, const char*, int) {
-            if (version && version != std::string_view{"1.0"})
-                static_cast<Reader*>(self)->stop("xml", fmt::format("XML {} is not read (accepted: 1.0)", version));
+        XML_SetXmlDeclHandler(parser_.get(), [](void* self, const char* version, const char* encoding, int) {
+            static_cast<Reader*>(self)->declare(version, encoding);
         });
         XML_SetStartDoctypeDeclHandler(parser_.get(), [](void* self, const char*, const char*, const char*, int) {
             static_cast<Reader*>(self)->documentTypeBegin_ = static_cast<Reader*>(self)->position().byte;
         });
-        XML_SetEndDoctypeDeclHandler(parser_.get(),
-                                     [](void* self) { static_cast<Reader*>(self)->checkDocumentType(); });
+        XML_SetEndDoctypeDeclHandler(parser_.get(), [](void* self) { static_cast<Reader*>(self)->endDocumentType(); });
         XML_SetEntityDeclHandler(parser_.get(),
                                  [](void* self, const char*, int, const char*, int, const char*, const char*,
                                     const char*, const char*) { static_cast<Reader*>(self)->checkDocumentType(); });
@@ -55,7 +53,9 @@ public:
         XML_SetCommentHandler(parser_.get(), [](void* self, const char*) { static_cast<Reader*>(self)->endText(); });
         XML_SetProcessingInstructionHandler(
             parser_.get(), [](void* self, const char*, const char*) { static_cast<Reader*>(self)->endText(); });
-        XML_SetStartCdataSectionHandler(parser_.get(), [](void* self) { static_cast<Reader*>(self)->endText(); });
+        XML_SetCdataSectionHandler(
+            parser_.get(), [](void* self) { static_cast<Reader*>(self)->beginCdata(); },
+            [](void* self) { static_cast<Reader*>(self)->isInCdata_ = false; });
     }
 
     Document read() {
@@ -85,6 +85,7 @@ private:
             const auto count = static_cast<int>(stream.gcount());
             if (fedCount == 0 && isUtf16({block.data(), static_cast<std::size_t>(count)}))
                 return stop("utf-16", "the file is in UTF-16 (accepted: UTF-8)");
+            isMarked_ = isMarked_ || (fedCount == 0 && std::string_view{block.data(), block.size()}.starts_with(mark));
             fedCount += static_cast<std::uint64_t>(count);
             const bool isLast = static_cast<std::size_t>(count) < block.size();
             if (XML_Parse(parser_.get(), block.data(), count, isLast) == XML_STATUS_ERROR)
@@ -95,6 +96,8 @@ private:
                 return stop("markup-too-long", fmt::format("markup is longer than {} bytes", heldBackLimit));
         }
     }
+
+    static constexpr std::string_view mark = "\xEF\xBB\xBF"; // of UTF-8
 
     static bool isUtf16(std::string_view bytes) {
         return bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
@@ -142,9 +145,49 @@ private:
             element.attributes.push_back({attributes[0], attributes[1]});
             valueByteCount += element.attributes.back().value.size();
         }
+        if (declaredEncoding_ && isForeign(element))
+            return stop("encoding", fmt::format("the document begins with the byte-order mark of UTF-8 and declares "
+                                                "the encoding \"{}\", so that this tag can be read in two ways "
+                                                "(accepted: the mark or that encoding)",
+                                                *declaredEncoding_));
         if (valueByteCount > tagByteLimit)
             return stop("tag-too-long", fmt::format("entities make a tag longer than {} bytes", tagByteLimit));
         dispatch(std::move(element));
+    }
+
+    void declare(const char* version, const char* encoding) {
+        if (version && version != std::string_view{"1.0"})
+            stop("xml", fmt::format("XML {} is not read (accepted: 1.0)", version));
+        if (isMarked_ && encoding && !equalsIgnoringCase(encoding, "UTF-8") && !equalsIgnoringCase(encoding, "UTF8"))
+            declaredEncoding_ = std::string{encoding}.substr(0, 80);
+    }
+
+    /// Whether a tag has other characters than those of ASCII.
+    static bool isForeign(const Element& element) {
+        std::string text = element.name;
+        for (const Attribute& attribute : element.attributes)
+            text += attribute.name + attribute.value;
+        return std::any_of(text.begin(), text.end(),
+                           [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; });
+    }
+
+    /// From here on entities may stand in text, and hold elements, which other readers would not see.
+    void endDocumentType() {
+        checkDocumentType();
+        XML_SetDefaultHandler(parser_.get(), [](void* self, const char* text, int byteCount) {
+            static_cast<Reader*>(self)->checkText({text, static_cast<std::size_t>(byteCount)});
+        });
+    }
+
+    void checkText(std::string_view text) {
+        if (depth_ > 0 && !isInCdata_ && text.starts_with('&'))
+            stop("reference",
+                 fmt::format("the reference \"{}\" is in text, where entities are not replaced", text.substr(0, 80)));
+    }
+
+    void beginCdata() {
+        endText();
+        isInCdata_ = true;
     }
 
     /// All of a document type is one tag.
@@ -334,10 +377,13 @@ private:
     std::size_t depth_ = 0;
     std::size_t namespaceCount_ = 0; // of those in force
     std::uint64_t documentTypeBegin_ = 0;
-    std::ptrdiff_t entityCount_ = 0; // that the document declares
-    bool isInPiece_ = false;         // within a Piece
-    bool isInText_ = false;          // of the array added last
-    bool isEncodingKnown_ = false;   // that of the appended data
+    std::ptrdiff_t entityCount_ = 0;              // that the document declares
+    bool isInPiece_ = false;                      // within a Piece
+    bool isInText_ = false;                       // of the array added last
+    bool isEncodingKnown_ = false;                // that of the appended data
+    std::optional<std::string> declaredEncoding_; // that contradicts the mark
+    bool isMarked_ = false;
+    bool isInCdata_ = false;
     bool isOver_ = false;
 };
 

@@ -48,7 +48,8 @@ TEST(HostileXml, EndsInADialogOrASoundMesh) {
     const std::string longText = "<!ENTITY e '" + repeated("x", 4000) + "'>", x = repeated("x", million);
     const std::vector<std::tuple<const char*, Files, End>> rows{
         {"laughs in a tag", withEntities(laughs, "&e30;"), End::dialog},
-        {"laughs in text", withEntities(laughs, "", "&e30;"), End::soundMesh},
+        {"laughs in text", withEntities(laughs, "", "&e30;"), End::dialog},
+        {"laughs in no text", withEntities(laughs, "", "<![CDATA[&e30;]]><!-- &e30; -->"), End::soundMesh},
         {"an entity in itself", withEntities("<!ENTITY e '&e;'>", "&e;"), End::dialog},
         {"an external entity", withEntities("<!ENTITY e SYSTEM '/etc/passwd'>", "&e;"), End::dialog},
         {"a long entity many times", withEntities(longText, repeated("&e;", 20000)), End::dialog},
@@ -71,6 +72,7 @@ TEST(HostileXml, EndsInADialogOrASoundMesh) {
         {"a document that says it is in UTF-16", inEncoding("UTF-16"), End::dialog},
         {"an encoding that there is not", inEncoding("ASCII-2000"), End::dialog},
         {"another encoding", inEncoding("ISO-8859-1", "<Points a='\xE9'>"), End::soundMesh},
+        {"a mark and another encoding", "\xEF\xBB\xBF" + inEncoding("ISO-8859-1"), End::soundMesh},
         {"what is no element, with bytes that are no UTF-8",
          "\xEF\xBB\xBF<?a>\xFF?><!-- a > \xFF -- > --><?xml-a?>" +
              sound()

@@ -183,6 +183,13 @@ TEST(Refusals, OfDocumentsHaveTheseTexts) {
          {withMarkup("<VTKFile", "<!DOCTYPE a [<!ENTITY e '" + std::string(4000, 'x') + "'><!ATTLIST VTKFile " +
                                      numbered(17, "a{0} CDATA '&e;' ") + ">]><VTKFile"),
           illFormed + "The entities in a tag make its attributes longer than 65536 characters"},
+         {"<!DOCTYPE a [<!ENTITY e '<b/>'>]><VTKFile type='UnstructuredGrid'>&e;</VTKFile>"s,
+          "The reference \"&e;\" at position 66 is in text, where entities that the document declares are not "
+          "replaced"},
+         {"\xEF\xBB\xBF<?xml version='1.0' encoding='ISO-8859-1'?><VTKFile name='\xC3\xA4'/>"s,
+          illFormed +
+              "The document begins with the byte-order mark of UTF-8 and declares the encoding \"ISO-8859-1\", so "
+              "that byte 0xC3 at position 61 can be read in two ways"},
          {"<?xml version='1.0'?><!-- <VTKFile> --><vtu:mesh xmlns:vtu='u'><VTKFile/></vtu:mesh>"s,
           "The document's first element is \"vtu:mesh\"; expected it to be \"VTKFile\""}});
 }
