@@ -15,6 +15,7 @@
 #include <cmath>
 #include <locale>
 #include <new>
+#include <stdexcept>
 #include <string_view>
 
 namespace veltra::vtk {
@@ -64,7 +65,7 @@ std::string fixedPoint(double value) {
 double toTime(const std::string& text) {
     const auto time = lexical_cast<double>(text);
     if (!std::isfinite(time))
-        throw bad_lexical_cast(notANumber(text, "a time"));
+        throw std::domain_error(notANumber(text, "a time"));
     return time;
 }
 
@@ -80,6 +81,7 @@ public:
         next_ = 2;
         while (!atEnd())
             parseGroup(instructions, take());
+        checkTimes(instructions.solutionTimes.size(), instructions.files.size());
     }
 
 private:
@@ -89,13 +91,19 @@ private:
         else if (vtkfile::equalsIgnoringCase(keyword, fileListKeyword))
             instructions.files = takeList(fileListKeyword, toPath);
         else if (vtkfile::equalsIgnoringCase(keyword, timesKeyword))
-            instructions.solutionTimes = takeList(timesKeyword, toTime);
+            instructions.solutionTimes = takeList(timesKeyword, toTime, &leftOutTime_);
         else if (vtkfile::equalsIgnoringCase(keyword, timeSourceKeyword))
             instructions.solutionTimeSource = timeSource(takeValue(missingValue(timeSourceKeyword)));
         else if (vtkfile::equalsIgnoringCase(keyword, strandKeyword))
             instructions.strand = strand(takeValue(missingValue(strandKeyword)));
         else
             fail(unknownKeyword(keyword));
+    }
+
+    /// Where an entry was left out and the counts differ, nobody knows which file each of the times is for.
+    void checkTimes(std::size_t timeCount, std::size_t fileCount) const {
+        if (!leftOutTime_.empty() && timeCount > 0 && timeCount != fileCount)
+            fail(invalidValue(timesLeft(leftOutTime_, timeCount, fileCount)));
     }
 
     SolutionTimeSource timeSource(const std::string& value) const {
@@ -115,7 +123,10 @@ private:
     }
 
     template <class Entry>
-    std::vector<Entry> takeList(const std::string& keyword, Entry (*convert)(const std::string&)) {
+    std::vector<Entry> takeList(const std::string& keyword, Entry (*convert)(const std::string&),
+                                std::string* leftOut = nullptr) {
+        if (leftOut)
+            leftOut->clear();
         const auto count = wholeInteger<std::int64_t>(takeValue(missingCount(keyword)));
         if (!count || *count < 1)
             fail(badCount(keyword));
@@ -126,9 +137,10 @@ private:
             const std::string& text = take();
             try {
                 entries.push_back(convert(text));
-            } catch (const ExceptionBase&) {
-                // Layouts written by hand hold blanks and remarks among their times; such entries never counted, nor
-                // do times without an end or a value, as in field data.
+            } catch (const ExceptionBase& error) {
+                // Layouts written by hand hold blanks and remarks among their times; such entries never counted.
+                if (leftOut)
+                    *leftOut = error.what();
             }
         }
         return entries;
@@ -149,6 +161,7 @@ private:
     const std::string& loaderName_;
     std::vector<std::string> items_;
     std::size_t next_ = 0;
+    std::string leftOutTime_; // why one of the times was; empty when all count
 };
 
 } // namespace

@@ -40,6 +40,11 @@ std::string missingEntries(const std::string& keyword) {
     return "Missing entries in " + keyword + " instruction";
 }
 
+std::string timesLeft(const std::string& reason, std::size_t timeCount, std::size_t fileCount) {
+    return reason + ", which leaves " + std::to_string(timeCount) + " solution times for " + std::to_string(fileCount) +
+           " files";
+}
+
 std::string invalidValue(const std::string& reason) {
     return "Invalid parameter value: " + reason;
 }

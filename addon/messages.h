@@ -1,6 +1,7 @@
 /// The sentences that a user reads when a load fails as a whole or its instructions are malformed.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace veltra::vtk {
@@ -14,6 +15,8 @@ std::string unknownKeyword(const std::string& keyword);
 std::string missingCount(const std::string& keyword);
 std::string badCount(const std::string& keyword);
 std::string missingEntries(const std::string& keyword);
+/// `reason` says which entry is no time.
+std::string timesLeft(const std::string& reason, std::size_t timeCount, std::size_t fileCount);
 std::string invalidValue(const std::string& reason);
 
 } // namespace veltra::vtk

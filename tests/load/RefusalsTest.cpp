@@ -338,7 +338,11 @@ TEST(Refusals, OfInstructionsHaveTheseTexts) {
         {begun + "FILELIST_DATAFILES,0", badCount},
         {begun + "FILELIST_DATAFILES,2x,a,b", badCount},
         {begun + "SOLUTION_TIMES,2,1", noEntries},
-        {begun + "SOLUTION_TIMES,9223372036854775807,1", noEntries}};
+        {begun + "SOLUTION_TIMES,9223372036854775807,1", noEntries},
+        {begun + "SOLUTION_TIMES,3,1,nan,3", "Invalid parameter value: \"nan\" is not a time"},
+        {begun + "SOLUTION_TIMES,1,-inf", "Invalid parameter value: \"-inf\" is not a time"},
+        {begun + "SOLUTION_TIMES,3,1,x,3,FILENAME_FILE,a.vtu",
+         "Invalid parameter value: \"x\" is not a number, which leaves 2 solution times for 1 files"}};
     Load load{sound()};
     for (const auto& [list, reason] : rows) {
         std::vector<std::string> instructions;
