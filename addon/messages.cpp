@@ -1,5 +1,7 @@
 #include "addon/messages.h"
 
+#include "host/messages.h"
+
 namespace veltra::vtk {
 
 std::string badPreamble() {
@@ -15,16 +17,17 @@ std::string missingValue(const std::string& keyword) {
 }
 
 std::string unknownTimeSource(const std::string& value) {
-    return "Unexpected value for SOLUTIONTIMESOURCE instruction. Found, \"" + value +
+    return "Unexpected value for SOLUTIONTIMESOURCE instruction. Found, \"" + excerpt(value) +
            "\" but was expecting FROMFIELDDATA, FROMFILENAME, AUTO or NONE";
 }
 
 std::string strandNotAnInteger(const std::string& value) {
-    return "Unexpected value for STRAND_ID instruction. Found, \"" + value + "\" but was expecting an integer value.";
+    return "Unexpected value for STRAND_ID instruction. Found, \"" + excerpt(value) +
+           "\" but was expecting an integer value.";
 }
 
 std::string unknownKeyword(const std::string& keyword) {
-    return "Unrecognized load parameter: " + keyword;
+    return "Unrecognized load parameter: " + excerpt(keyword);
 }
 
 std::string missingCount(const std::string& keyword) {

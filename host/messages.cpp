@@ -7,14 +7,15 @@ namespace veltra {
 
 namespace {
 
-/// Keeps a dialog readable where a whole damaged file stands in one word.
 std::string quoted(std::string_view text) {
-    constexpr std::size_t byteLimit = 80;
-    const bool isLong = text.size() > byteLimit;
-    return '"' + std::string(utf8Beginning(text, byteLimit)) + (isLong ? "...\"" : "\"");
+    return '"' + excerpt(text, 80) + '"';
 }
 
 } // namespace
+
+std::string excerpt(std::string_view text, std::size_t byteLimit) {
+    return std::string(utf8Beginning(text, byteLimit)) + (text.size() > byteLimit ? "..." : "");
+}
 
 std::string unableToOpen(const std::string& path, const std::string& reason) {
     return "Unable to open \"" + path + "\": " + reason;

@@ -1,11 +1,16 @@
 /// The sentences of the host's class libraries that a user reads.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace veltra {
+
+/// Text from a file as a sentence quotes it, which stays readable where a whole damaged file is one word: with "..."
+/// after the limit. Names have a thousand bytes.
+std::string excerpt(std::string_view text, std::size_t byteLimit = 1000);
 
 std::string unableToOpen(const std::string& path, const std::string& reason);
 std::string unableToRead(const std::string& path, const std::string& reason);

@@ -2,6 +2,7 @@
 
 #include "host/format.h"
 #include "host/kro.h"
+#include "host/messages.h"
 
 namespace veltra::vtkfile {
 
@@ -36,7 +37,7 @@ std::string duplicateVariable(const std::string& name) {
     return (format("Invalid variable name list. The variable: \"%1%\" is referenced more than once in the "
                    "PointData or CellData section.\n\nTo load the variables by name you must cancel and remove "
                    "duplicates from the VTK dataset by renaming the duplicate DataArray names") %
-            name)
+            excerpt(name))
         .str();
 }
 

@@ -1,6 +1,7 @@
 #include "output/messages.h"
 
 #include "host/format.h"
+#include "host/messages.h"
 
 #include "streams/messages.h"
 
@@ -24,14 +25,14 @@ std::string nodesNotAllotted(std::size_t sectionIndex, std::uint64_t roomCount) 
 }
 
 std::string cellsWithoutPoints(const std::string& zoneName) {
-    return (format("Zone \"%1%\" has cells but no points") % zoneName).str();
+    return (format("Zone \"%1%\" has cells but no points") % excerpt(zoneName)).str();
 }
 
 std::string valuesOfOtherVertices(const std::string& zoneName, std::uint64_t cellCount, std::uint64_t pointCount) {
     return (format(
                 "Zone \"%1%\" has values at %2% cells, all of them vertices, but %3% points; such a zone has as many "
                 "values at cells as points") %
-            zoneName % cellCount % pointCount)
+            excerpt(zoneName) % cellCount % pointCount)
         .str();
 }
 

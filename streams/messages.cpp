@@ -1,13 +1,14 @@
 #include "streams/messages.h"
 
 #include "host/format.h"
+#include "host/messages.h"
 
 #include <limits>
 
 namespace veltra::vtkfile {
 
 std::string quotedName(const DataArray& array) {
-    return "DataArray \"" + (array.name ? *array.name : std::string()) + "\"";
+    return "DataArray \"" + (array.name ? excerpt(*array.name) : std::string()) + "\"";
 }
 
 std::string dataBeyondFile(const DataArray& array, std::uint64_t claimedByteCount, std::uint64_t byteCount) {

@@ -7,6 +7,7 @@
 #include "host/BufferedInputStream.h"
 #include "host/FileInputStream.h"
 #include "host/exceptions.h"
+#include "host/messages.h"
 
 #include <QByteArray>
 #include <QXmlStreamReader>
@@ -379,7 +380,7 @@ bool XMLParser::hasMoreInput() const {
 }
 
 std::string XMLParser::errorString() const {
-    return utf8(impl_->reader.errorString());
+    return excerpt(utf8(impl_->reader.errorString())); // which may quote the document
 }
 
 bool XMLParser::isStartElement() const {

@@ -1,6 +1,7 @@
 #include "xml/messages.h"
 
 #include "host/format.h"
+#include "host/messages.h"
 
 #include <limits>
 
@@ -9,14 +10,14 @@ namespace veltra::vtkfile {
 namespace {
 
 std::string quoted(const char* text, const std::string& value) {
-    return (format(text) % value).str();
+    return (format(text) % excerpt(value)).str();
 }
 
 } // namespace
 
 // Without a namespace the sentence begins with a blank.
 std::string missingAttribute(const std::string& namespaceUri, std::string_view name) {
-    return (format("%1% \"%2%\" attribute is missing") % namespaceUri % name).str();
+    return (format("%1% \"%2%\" attribute is missing") % excerpt(namespaceUri) % name).str();
 }
 
 std::string markupTooLong(std::size_t byteLimit) {
@@ -48,7 +49,7 @@ std::string notUtf8(std::uint8_t byte, std::uint64_t position) {
 std::string twoEncodings(const std::string& declared, std::uint8_t byte, std::uint64_t position) {
     return (format("The XML data is ill formed. The document begins with the byte-order mark of UTF-8 and declares the "
                    "encoding \"%1%\", so that byte 0x%2$02X at position %3% can be read in two ways") %
-            declared % unsigned{byte} % position)
+            excerpt(declared) % unsigned{byte} % position)
         .str();
 }
 
@@ -56,7 +57,7 @@ std::string referenceInText(const std::string& reference, std::uint64_t position
     return (format(
                 "The reference \"%1%\" at position %2% is in text, where entities that the document declares are not "
                 "replaced") %
-            reference % position)
+            excerpt(reference) % position)
         .str();
 }
 
@@ -110,7 +111,7 @@ std::string badAppendedEncoding(const std::string& value) {
 std::string unsupportedComponentCount(const std::string& arrayName, const std::string& value) {
     const std::string most = std::to_string(std::numeric_limits<short>::max());
     const bool isNegative = value.find('-') != value.npos;
-    return (format("DataArray \"%1%\" has %2% components, %3%") % arrayName % value %
+    return (format("DataArray \"%1%\" has %2% components, %3%") % excerpt(arrayName) % excerpt(value, 80) %
             (isNegative ? "fewer than none" : "more than the " + most + " that are supported"))
         .str();
 }

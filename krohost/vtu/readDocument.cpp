@@ -1,5 +1,7 @@
 #include "krohost/vtu/Document.h"
 
+#include "krohost/text/printable.h"
+
 #include <expat.h>
 #include <fmt/format.h>
 
@@ -138,7 +140,7 @@ private:
             return;
         if (depth_ == 1 && localName(name) != "VTKFile")
             return stop("file-type", fmt::format("the document's first element is \"{}\" (accepted: \"VTKFile\")",
-                                                 localName(name).substr(0, 80)));
+                                                 beginning(localName(name), 80)));
         Element element{std::string(localName(name)), position(), {}};
         std::size_t valueByteCount = 0; // with entities replaced
         for (; *attributes; attributes += 2) {
@@ -157,9 +159,9 @@ private:
 
     void declare(const char* version, const char* encoding) {
         if (version && version != std::string_view{"1.0"})
-            stop("xml", fmt::format("XML {} is not read (accepted: 1.0)", version));
+            stop("xml", fmt::format("XML {} is not read (accepted: 1.0)", beginning(version, 80)));
         if (isMarked_ && encoding && !equalsIgnoringCase(encoding, "UTF-8") && !equalsIgnoringCase(encoding, "UTF8"))
-            declaredEncoding_ = std::string{encoding}.substr(0, 80);
+            declaredEncoding_ = beginning(encoding, 80);
     }
 
     /// Whether a tag has other characters than those of ASCII.
@@ -182,7 +184,7 @@ private:
     void checkText(std::string_view text) {
         if (depth_ > 0 && !isInCdata_ && text.starts_with('&'))
             stop("reference",
-                 fmt::format("the reference \"{}\" is in text, where entities are not replaced", text.substr(0, 80)));
+                 fmt::format("the reference \"{}\" is in text, where entities are not replaced", beginning(text, 80)));
     }
 
     void beginCdata() {

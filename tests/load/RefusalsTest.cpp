@@ -258,6 +258,11 @@ TEST(Refusals, OfMeshesHaveTheseTexts) {
           "many values at cells as points"},
          {with("pressure", "NumberOfComponents", "65536"),
           "DataArray \"pressure\" has 65536 components, more than the 32767 that are supported"},
+         {with("pressure", "NumberOfComponents", std::string(5000, '9')),
+          "DataArray \"pressure\" has " + std::string(80, '9') +
+              "... components, more than the 32767 that are supported"},
+         {with("pressure", "type", std::string(999, 'x') + "é"),
+          "DataArray type \"" + std::string(999, 'x') + "...\" is not yet supported"},
          {with("pressure", "NumberOfComponents", "-1"), "DataArray \"pressure\" has -1 components, fewer than none"},
          {with("types", "type", "Float32"),
           "DataArray \"types\" holds floating-point numbers where integers are needed"},
