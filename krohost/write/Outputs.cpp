@@ -105,6 +105,12 @@ void Outputs::add(const fs::path& path, const std::function<void(const fs::path&
     }
 }
 
+void Outputs::removeOld(const fs::path& path) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && !permission_.inputs.contains(path))
+        oldFiles_.push_back(path);
+}
+
 std::vector<Outputs::Published> Outputs::publish() {
     std::vector<Published> published;
     for (const Pending& pending : pending_)
@@ -117,6 +123,8 @@ std::vector<Outputs::Published> Outputs::publish() {
         pending.old = Pending::Old::none;
     }
     madeFolders_.clear();
+    for (const fs::path& path : oldFiles_)
+        unlink(path.c_str()); // what stays does no harm, since nothing names it
     return published;
 }
 

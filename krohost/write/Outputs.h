@@ -36,6 +36,9 @@ public:
     /// FileError.
     void add(const std::filesystem::path& path, const std::function<void(const std::filesystem::path&)>& write);
 
+    /// Has a file of an earlier run removed once all files have their names. Inputs stay, and what is no regular file.
+    void removeOld(const std::filesystem::path& path);
+
     struct Published {
         std::filesystem::path path;
         std::uint64_t byteCount;
@@ -62,6 +65,7 @@ private:
     Permission permission_;
     std::filesystem::path folder_; // empty until something is added
     std::vector<Pending> pending_;
+    std::vector<std::filesystem::path> oldFiles_; // that are removed at the end
     std::vector<std::filesystem::path> madeFolders_;
 };
 

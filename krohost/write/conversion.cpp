@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <set>
 #include <utility>
 
 namespace krohost::write {
@@ -54,6 +55,26 @@ void requireWritable(const Dataset& dataset, FileFormat format) {
                         formatName(format)));
 }
 
+/// The name, from the collection, of a member with this index.
+std::string memberName(const std::string& stem, std::size_t index) {
+    return fmt::format("{}/{}_{}.vtu", stem, stem, index);
+}
+
+/// Removes the members that only the collection has which is replaced: those that it names and that are called as ours.
+void removeOldMembers(const Request& request, const std::string& stem, std::size_t memberCount, Outputs& outputs) {
+    if (!request.permission.isReplacing)
+        return;
+    const vtu::Document old = vtu::readDocument(request.path, pollInterrupt);
+    std::set<std::string> named;
+    for (const vtu::Member& member : old.members)
+        named.insert(member.file);
+    for (const vtu::Element& element : old.strays) // of a .pvd
+        if (const std::string* file = element.find("file"))
+            named.insert(*file);
+    for (std::size_t index = memberCount; named.contains(memberName(stem, index)); ++index)
+        outputs.removeOld(request.path.parent_path() / memberName(stem, index));
+}
+
 /// A file per zone in a folder of the collection's name; gives what the collection says of them.
 std::vector<CollectionMember> writeMembers(Host& host, const Request& request, const CellOrders& orders,
                                            Outputs& outputs) {
@@ -63,7 +84,7 @@ std::vector<CollectionMember> writeMembers(Host& host, const Request& request, c
     std::vector<CollectionMember> members;
     for (const Zone& zone : host.dataset().zones) {
         const std::size_t index = members.size();
-        const std::string file = fmt::format("{}/{}_{}.vtu", stem, stem, index);
+        const std::string file = memberName(stem, index);
         outputs.add(request.path.parent_path() / file, [&](const fs::path& temporary) {
             writeVtu(temporary, request.encoding, zoneGrid(host, zone, orders[index]));
         });
@@ -71,6 +92,7 @@ std::vector<CollectionMember> writeMembers(Host& host, const Request& request, c
         members.push_back({file, zone.name, block == zone.auxiliaryData.end() ? "" : block->second, zone.solutionTime,
                            partCounts[zone.solutionTime]++});
     }
+    removeOldMembers(request, stem, members.size(), outputs);
     return members;
 }
 

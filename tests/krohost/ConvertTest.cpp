@@ -90,6 +90,14 @@ TEST_F(Convert, SeveralZonesBecomeACollectionWithMembersBesideIt) {
     EXPECT_EQ(files(), (std::vector<std::string>{"a.vtu", "b.vtu", "bad.vtu", "broken.vtu", "c.vtm", "d", "d.vtm",
                                                  "d/d_0.vtu", "d/d_1.vtu", "d/d_2.vtu"}));
     EXPECT_EQ(json::parse(run("--json d.vtm").output)["zones"][1]["aux"]["Block.name"], "outer & inner");
+    const std::vector<std::string> larger = files(); // whose members that the next one lacks go with it, and no others
+    EXPECT_EQ(run("convert bad.vtu --force -o d.vtm").exitCode + run("convert d/d_2.vtu -o d.vtm").exitCode, 1 + 2);
+    EXPECT_EQ(files(), larger);
+    std::filesystem::copy(folder / "b.vtu", folder / "d/d_4.vtu");
+    EXPECT_EQ(run("convert a.vtu d/d_1.vtu --force -o d.vtm").exitCode, 2); // which would be replaced
+    EXPECT_EQ(run("convert d/d_2.vtu --force -o d.vtm").exitCode, 0);
+    EXPECT_EQ(files(), (std::vector<std::string>{"a.vtu", "b.vtu", "bad.vtu", "broken.vtu", "c.vtm", "d", "d.vtm",
+                                                 "d/d_0.vtu", "d/d_2.vtu", "d/d_4.vtu"}));
     expectSameAfter("b.vtu a.vtu --times 0.1,3", "e.pvd");
 }
 
