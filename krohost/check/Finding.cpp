@@ -22,11 +22,14 @@ std::vector<Finding> Findings::take() {
     };
     std::stable_sort(list_.begin(), list_.end(),
                      [&](const Finding& left, const Finding& right) { return key(left) < key(right); });
-    // Damage of header words shows both where they are compared and where the data are decoded.
-    const auto last = std::unique(list_.begin(), list_.end(), [&](const Finding& left, const Finding& right) {
-        return key(left) == key(right) && left.message == right.message;
-    });
-    list_.erase(last, list_.end());
+    // Damage of header words shows both where they are compared and where the data are decoded; that values are
+    // missing, also by the length of their text, before it is known how many there are.
+    const auto isSame = [&](const Finding& left, const Finding& right) {
+        const bool isCount = left.code == "value-count" && right.code == left.code && left.severity == right.severity;
+        return key(left) == key(right) && (isCount || left.message == right.message);
+    };
+    const auto first = std::unique(list_.rbegin(), list_.rend(), isSame); // the last one knows most
+    list_.erase(list_.begin(), first.base());
     if (leftOutCount_ > 0)
         list_.push_back({Severity::error, "more", file_, {}, fmt::format("{} findings more", leftOutCount_), {}});
     return std::move(list_);
