@@ -53,14 +53,17 @@ void addNarrowings(const fs::path& file, const UsedArrays& used, std::set<fs::pa
 } // namespace
 
 void Losses::add(Loss loss) {
-    const auto place = std::tuple{loss.what, loss.location, loss.array};
-    const auto [found, isNew] = places_.emplace(place, list_.size());
+    const auto key = std::tuple{loss.what, loss.location, loss.array, loss.kind};
+    const auto [found, isNew] = places_.emplace(key, Place{list_.size(), loss.file});
     if (isNew || loss.array.empty()) {
         list_.push_back(std::move(loss));
         return;
     }
-    list_[found->second].count += loss.count;
-    list_[found->second].fileCount += loss.fileCount;
+    Loss& equal = list_[found->second.index];
+    equal.count += loss.count;
+    if (loss.fileCount > 1 || loss.file != found->second.file)
+        equal.fileCount += loss.fileCount;
+    found->second.file = std::move(loss.file);
 }
 
 void Losses::add(const Losses& others) {

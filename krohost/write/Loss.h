@@ -23,12 +23,13 @@ struct Loss {
     std::uint64_t fileCount = 1;
     std::uint64_t count = 1; ///< of values, for what is narrowed and dropped
     std::optional<vtu::NarrowedValue> first = {};
+    std::string kind = {}; ///< tells losses of one array apart whose sentences are about different things
 };
 
 /// Losses, those alike in many files as one.
 class Losses {
 public:
-    /// Adds a loss, or its counts to an equal one of another file.
+    /// Adds a loss, or its counts to an equal one of the same array, of this file or another.
     void add(Loss loss);
     void add(const Losses& others);
     const std::vector<Loss>& list() const { return list_; }
@@ -36,7 +37,11 @@ public:
 
 private:
     std::vector<Loss> list_;
-    std::map<std::tuple<std::string, std::string, std::string>, std::size_t> places_; // of those of arrays
+    struct Place {
+        std::size_t index;
+        std::string file; // the last one that has been added
+    };
+    std::map<std::tuple<std::string, std::string, std::string, std::string>, Place> places_; // of those of arrays
 };
 
 /// The sentence, with the number of files where there are several.

@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
 #include <set>
 
 namespace krohost::write {
@@ -36,6 +37,11 @@ public:
         for (const auto location : {ValueLocation_Nodal, ValueLocation_CellCentered})
             addArrays(location);
         addSurplusComponents();
+        addFields();
+    }
+
+    /// Those of a zone's file, or of the collection that it is a member of.
+    void addFields() {
         for (const vtu::Array& array : document_.fieldData)
             addFieldData(array);
         for (const vtu::TextArray& array : document_.textArrays)
@@ -94,7 +100,13 @@ private:
             losses_.add({"dropped",
                          fmt::format("The names of components of the array \"{}\" ({}) of \"{}\" are left out: {}.",
                                      array.name, locationWord(array.section), file_, count),
-                         array.name, locationWord(array.section), file_, 1, static_cast<std::uint64_t>(count)});
+                         array.name,
+                         locationWord(array.section),
+                         file_,
+                         1,
+                         static_cast<std::uint64_t>(count),
+                         {},
+                         "names of components"});
     }
 
     void addSurplusComponents() {
@@ -108,26 +120,39 @@ private:
             }
     }
 
-    /// Whether the array holds nothing but the time that is written.
-    bool isTheTime(const vtu::Array& array) const {
+    /// Whether the array holds nothing but this number.
+    bool isOnly(double number, const vtu::Array& array) const {
         std::uint64_t valueCount = 0;
         bool isSame = false;
         if (array.type && array.componentCount == 1u && array.tupleCount == 1)
             vtu::decode(
                 document_, array,
                 [&](std::span<const std::byte> bytes) {
-                    vtu::forEachReal(*array.type, bytes,
-                                     [&](double value) { isSame = ++valueCount == 1 && value == zone_.solutionTime; });
+                    vtu::forEachReal(*array.type, bytes, [&](double value) {
+                        const bool isEqual = value == number || (value != value && number != number);
+                        isSame = ++valueCount == 1 && isEqual;
+                    });
                 },
                 pollInterrupt);
         return isSame;
     }
 
+    /// Whether the zone has the array's value; a member of a collection may have one of its own.
+    bool isOfZone(const vtu::Array& array) const {
+        const auto found = zone_.auxiliaryData.find(array.name);
+        if (found == zone_.auxiliaryData.end())
+            return false;
+        const std::string& text = found->second;
+        double number = 0;
+        const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+        return result.ec == std::errc{} && isOnly(number, array);
+    }
+
     void addFieldData(const vtu::Array& array) {
         const bool isTime = isTimeName(array.name) && format_ != FileFormat::csv;
-        const bool isKept = isTime ? isTheTime(array)
-                                   : holdsFieldData(format_) && zone_.auxiliaryData.contains(array.name) &&
-                                         keptFields_.insert(array.name).second;
+        const bool isKept = isTime
+                                ? isOnly(zone_.solutionTime, array)
+                                : holdsFieldData(format_) && isOfZone(array) && keptFields_.insert(array.name).second;
         const std::uint64_t count = array.componentCount.value_or(0);
         if (!isKept)
             drop(array.name, array.section, array.tupleCount * count, "field data");
@@ -137,7 +162,13 @@ private:
         losses_.add(
             {"dropped",
              fmt::format("The array \"{}\" ({}) of \"{}\" is left out: {}.", name, locationWord(section), file_, what),
-             name, locationWord(section), file_, 1, count});
+             name,
+             locationWord(section),
+             file_,
+             1,
+             count,
+             {},
+             what});
     }
 
     static constexpr std::size_t vectorLength = 3;
@@ -149,6 +180,18 @@ private:
     Losses& losses_;
     std::set<std::string> keptFields_;
 };
+
+/// The field data of the inputs that are collections; their members' zones have them all.
+void addCollections(const Dataset& dataset, const std::vector<fs::path>& inputs, FileFormat format, Losses& losses) {
+    std::size_t zoneIndex = 0;
+    for (const fs::path& input : inputs) {
+        const Document document = vtu::readDocument(input, pollInterrupt);
+        const std::size_t zoneCount = zoneFiles({input}).size();
+        if (document.isCollection() && zoneCount > 0)
+            ZoneLosses{dataset, dataset.zones[zoneIndex], document, format, losses}.addFields();
+        zoneIndex += zoneCount;
+    }
+}
 
 /// One loss for all zones of which something has no place in the format.
 template <class Has>
@@ -203,10 +246,12 @@ Losses conversionLosses(const Dataset& dataset, const std::vector<fs::path>& inp
     const bool usesNodes = format != FileFormat::csv && areNodesNarrow(dataset);
     Losses losses = narrowingLosses(inputs, {[](const vtu::Array&) { return true; }, usesNodes});
     const std::vector<fs::path> files = zoneFiles(inputs);
-    for (std::size_t index = 0; files.size() == dataset.zones.size() && index < files.size(); ++index) {
-        pollInterrupt();
-        const Document document = vtu::readDocument(files[index]);
-        ZoneLosses{dataset, dataset.zones[index], document, format, losses}.add();
+    if (files.size() == dataset.zones.size()) {
+        addCollections(dataset, inputs, format, losses);
+        for (std::size_t index = 0; index < files.size(); ++index) {
+            const Document document = vtu::readDocument(files[index], pollInterrupt);
+            ZoneLosses{dataset, dataset.zones[index], document, format, losses}.add();
+        }
     }
     addZoneProperties(dataset, format, losses);
     if (format != FileFormat::csv)

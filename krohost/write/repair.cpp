@@ -82,8 +82,12 @@ public:
                 add(count, "cells", fmt::format("Cells left out: {} of type {}, which is not loaded.", count, type));
         }
         for (const auto& [name, reason] : droppedFields_)
-            losses.add({"dropped", fmt::format("Field data left out: \"{}\", which {}.", name, reason), name, "field",
-                        document_.path.string()});
+            losses.add({.what = "dropped",
+                        .message = fmt::format("Field data left out: \"{}\", which {}.", name, reason),
+                        .array = name,
+                        .location = "field",
+                        .file = document_.path.string(),
+                        .kind = reason});
         addArraysLeftOut(losses);
         return losses;
     }
@@ -117,8 +121,12 @@ private:
 
     void addArraysLeftOut(Losses& losses) const {
         const auto add = [&](const std::string& name, vtu::Section section, const char* what) {
-            losses.add({"dropped", fmt::format("Left out: {} \"{}\" ({}).", what, name, locationWord(section)), name,
-                        locationWord(section), document_.path.string()});
+            losses.add({.what = "dropped",
+                        .message = fmt::format("Left out: {} \"{}\" ({}).", what, name, locationWord(section)),
+                        .array = name,
+                        .location = locationWord(section),
+                        .file = document_.path.string(),
+                        .kind = what});
         };
         for (const vtu::TextArray& array : document_.textArrays)
             add(array.element.nameAttribute(), array.section, "the array of texts");

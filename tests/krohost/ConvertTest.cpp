@@ -210,6 +210,26 @@ TEST_F(Convert, WhatIsLostIsSaidAndNotDoneWithStrict) {
               std::string::npos);
     EXPECT_EQ(run("convert a.vtu -o c.csv --strict").exitCode, 1);
     EXPECT_FALSE(std::filesystem::exists(folder / "c.csv"));
+    for (const char* name : {"m.vtu", "n.vtu"})
+        vtu()
+            .piece(hexahedron())
+            .timeValue(9)
+            .fieldData(reals("z", ElementType::Float64, {-0.0}))
+            .fieldData(integers("u", ElementType::UInt64, {1}))
+            .fieldData(integers("u", ElementType::UInt64, {1})) // the first of a name counts
+            .inlineText("u", "18446744073709551615")
+            .write(folder / name);
+    folder.write("d.vtm", R"(<VTKFile type="vtkMultiBlockDataSet"><FieldData><DataArray Name="Time">5</DataArray>
+        <DataArray Name="t" NumberOfTuples="2">5 6</DataArray><Array type="String" Name="t"/></FieldData>
+        <DataSet file="m.vtu"/><DataSet file="n.vtu"/></VTKFile>)");
+    std::string lost;
+    const json document = json::parse(run("convert d.vtm -o e.vtm --json").output);
+    for (const json& loss : document["losses"])
+        lost += fmt::format("{}@{}:{} ", loss["array"].get<std::string>(), loss["file"].get<std::string>(),
+                            loss["files"].get<int>());
+    EXPECT_EQ(lost, "t@d.vtm:1 t@d.vtm:1 TimeValue@m.vtu:2 u@m.vtu:2 ");
+    EXPECT_EQ(json::parse(run("--json e.vtm").output)["zones"][1]["aux"],
+              json::parse(R"({"TimeValue": "5", "u": "18446744073709551615", "z": "-0"})"));
 }
 
 TEST_F(Convert, NamesAreMadeSafeAndStayDifferent) {
@@ -305,9 +325,20 @@ TEST_F(Convert, RepairTellsOfFieldDataAndKeepsOldHexahedra) {
     VtuBuilder file = vtu().version({1, 0}).piece(singleCell(72, 2)).piece(singleCell(72, 3));
     file.fieldData(integers("n", ElementType::Int8, {7})).write(folder / "a.vtu");
     file.fieldData(integers("bad", ElementType::Int8, {1})).inlineText("bad", "x").write(folder / "b.vtu");
+    vtu()
+        .piece(hexahedron().withPointData(variedValues("p", ElementType::Int8, 8)))
+        .attribute("p", "ComponentName0", "x")
+        .markup("</PointData>", "<Array type=\"String\" Name=\"p\"/></PointData>")
+        .markup("</Cells>", "<DataArray type=\"Int64\" Name=\"faces\">1</DataArray></Cells>")
+        .write(folder / "more.vtu");
     const Outcome outcome = run("convert --repair b.vtu -o c.vtu");
     EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
     EXPECT_EQ(outcome.errors, "krohost: warning: Field data left out: \"bad\", which cannot be read or is empty.\n");
+    const Outcome more = run("convert --repair more.vtu -o d.vtu");
+    EXPECT_EQ(more.exitCode, 0);
+    EXPECT_EQ(more.errors, "krohost: warning: Left out: the array of texts \"p\" (nodal).\n"
+                           "krohost: warning: Left out: the array \"faces\" (cells).\n"
+                           "krohost: warning: Left out: the names of components of the array \"p\" (nodal).\n");
     json original = zones("a.vtu"), repaired = zones("c.vtu");
     for (json* list : {&original, &repaired})
         list->at(0).erase("name");
@@ -333,6 +364,7 @@ TEST_F(Convert, RepairBelievesNothingOfAFileAndSaysWhatItCannotDo) {
         VtuBuilder{raw}.attribute("VTKFile", "header_type", "UInt16"),
         VtuBuilder{cube}.attribute("VTKFile", "version", "new"),
         VtuBuilder{cube}.values("types", {42}), // no cell is left
+        VtuBuilder{cube}.values("connectivity", {0, 1, 2, 3, 4, 5, 6, 8}),
         VtuBuilder{cube}.values("offsets", {std::int64_t{1} << 62}),
         VtuBuilder{cube}.values("offsets", {-8})};
     for (const VtuBuilder& file : files) {
