@@ -294,7 +294,7 @@ struct Check {
     bool needsGrid; ///< makes sense for a whole grid only
 };
 
-constexpr std::array<Check, 11> checks{{{checkMalformation, false},
+constexpr std::array<Check, 12> checks{{{checkMalformation, false},
                                         {checkAttributes, false},
                                         {checkVersion, false},
                                         {checkCollection, false},
@@ -304,6 +304,7 @@ constexpr std::array<Check, 11> checks{{{checkMalformation, false},
                                         {checkCellArrays, true},
                                         {checkVariables, true},
                                         {checkPiecesAgree, true},
+                                        {checkSurplusComponents, true},
                                         {checkPiecesFit, true}}};
 
 } // namespace

@@ -11,6 +11,9 @@ void checkDocument(const vtu::Document& document, Findings& findings);
 /// Of these, what keeps a piece from continuing the first one.
 void checkPiecesAgree(const vtu::Document& document, Findings& findings);
 
+/// What of a later piece's arrays is passed over, because the first one's have fewer components.
+void checkSurplusComponents(const vtu::Document& document, Findings& findings);
+
 /// And pieces that, sharing their arrays, have more points or cells together than the file can inflate to.
 void checkPiecesFit(const vtu::Document& document, Findings& findings);
 

@@ -1,6 +1,7 @@
 #include "krohost/check/arrayChecks.h"
 #include "krohost/check/documentChecks.h"
 #include "krohost/vtu/inflate.h"
+#include "krohost/vtu/narrowing.h"
 
 #include <fmt/format.h>
 
@@ -93,6 +94,19 @@ std::uint64_t pointByteCount(const Piece& piece) {
 }
 
 } // namespace
+
+void checkSurplusComponents(const vtu::Document& document, Findings& findings) {
+    for (const vtu::PiecewiseArray& array : vtu::piecewiseArrays(document))
+        for (const Array* part : array.parts) {
+            const std::uint64_t kept = array.first().componentCount.value_or(0);
+            if (part->componentCount.value_or(0) > kept && part->tupleCount > 0 && !array.isConnectivity())
+                findings.warning(
+                    "surplus-components", part->element.position,
+                    fmt::format("{} has {} components, of which those beyond the {} of the first Piece are "
+                                "not loaded",
+                                nameInText(*part), *part->componentCount, kept));
+        }
+}
 
 void checkPiecesAgree(const vtu::Document& document, Findings& findings) {
     for (std::size_t index = 1; index < document.pieces.size(); ++index)

@@ -47,9 +47,9 @@ private:
         path_ = path;
         hasFailedDemand_ = false;
         dialogCount_ = host_.dialogs().size();
-        const bool isLoaded = host_.loadFiles({path});
-        result_.isLoaded = result_.isLoaded && isLoaded;
-        if (!isLoaded)
+        isLoaded_ = host_.loadFiles({path});
+        result_.isLoaded = result_.isLoaded && isLoaded_;
+        if (!isLoaded_)
             return add("load", "the file was not loaded", reason({0, 0}));
         result_.zoneCount += host_.dataset().zones.size();
         const auto demands = host_.demandAll({line_.threadCount, progress_.onDemand()});
@@ -97,8 +97,18 @@ private:
         };
         const bool isDeep = line_.isDeep || hasFailedDemand_; // what a demand fails on is among the values
         auto findings = check::checkFile(path, {line_.isExplaining, isDeep}, poll);
+        if (isLoaded_ && !hasFailedDemand_)
+            std::for_each(findings.begin(), findings.end(), weakenMalformation);
         result_.findings.insert(result_.findings.end(), std::make_move_iterator(findings.begin()),
                                 std::make_move_iterator(findings.end()));
+    }
+
+    /// What is no XML between the tags of a file that loads well is passed over there.
+    static void weakenMalformation(Finding& finding) {
+        if (finding.severity != Severity::error || (finding.code != "xml" && finding.code != "markup-too-long"))
+            return;
+        finding.severity = Severity::warning;
+        finding.message += "; the loader passes over it, and what comes after it is not checked";
     }
 
     Host& host_;
@@ -107,6 +117,7 @@ private:
     Check result_;
     std::string path_;
     std::size_t dialogCount_ = 0; // before the current load
+    bool isLoaded_ = false;       // the current file
     bool hasFailedDemand_ = false;
 };
 

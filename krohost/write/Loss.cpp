@@ -41,7 +41,12 @@ void addNarrowings(const fs::path& file, const UsedArrays& used, std::set<fs::pa
         if (!seen.insert(next).second)
             continue;
         pollInterrupt();
-        const vtu::Document document = vtu::readDocument(next);
+        const vtu::Document document = vtu::readDocument(next, pollInterrupt);
+        if (document.malformation)
+            losses.add({.what = "changed",
+                        .message = fmt::format("Which values of \"{}\" the host holds otherwise is not known: {}.",
+                                               next.string(), document.malformation->message),
+                        .file = next.string()});
         for (auto member = document.members.rbegin(); member != document.members.rend(); ++member)
             files.push_back(member->path);
         for (const vtu::PiecewiseArray& array : vtu::piecewiseArrays(document))

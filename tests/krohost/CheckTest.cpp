@@ -189,8 +189,13 @@ TEST(Check, GoesDeepIntoWhatALoaderPassesOver) {
          {sound().values("connectivity", test::numbers(22)).base64(), "connectivity", connectivity,
           Loader::failsOnDemand}},
         "--deep");
-    expectFindings({{withText("pressure", "1 2 3"), "value-count", pressure, Loader::failsOnDemand}},
-                   "--deep --explain"); // once
+    const auto piece = [](int components) {
+        return test::hexahedron().withPointData(test::variedValues("w", ElementType::Float32, 8, components));
+    };
+    expectFindings({{withText("pressure", "1 2 3"), "value-count", pressure, Loader::failsOnDemand}, // once
+                    {vtu().piece(piece(1)).piece(piece(2)), "surplus-components",
+                     "<DataArray type=\"Float32\" Name=\"w\" NumberOfComponents=\"2\"", Loader::passesOver}},
+                   "--deep --explain");
 }
 
 TEST(Check, NodeNumbersAreComparedInTheHostAndInTheFile) {
@@ -241,6 +246,12 @@ TEST(Check, SumsUpAndSaysWhyInItsExitCode) {
     const test::TemporaryFolder folder;
     sound().write(folder / "sound.vtu");
     withText("pressure", "x").write(folder / "bad.vtu");
+    withMarkup("</Points>", "<![CDATA[\xFF]]></Points>").write(folder / "odd.vtu");
+    const Outcome odd = runKrohost(folder, "check --explain odd.vtu");
+    EXPECT_EQ(odd.exitCode, 0);
+    EXPECT_NE(odd.output.find("odd.vtu:33:10: warning: the document is not well-formed XML: "), std::string::npos)
+        << odd.output;
+    EXPECT_EQ(runKrohost(folder, "--demand odd.vtu").errors.find("krohost: warning: Which values of \"odd.vtu\""), 0);
     const Outcome bad = runKrohost(folder, "check bad.vtu sound.vtu -j 2");
     EXPECT_EQ(bad.exitCode, 1);
     EXPECT_EQ(bad.output, "bad.vtu: error: variable 4 \"pressure\" of zone 1 \"bad\" was not loaded [demand]\n"
