@@ -49,6 +49,10 @@ void writeItem(fmt::memory_buffer& buffer, const Storage& storage, std::int64_t 
             buffer.append(std::string_view{"null"});
             return;
         }
+        if (item == 0 && std::signbit(item)) { // "-0" is an integer, which has no sign when it is read
+            buffer.append(std::string_view{"-0.0"});
+            return;
+        }
     }
     fmt::format_to(std::back_inserter(buffer), FMT_COMPILE("{}"), item);
 }
