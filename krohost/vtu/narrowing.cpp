@@ -45,6 +45,18 @@ Held stored(Value value) {
         return static_cast<Held>(value);
 }
 
+/// Whether all values stay the same; of whole numbers only, whose comparison is cheap enough to make it twice.
+template <class Held, class Value>
+bool staySame(std::span<const std::byte> bytes) {
+    if constexpr (std::is_integral_v<Held> && std::is_integral_v<Value>) {
+        bool isOther = false;
+        forEachOf<Value>(bytes,
+                         [&isOther](Value value) { isOther |= std::cmp_not_equal(static_cast<Held>(value), value); });
+        return !isOther;
+    }
+    return false;
+}
+
 template <class Held, class Value>
 void compare(Value value, NarrowedValue place, const std::function<void(const NarrowedValue&)>& use) {
     const Held held = stored<Held>(value);
@@ -55,21 +67,40 @@ void compare(Value value, NarrowedValue place, const std::function<void(const Na
         use(place);
 }
 
-template <class Value>
-void compare(ElementType held, Value value, const NarrowedValue& place,
-             const std::function<void(const NarrowedValue&)>& use) {
+/// Calls `use` with a value of the type in which the host holds values.
+template <class Use>
+auto withHeldType(ElementType held, const Use& use) {
     switch (held) {
     case ElementType::UInt8:
-        return compare<std::uint8_t>(value, place, use);
+        return use(std::uint8_t{});
     case ElementType::Int16:
-        return compare<std::int16_t>(value, place, use);
+        return use(std::int16_t{});
     case ElementType::Int32:
-        return compare<std::int32_t>(value, place, use);
+        return use(std::int32_t{});
     case ElementType::Float32:
-        return compare<float>(value, place, use);
+        return use(float{});
     default:
-        return compare<double>(value, place, use);
+        return use(double{});
     }
+}
+
+/// A run of values of an array's part, all of which count; `index` is that of the first one.
+struct Run {
+    std::span<const std::byte> bytes;
+    std::uint64_t index;
+    std::uint64_t firstTuple; ///< of the part
+    std::uint64_t componentCount;
+};
+
+template <class Held, class Value>
+void compareAll(const Run& run, const std::function<void(const NarrowedValue&)>& use) {
+    if (staySame<Held, Value>(run.bytes))
+        return;
+    std::uint64_t index = run.index;
+    forEachOf<Value>(run.bytes, [&](Value value) {
+        compare<Held>(value, {run.firstTuple + index / run.componentCount, index % run.componentCount}, use);
+        ++index;
+    });
 }
 
 using Arrays = std::vector<Array> Piece::*;
@@ -181,30 +212,29 @@ std::vector<std::string> variableNames(const Array& array) {
 
 void forEachNarrowedValue(const Document& document, const PiecewiseArray& array,
                           const std::function<void(const NarrowedValue&)>& use, const Poll& poll) {
-    NarrowedValue place;
+    std::uint64_t firstTuple = 0;
     const ElementType held =
         array.isConnectivity() ? ElementType::Int32 : hostType(array.first().type.value_or(ElementType::Float32));
     for (const Array* part : array.parts) {
         const std::uint64_t componentCount = part->componentCount.value_or(0);
         if (componentCount == 0 || !part->type)
             continue;
-        const bool isNarrow = held != *part->type;
-        std::uint64_t left = isNarrow ? neededCount(*part) : 0;
-        const std::uint64_t firstTuple = place.tuple;
+        const std::uint64_t needed = held == *part->type ? 0 : neededCount(*part);
+        const std::size_t byteCountOfOne = byteCount(*part->type);
         std::uint64_t index = 0;
-        if (left > 0)
-            decode(document, *part, [&](std::span<const std::byte> bytes) {
-                poll();
-                forEachValue(*part->type, bytes, [&](auto value) {
-                    if (index >= left)
-                        return;
-                    place.tuple = firstTuple + index / componentCount;
-                    place.component = index % componentCount;
-                    ++index;
-                    compare(held, value, place, use);
-                });
+        const auto compareBlock = [&](std::span<const std::byte> bytes) {
+            poll();
+            const std::uint64_t count = std::min<std::uint64_t>(bytes.size() / byteCountOfOne, needed - index);
+            const Run run{bytes.first(static_cast<std::size_t>(count) * byteCountOfOne), index, firstTuple,
+                          componentCount};
+            withValueType(*part->type, [&]<class Value>(Value) {
+                withHeldType(held, [&]<class Held>(Held) { compareAll<Held, Value>(run, use); });
             });
-        place.tuple = firstTuple + (array.isConnectivity() ? index : part->tupleCount);
+            index += count;
+        };
+        if (needed > 0)
+            decode(document, *part, compareBlock);
+        firstTuple += array.isConnectivity() ? index : part->tupleCount;
     }
 }
 

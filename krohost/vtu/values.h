@@ -19,31 +19,37 @@ void forEachOf(std::span<const std::byte> bytes, const Use& use) {
     }
 }
 
+/// Calls `use` with a value of the type.
+template <class Use>
+void withValueType(ElementType type, const Use& use) {
+    switch (type) {
+    case ElementType::Int8:
+        return use(std::int8_t{});
+    case ElementType::UInt8:
+        return use(std::uint8_t{});
+    case ElementType::Int16:
+        return use(std::int16_t{});
+    case ElementType::UInt16:
+        return use(std::uint16_t{});
+    case ElementType::Int32:
+        return use(std::int32_t{});
+    case ElementType::UInt32:
+        return use(std::uint32_t{});
+    case ElementType::Int64:
+        return use(std::int64_t{});
+    case ElementType::UInt64:
+        return use(std::uint64_t{});
+    case ElementType::Float32:
+        return use(float{});
+    case ElementType::Float64:
+        return use(double{});
+    }
+}
+
 /// Calls `use` with every value, in its own type.
 template <class Use>
 void forEachValue(ElementType type, std::span<const std::byte> bytes, const Use& use) {
-    switch (type) {
-    case ElementType::Int8:
-        return forEachOf<std::int8_t>(bytes, use);
-    case ElementType::UInt8:
-        return forEachOf<std::uint8_t>(bytes, use);
-    case ElementType::Int16:
-        return forEachOf<std::int16_t>(bytes, use);
-    case ElementType::UInt16:
-        return forEachOf<std::uint16_t>(bytes, use);
-    case ElementType::Int32:
-        return forEachOf<std::int32_t>(bytes, use);
-    case ElementType::UInt32:
-        return forEachOf<std::uint32_t>(bytes, use);
-    case ElementType::Int64:
-        return forEachOf<std::int64_t>(bytes, use);
-    case ElementType::UInt64:
-        return forEachOf<std::uint64_t>(bytes, use);
-    case ElementType::Float32:
-        return forEachOf<float>(bytes, use);
-    case ElementType::Float64:
-        return forEachOf<double>(bytes, use);
-    }
+    withValueType(type, [&]<class Value>(Value) { forEachOf<Value>(bytes, use); });
 }
 
 /// Nothing for whole numbers.
