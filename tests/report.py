@@ -1,8 +1,11 @@
-"""What the checks of krohost share: their command lines and how they close."""
+"""What the checks of krohost share: their command lines, how they run things, and how they close."""
 
 import argparse
+import os
 import pathlib
+import subprocess
 import sys
+from concurrent.futures import ThreadPoolExecutor
 
 
 def path(text):
@@ -20,6 +23,21 @@ def options(description, *names, **others):
     return parser.parse_args()
 
 
+def run(*command, exit_code=0, **options):
+    """What a command writes to standard output; its exit code has to be this one, or any where that is None."""
+    result = subprocess.run([*map(str, command)], capture_output=True, timeout=300, **options)
+    assert exit_code in (None, result.returncode), f"{command}: exit code {result.returncode}: {result.stderr.decode()}"
+    return result.stdout
+
+
+def complaints(check, *arguments):
+    """A check either gives back sentences, if any, or ends with an exception."""
+    try:
+        return list(check(*arguments) or [])
+    except Exception as problem:
+        return [f"{type(problem).__name__}: {problem}"[:2000]]
+
+
 class Report:
     """Counts what holds and prints what does not."""
 
@@ -31,8 +49,11 @@ class Report:
         if not holds:
             print(claim)
 
-    def add(self, subject, complaints):
-        self.expect(not complaints, "\n".join(f"{subject}: {complaint}" for complaint in complaints[:5]))
+    def run(self, tasks, thread_count=os.cpu_count()):
+        """Makes the checks, each given by its subject, a function and its arguments."""
+        with ThreadPoolExecutor(thread_count) as pool:
+            for subject, found in [(subject, pool.submit(complaints, *task)) for subject, *task in tasks]:
+                self.expect(not found.result(), "\n".join(f"{subject}: {text}" for text in found.result()[:5]))
 
     def close(self):
         print(f"{self.name}: {self.passed} passed, {self.failed} failed")

@@ -10,7 +10,6 @@ Every field must stand in the schema, although the schemas let other programs me
 import json
 import os
 import pathlib
-import subprocess
 import tempfile
 
 import report
@@ -20,60 +19,46 @@ try:
 except ImportError as reason:
     report.skip("schemas", reason, "python3-jsonschema")
 
-# Schema (behind a # the definition that each line fits, instead of the whole), exit code, arguments.
+# Each command by its schema (after a # the definition that each line fits, instead of the whole), and how it ends with
+# one file or another, or none, in the place of FILE.
+COMMANDS = {
+    "info": "info --json --demand FILE",
+    "bench": "bench --json FILE",
+    "check": "check --json --deep --explain FILE",
+    "dump": "dump --json FILE --node-map",
+    "diff": "diff --json wing.vtu FILE",
+    "convert": "convert --json FILE -o of-FILE --to vtu",
+    "trace": "trace --json --lists --demand FILE",
+    "trace#line": "trace --jsonl --lists --demand FILE",
+}
+EXIT_CODES = {"wing.vtu": 0, "short.vtu": 1, "empty.vtu": 1, "": 2, "missing.vtu": 3}
+# Schema, exit code, arguments.
 ROWS = [
     ("info", 0, "wing.vtu --json"),
-    ("info", 0, "info --json --demand wing.vtu"),
     ("info", 0, "--json --demand run.pvd"),
     ("info", 0, "--json --demand blocks.vtm --append wing.vtu"),
     ("info", 0, "replay --json --demand layout.json"),
-    ("info", 1, "--json --demand short.vtu"),
-    ("info", 1, "--json empty.vtu"),
     ("info", 1, "--json wing.vtu --addon {faulty}"),
     ("info", 1, "replay --json wing.vtu"),
     ("info", 2, "--json wing.vtu --demnad"),
     ("info", 2, "inof wing.vtu --json"),
     ("info", 2, "--json wing.vtu --loader Other"),
-    ("info", 3, "--json missing.vtu"),
     ("info", 4, "--json wing.vtu --addon missing.so"),
-    ("bench", 0, "bench --json wing.vtu"),
-    ("bench", 1, "bench --json short.vtu"),
-    ("bench", 1, "bench --json empty.vtu"),
     ("bench", 2, "bench --json wing.vtu --variable q"),
-    ("bench", 2, "bench --json"),
-    ("bench", 3, "bench --json missing.vtu"),
-    ("check", 0, "check --json --deep --explain wing.vtu run.pvd"),
-    ("check", 1, "check --json --deep --explain short.vtu empty.vtu wing.vtu"),
-    ("check", 2, "check --json"),
-    ("check", 3, "check --json missing.vtu"),
+    ("check", 1, "check --json --deep --explain run.pvd short.vtu empty.vtu wing.vtu"),
     ("dump", 0, "dump --json wing.vtu --variable pressure --variable X --range :3"),
-    ("dump", 0, "dump --json wing.vtu --node-map"),
-    ("dump", 1, "dump --json short.vtu --node-map"),
-    ("dump", 1, "dump --json empty.vtu --node-map"),
     ("dump", 2, "dump --json wing.vtu"),
-    ("dump", 3, "dump --json missing.vtu --node-map"),
-    ("diff", 0, "diff --json wing.vtu wing.vtu"),
     ("diff", 5, "diff --json wing.vtu other.vtu"),
-    ("diff", 1, "diff --json wing.vtu short.vtu"),
-    ("diff", 1, "diff --json wing.vtu empty.vtu"),
-    ("diff", 2, "diff --json wing.vtu"),
-    ("diff", 3, "diff --json wing.vtu missing.vtu"),
-    ("convert", 0, "convert --json wing.vtu -o new.vtu"),
     ("convert", 0, "convert --json --repair wing.vtu -o repaired.vtu"),
     ("convert", 1, "convert --json --repair mixed.vtu -o parts.vtu"),
-    ("convert", 1, "convert --json empty.vtu -o not.vtu"),
     ("convert", 2, "convert --json wing.vtu -o wing.vtu"),
-    ("convert", 3, "convert --json missing.vtu -o not.vtu"),
     ("addons", 0, "addons --json"),
     ("addons", 2, "addons --json wing.vtu"),
     ("addons", 4, "addons --json --addon missing.so"),
-    ("trace", 0, "trace --json --lists --demand wing.vtu"),
-    ("trace", 1, "trace --json empty.vtu"),
-    ("trace", 2, "trace --json"),
-    ("trace#line", 0, "trace --jsonl --lists --demand wing.vtu"),
     ("trace#line", 0, "trace --jsonl --only KroUtilData wing.vtu"),
     ("trace#line", 1, "trace --jsonl wing.vtu --addon {faulty}"),
-    ("trace#line", 3, "trace --jsonl missing.vtu"),
+    *((schema, exit_code, command.replace("FILE", file))
+      for schema, command in COMMANDS.items() for file, exit_code in EXIT_CODES.items()),
 ]
 
 
@@ -118,18 +103,11 @@ def validator(schemas, name):
     return jsonschema.Draft202012Validator(schema)
 
 
-def complaints(options, folder, name, exit_code, arguments):
-    words = arguments.format(faulty=options.faulty_addon).split()
+def check(options, folder, name, exit_code, arguments):
     environment = {**os.environ, "KROHOST_ADDON_PATH": str(options.addon)}
-    result = subprocess.run([options.krohost, *words], capture_output=True, text=True, timeout=60, cwd=folder,
-                            env=environment)
-    if result.returncode != exit_code:
-        yield f"exit code {result.returncode}, not {exit_code}: {result.stderr.strip()[:300]}"
-    try:
-        documents = [json.loads(text) for text in (result.stdout.splitlines() if "#" in name else [result.stdout])]
-    except ValueError as error:
-        yield f"no JSON: {error}: {result.stdout[:300]!r}"
-        return
+    words = arguments.format(faulty=options.faulty_addon).split()
+    text = report.run(options.krohost, *words, exit_code=exit_code, cwd=folder, env=environment)
+    documents = [json.loads(part) for part in (text.splitlines() if "#" in name else [text])]
     for document in documents:
         yield from (f"{error.json_path}: {error.message[:300]}"
                     for error in validator(options.schemas, name).iter_errors(document))
@@ -142,9 +120,7 @@ def main():
     outcomes = report.Report("schemas")
     with tempfile.TemporaryDirectory() as folder:
         write_files(pathlib.Path(folder), options.samples)
-        for name, exit_code, arguments in ROWS:
-            sentences = list(complaints(options, folder, name, exit_code, arguments))
-            outcomes.add(f"{name}: krohost {arguments}", sentences)
+        outcomes.run((f"{row[0]}: krohost {row[2]}", check, options, folder, *row) for row in ROWS)
     outcomes.close()
 
 

@@ -7,7 +7,6 @@ control characters and, asked for it, JSON that can be parsed; in a build with s
 stride, every Nth of the runs is made. Closes with "sweep: N passed, N failed".
 """
 
-import concurrent.futures
 import itertools
 import json
 import os
@@ -84,43 +83,38 @@ def no_constant(text):
     raise ValueError(f"{text} is not JSON")
 
 
-def complaints(krohost, environment, words):
-    try:
-        run = subprocess.run([krohost, *words], capture_output=True, timeout=300, env=environment)
-        output, errors = run.stdout.decode(), run.stderr.decode()
-    except (subprocess.TimeoutExpired, UnicodeDecodeError) as error:
-        return [str(error)[:300]]
-    found = []
+def complaints(krohost, words):
+    run = subprocess.run([krohost, *words], capture_output=True, timeout=300)
+    output, errors = run.stdout.decode(), run.stderr.decode()
     if run.returncode not in (0, 1, 2, 3, *([5] if words[0] == "diff" else [])):
-        found.append(f"exit code {run.returncode}: {errors[-2000:]}")
+        yield f"exit code {run.returncode}: {errors[-2000:]}"
     if match := re.search(NO_RESULT, errors):
-        found.append(errors[max(0, match.start() - 3000):match.end() + 300])
+        yield errors[max(0, match.start() - 3000):match.end() + 300]
     if run.returncode not in (0, 5) and not errors and not (words[0] == "check" and output):
-        found.append(f"exit code {run.returncode} without a word")
+        yield f"exit code {run.returncode} without a word"
     if control := CONTROLS.search(output + errors):
-        found.append(f"it prints {control.group()!r}")
+        yield f"it prints {control.group()!r}"
     try:
         for document in [output] if "--json" in words else output.splitlines() if "--jsonl" in words else []:
             last = json.loads(document, parse_constant=no_constant)
         if {"--json", "--jsonl"} & set(words) and (last["error"] is None) != (run.returncode in (0, 5)):
-            found.append(f"exit code {run.returncode} with the error {last['error']!r}")
+            yield f"exit code {run.returncode} with the error {last['error']!r}"
     except (ValueError, KeyError, NameError) as error:
-        found.append(f"{error!r} in {output[:300]!r}")
-    return found
+        yield f"{error!r} in {output[:300]!r}"
+
+
+def check(krohost, lines):
+    """The lines one after the other."""
+    return [f"krohost {shlex.join(words)}: {text}" for words in lines for text in complaints(krohost, words)]
 
 
 def main():
     options = report.options(__doc__, "addon", "samples", "seeds", stride=int)
-    environment = {**os.environ, "KROHOST_ADDON_PATH": str(options.addon)}
+    os.environ["KROHOST_ADDON_PATH"] = str(options.addon)
     outcomes = report.Report("sweep")
-    with tempfile.TemporaryDirectory() as name, concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+    with tempfile.TemporaryDirectory() as name:
         groups = list(command_lines(pathlib.Path(name), options))[::options.stride]
-
-        def run(group):
-            return [(words, complaints(options.krohost, environment, words)) for words in group]
-
-        for words, found in itertools.chain.from_iterable(pool.map(run, groups)):
-            outcomes.add("krohost " + shlex.join(words), found)
+        outcomes.run((f"run {number}", check, options.krohost, lines) for number, lines in enumerate(groups))
     outcomes.close()
 
 

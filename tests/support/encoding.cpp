@@ -1,31 +1,22 @@
 #include "tests/support/encoding.h"
 
-#include <zlib.h>
+#include "tests/support/deflate.h"
 
-#include <charconv>
-#include <stdexcept>
+#include <fmt/format.h>
 
 namespace test {
 
 namespace {
-
-std::string deflated(const std::string& bytes) {
-    uLongf byteCount = compressBound(static_cast<uLong>(bytes.size()));
-    std::string block(byteCount, '\0');
-    if (compress(reinterpret_cast<Bytef*>(block.data()), &byteCount, reinterpret_cast<const Bytef*>(bytes.data()),
-                 static_cast<uLong>(bytes.size())) != Z_OK)
-        throw std::runtime_error("zlib cannot compress a block");
-    return block.substr(0, byteCount);
-}
 
 /// Compresses the data and returns the words of the header.
 std::vector<std::uint64_t> compressInBlocks(std::string& data, std::size_t blockByteCount) {
     std::vector<std::uint64_t> words{0, blockByteCount, data.size() % blockByteCount};
     std::string blocks;
     for (std::size_t start = 0; start < data.size(); start += blockByteCount) {
-        const std::string block = deflated(data.substr(start, blockByteCount));
+        const std::string part = data.substr(start, blockByteCount);
+        const auto block = deflated({reinterpret_cast<const std::uint8_t*>(part.data()), part.size()}, -1);
         words.push_back(block.size());
-        blocks += block;
+        blocks.append(block.begin(), block.end());
         ++words[0];
     }
     data = blocks;
@@ -69,12 +60,8 @@ std::string asciiText(const Array& array) {
     return asElement(array.type, [&]<class T>(T) {
         std::string text;
         std::size_t column = 0;
-        for (T value : valuesAs<T>(array)) {
-            std::array<char, 32> number;
-            const auto end = std::to_chars(number.data(), number.data() + number.size(), value);
-            text += column++ % 12 == 0 ? "\n          " : " ";
-            text.append(number.data(), end.ptr);
-        }
+        for (T value : valuesAs<T>(array))
+            text += fmt::format("{}{}", column++ % 12 == 0 ? "\n          " : " ", value);
         return text + "\n        ";
     });
 }
