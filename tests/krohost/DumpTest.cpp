@@ -26,12 +26,6 @@ protected:
     Outcome run(const std::string& arguments) const { return runKrohost(folder, "dump " + arguments); }
 };
 
-/// The little-endian bytes of the items.
-template <class Item>
-std::string bytes(const std::vector<Item>& items) {
-    return {reinterpret_cast<const char*>(items.data()), items.size() * sizeof(Item)};
-}
-
 } // namespace
 
 TEST_F(Dump, TextIsExact) {
@@ -53,36 +47,6 @@ TEST_F(Dump, TextIsExact) {
         EXPECT_EQ(outcome.exitCode, 0) << arguments;
     }
     EXPECT_EQ(runShell(folder, "$krohost dump mixed.vtu --node-map | grep -c '#'").output, "5\n"); // every section
-}
-
-TEST_F(Dump, BinaryFormatsHoldTheStorage) {
-    const std::string xs = bytes<float>({0, 1, 1, 0, 0, 1, 1, 0});
-    const std::string nodes = bytes<std::int64_t>({19, 20, 21, 22});
-    const std::vector<std::tuple<const char*, const char*, std::string>> table{
-        {"cube.vtu --variable X", "{'descr': '<f4', 'fortran_order': False, 'shape': (8,), }", xs},
-        {"cube.vtu --variable X --range 1:3", "{'descr': '<f4', 'fortran_order': False, 'shape': (2,), }",
-         xs.substr(4, 8)},
-        {"cube.vtu --variable p --location cell", "{'descr': '<f8', 'fortran_order': False, 'shape': (1,), }",
-         bytes<double>({0.1})},
-        {"cube.vtu --variable 'a,\"b\"' --range :2", "{'descr': '<i2', 'fortran_order': False, 'shape': (2,), }",
-         bytes<std::int16_t>({-1, 1})},
-        {"mixed.vtu --variable material", "{'descr': '|u1', 'fortran_order': False, 'shape': (4,), }", "\1\2\2\xff"},
-        {"mixed.vtu --node-map --section 4 --node-bits 64",
-         "{'descr': '<i8', 'fortran_order': False, 'shape': (1, 4), }", nodes},
-        {"mixed.vtu --node-map --section 4 --range 1:", "{'descr': '<i4', 'fortran_order': False, 'shape': (0, 4), }",
-         ""}};
-    for (const auto& [arguments, header, payload] : table) {
-        const std::string npy = run(std::string{arguments} + " --format npy").output;
-        ASSERT_EQ(npy.substr(0, 8), std::string("\x93NUMPY\1\0", 8)) << arguments;
-        const std::size_t end = 10 + static_cast<unsigned char>(npy[8]) + 256 * static_cast<unsigned char>(npy[9]);
-        EXPECT_EQ(npy.substr(10, std::string_view{header}.size()), header) << arguments;
-        EXPECT_EQ(npy.find('\n'), end - 1) << arguments;
-        EXPECT_EQ(end % 64, 0) << arguments;
-        EXPECT_EQ(npy.substr(end), payload) << arguments;
-        EXPECT_EQ(run(std::string{arguments} + " --format raw").output, payload) << arguments;
-        EXPECT_EQ(run(std::string{arguments} + " --format npy --force -o out.npy").output, "");
-        EXPECT_EQ(test::readFile(folder / "out.npy"), npy) << arguments;
-    }
 }
 
 TEST_F(Dump, JsonIsOneDocument) {

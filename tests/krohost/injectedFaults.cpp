@@ -2,28 +2,19 @@
 
 #include "tests/krohost/injectedFaults.h"
 
+#include "tests/support/failingAllocation.h"
+
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <iterator>
-#include <new>
 
 State* state = nullptr;
-
-extern "C" {
-void* __libc_malloc(std::size_t);
-void* __libc_calloc(std::size_t, std::size_t);
-void* __libc_realloc(void*, std::size_t);
-}
 
 namespace {
 
@@ -36,22 +27,6 @@ bool fails(Kind kind) {
     if (!state || !state->hasBegun || state->hasHappened || state->kind != kind || --state->left > 0)
         return false;
     return state->hasHappened = true;
-}
-
-/// Qt, CGNS and HDF5 end the process when they have no memory, or do not look whether they have. The C library and zlib
-/// allocate for them as well, and the loader of libraries ends it where it has none for a thread's own data.
-bool isInOther(const void* code) {
-    Dl_info library{};
-    if (dladdr(code, &library) == 0)
-        return false;
-    const auto isPartOfName = [&](const char* name) { return std::strstr(library.dli_fname, name) != nullptr; };
-    constexpr const char* others[]{"libQt", "libcgns", "libhdf5", "libc.so", "libz.so", "ld-linux"};
-    return std::any_of(std::begin(others), std::end(others), isPartOfName);
-}
-
-bool memoryFails(const void* caller) {
-    return state && state->hasBegun && !state->hasHappened && state->kind == memory && !isInOther(caller) &&
-           fails(memory);
 }
 
 template <class Function>
@@ -69,19 +44,46 @@ bool isStandard(std::FILE* file) {
     return file == stdout || file == stderr;
 }
 
+template <class Real, class... Offset>
+ssize_t writeSome(Real real, int descriptor, const void* bytes, std::size_t byteCount, Offset... offset) {
+    if (!isDiskFull() && !fails(writing))
+        return real(descriptor, bytes, byteCount, offset...);
+    static_cast<void>(!real(descriptor, bytes, byteCount / 2, offset...));
+    return failWith(ENOSPC);
+}
+
 } // namespace
+
+/// Qt, CGNS and HDF5 end the process when they have no memory, or do not look whether they have. The C library and zlib
+/// allocate for them as well, and the loader of libraries ends it where it has none for a thread's own data.
+bool test::allocationFails(const void* caller) {
+    return state && state->hasBegun && !state->hasHappened && state->kind == memory &&
+           !isInLibrary(caller, {"libQt", "libcgns", "libhdf5", "libc.so", "libz.so", "ld-linux"}) && fails(memory);
+}
+
+/// A function of the system that fails instead of doing anything.
+#define FAILING(result, failure, name, kind, errorNumber, parameters, arguments)                                       \
+    result name parameters {                                                                                           \
+        NEXT(name);                                                                                                    \
+        if (!fails(kind))                                                                                              \
+            return real arguments;                                                                                     \
+        errno = errorNumber;                                                                                           \
+        return failure;                                                                                                \
+    }
 
 extern "C" {
 
-void* malloc(std::size_t byteCount) {
-    return memoryFails(__builtin_return_address(0)) ? nullptr : __libc_malloc(byteCount);
-}
-void* calloc(std::size_t count, std::size_t byteCount) {
-    return memoryFails(__builtin_return_address(0)) ? nullptr : __libc_calloc(count, byteCount);
-}
-void* realloc(void* bytes, std::size_t byteCount) {
-    return memoryFails(__builtin_return_address(0)) ? nullptr : __libc_realloc(bytes, byteCount);
-}
+FAILING(std::FILE*, nullptr, fopen, opening, EMFILE, (const char* path, const char* mode), (path, mode))
+FAILING(ssize_t, -1, pread, reading, EIO, (int descriptor, void* bytes, std::size_t byteCount, off_t offset),
+        (descriptor, bytes, byteCount, offset))
+FAILING(int, -1, rename, renaming, EIO, (const char* from, const char* to), (from, to))
+FAILING(int, -1, renameat2, renaming, EIO,
+        (int fromFolder, const char* from, int toFolder, const char* to, unsigned flags),
+        (fromFolder, from, toFolder, to, flags))
+FAILING(int, -1, link, renaming, EPERM, (const char* from, const char* to), (from, to))
+FAILING(int, -1, fsync, syncing, EIO, (int descriptor), (descriptor))
+FAILING(int, -1, mkdir, folder, ENOSPC, (const char* path, mode_t mode), (path, mode))
+FAILING(char*, nullptr, mkdtemp, folder, ENOSPC, (char* pattern), (pattern))
 
 /// The tool sets its signal handlers when it has read its command line, and only then is a fault of interest.
 int sigaction(int number, const struct sigaction* action, struct sigaction* old) {
@@ -89,14 +91,6 @@ int sigaction(int number, const struct sigaction* action, struct sigaction* old)
     if (state && number == SIGINT)
         state->hasBegun = true;
     return real(number, action, old);
-}
-
-std::FILE* fopen(const char* path, const char* mode) {
-    NEXT(fopen);
-    if (!fails(opening))
-        return real(path, mode);
-    errno = EMFILE;
-    return nullptr;
 }
 
 int open(const char* path, int flags, ...) {
@@ -121,27 +115,14 @@ std::size_t fwrite(const void* bytes, std::size_t size, std::size_t count, std::
 
 ssize_t write(int descriptor, const void* bytes, std::size_t byteCount) {
     NEXT(write);
-    if (isDiskFull() || fails(writing)) {
-        static_cast<void>(!real(descriptor, bytes, byteCount / 2));
-        return failWith(ENOSPC);
-    }
-    return real(descriptor, bytes, byteCount);
+    return writeSome(real, descriptor, bytes, byteCount);
 }
 
 ssize_t pwrite(int descriptor, const void* bytes, std::size_t byteCount, off_t offset) {
     NEXT(pwrite);
     if (fails(signalled))
         raise(SIGTERM);
-    if (isDiskFull() || fails(writing)) {
-        static_cast<void>(!real(descriptor, bytes, byteCount / 2, offset));
-        return failWith(ENOSPC);
-    }
-    return real(descriptor, bytes, byteCount, offset);
-}
-
-ssize_t pread(int descriptor, void* bytes, std::size_t byteCount, off_t offset) {
-    NEXT(pread);
-    return fails(reading) ? failWith(EIO) : real(descriptor, bytes, byteCount, offset);
+    return writeSome(real, descriptor, bytes, byteCount, offset);
 }
 
 int fclose(std::FILE* file) {
@@ -157,46 +138,4 @@ int close(int descriptor) {
     const int result = real(descriptor);
     return isFailing ? failWith(EIO) : result;
 }
-
-int rename(const char* from, const char* to) {
-    NEXT(rename);
-    return fails(renaming) ? failWith(EIO) : real(from, to);
-}
-int renameat2(int fromFolder, const char* from, int toFolder, const char* to, unsigned flags) {
-    NEXT(renameat2);
-    return fails(renaming) ? failWith(EIO) : real(fromFolder, from, toFolder, to, flags);
-}
-int link(const char* from, const char* to) {
-    NEXT(link);
-    return fails(renaming) ? failWith(EPERM) : real(from, to);
-}
-int fsync(int descriptor) {
-    NEXT(fsync);
-    return fails(syncing) ? failWith(EIO) : real(descriptor);
-}
-int mkdir(const char* path, mode_t mode) {
-    NEXT(mkdir);
-    return fails(folder) ? failWith(ENOSPC) : real(path, mode);
-}
-char* mkdtemp(char* pattern) {
-    NEXT(mkdtemp);
-    if (!fails(folder))
-        return real(pattern);
-    errno = ENOSPC;
-    return nullptr;
-}
-}
-
-void* operator new(std::size_t byteCount) {
-    void* bytes = memoryFails(__builtin_return_address(0)) ? nullptr : __libc_malloc(byteCount);
-    return bytes ? bytes : throw std::bad_alloc();
-}
-void* operator new(std::size_t byteCount, const std::nothrow_t&) noexcept {
-    return memoryFails(__builtin_return_address(0)) ? nullptr : __libc_malloc(byteCount);
-}
-void operator delete(void* bytes) noexcept {
-    std::free(bytes);
-}
-void operator delete(void* bytes, std::size_t) noexcept {
-    std::free(bytes);
 }

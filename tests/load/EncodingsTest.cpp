@@ -1,3 +1,4 @@
+#include "krohost/vtu/decode.h"
 #include "tests/load/Load.h"
 #include "tests/support/meshes.h"
 
@@ -6,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 
 namespace test {
 
@@ -41,6 +43,26 @@ std::vector<Encoding> encodingsInDetail() {
     return detailed;
 }
 
+/// The host's own reader finds the arrays of this piece, once for each time that the file has it.
+void expectOwnReading(const std::string& path, const MeshPiece& piece) {
+    std::vector<Array> arrays = piece.cellArrays();
+    arrays.push_back(piece.points);
+    for (const std::vector<Array>& more : {piece.pointData, piece.cellData})
+        arrays.insert(arrays.end(), more.begin(), more.end());
+    std::map<std::string, std::string> expected, found;
+    for (const Array& array : arrays)
+        expected[array.name] = encodedArray(array, {Format::AppendedRaw}).substr(4); // without its header
+    const krohost::vtu::Document document = krohost::vtu::readDocument(path);
+    for (const krohost::vtu::Array* array : document.arrays()) {
+        found[array->name].clear();
+        const auto decoded = decode(document, *array, [&](std::span<const std::byte> bytes) {
+            found[array->name].append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        });
+        EXPECT_TRUE(decoded.faults.empty() && found[array->name] == expected[array->name]) << array->name;
+    }
+    EXPECT_EQ(found.size(), expected.size());
+}
+
 } // namespace
 
 TEST(Encodings, AllGiveTheSameMeshInBothNodeWidthsAndToTheOwnReader) {
@@ -54,7 +76,7 @@ TEST(Encodings, AllGiveTheSameMeshInBothNodeWidthsAndToTheOwnReader) {
             Load load{file, {.nodeBitCount = nodeBitCount}};
             expectZone(load, file.expected());
             if (nodeBitCount == 32)
-                expectZone(load, zoneByOwnReader(load.path()));
+                expectOwnReading(load.path(), piece);
         }
 }
 

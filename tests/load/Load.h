@@ -58,7 +58,4 @@ public:
 /// Demands everything that the first zone has and compares it.
 void expectZone(Load& load, const ExpectedZone& expected);
 
-/// What the host must show of a sound file by what its own reader finds there.
-ExpectedZone zoneByOwnReader(const std::string& path);
-
 } // namespace test
