@@ -111,56 +111,33 @@ TEST_F(Manners, NamesCannotCommandATerminalOrForgeALine) {
     folder.write("\nFORGED\x1b.json", "{");
     folder.write("\nFORGED\x1b.pvd",
                  R"(<VTKFile type="Collection"><Collection><DataSet timestep=")" + inXml + R"("/>)");
-    for (const char* arguments : {"\"$f.vtu\"",
-                                  "\"$f.vtu\" --demand --progress always -v",
-                                  "--json \"$f.vtu\"",
-                                  "all.vtm",
-                                  "all.vtm --json",
-                                  "all.vtm --record \"$f/x\"",
-                                  "blocks.vtm",
-                                  "run.pvd",
-                                  "odd.vtu",
-                                  "odd.vtu --json",
-                                  "trace all.vtm",
-                                  "trace --json all.vtm",
-                                  "trace --jsonl \"$f.vtu\"",
-                                  "dump \"$f.vtu\" --variable \"$v\"",
-                                  "dump \"$f.vtu\" --variable \"$v\" --json",
-                                  "dump \"$f.vtu\" --variable \"$v\" --format csv",
-                                  "dump \"$f.vtu\" --variable \"$f\"",
-                                  "dump \"$f.vtu\" --node-map --zone \"$f\"",
-                                  "dump all.vtm --node-map",
-                                  "dump wing.vtu --variable X -o \"$f/x\"",
-                                  "dump wing.vtu --variable X --range \"$f\"",
-                                  "dump wing.vtu --variable X --format \"$f\"",
-                                  "diff \"$f.vtu\" wing.vtu",
-                                  "diff all.vtm \"$f.vtu\" --json",
-                                  "check --deep --explain \"$f.vtu\" all.vtm blocks.vtm odd.vtu run.pvd",
-                                  "check --json --explain odd.vtu",
-                                  "check --explain blocks.vtm --json",
-                                  "convert \"$f.vtu\" -o \"$f.csv\"",
-                                  "convert \"$f.vtu\" -o \"$f/x.vtu\"",
-                                  "convert \"$f.vtu\" -o \"$f\" --json",
-                                  "convert all.vtm -o \"$f.vtm\" -v",
-                                  "convert \"$f.vtu\" -o \"$f.cgns\"",
-                                  "convert --repair odd.vtu -o \"$f-2.vtu\"",
-                                  "convert wing.vtu -o x.vtu --compress \"$f\"",
-                                  "replay layout.json",
-                                  "replay bad.json --json",
-
-                                  "replay \"\nFORGED\x1b.json\"",
-                                  "\"\nFORGED\x1b.pvd\"",
-                                  "bench \"$f.vtu\" --variable \"$f\"",
-                                  "addons --addon \"$f\"",
-                                  "addons --json --addon \"$f\"",
-                                  "wing.vtu --\"$f\"",
-                                  "inof\"$f\"",
-                                  "\"$f\"",
-                                  "wing.vtu --loader \"$f\"",
-                                  "wing.vtu --times \"$f\"",
-                                  "wing.vtu --max-memory \"$f\"",
-                                  "completion \"$f\"",
-                                  "wing.vtu \"$f\" --append \"$f\""}) {
+    std::vector<std::string> commands{"dump \"$f.vtu\" --variable \"$v\"",
+                                      "dump \"$f.vtu\" --variable \"$v\" --json",
+                                      "dump \"$f.vtu\" --variable \"$v\" --format csv",
+                                      "dump \"$f.vtu\" --variable \"$f\"",
+                                      "convert \"$f.vtu\" -o \"$f.csv\"",
+                                      "convert \"$f.vtu\" -o \"$f.cgns\"",
+                                      "convert \"$f.vtu\" -o \"$f\" --json",
+                                      "convert wing.vtu -o x.vtu --compress \"$f\"",
+                                      "replay layout.json",
+                                      "replay bad.json --json",
+                                      "replay \"\nFORGED\x1b.json\"",
+                                      "\"\nFORGED\x1b.pvd\"",
+                                      "addons --json --addon \"$f\"",
+                                      "wing.vtu --\"$f\"",
+                                      "inof\"$f\"",
+                                      "completion \"$f\""};
+    for (const std::string name : {"\"$f.vtu\"", "all.vtm", "blocks.vtm", "run.pvd", "odd.vtu"})
+        for (const char* command :
+             {"--demand --progress always -v ", "--json ", "trace ", "trace --json ", "trace --jsonl ",
+              "check --deep --explain ", "check --explain --json ", "diff wing.vtu ", "diff --json wing.vtu ",
+              "dump --node-map ", "convert --force -v -o \"$f.vtm\" ", "convert --repair --force -o \"$f-2.vtu\" "})
+            commands.push_back(command + name);
+    for (const std::string command : {"wing.vtu", "dump wing.vtu --variable X", "bench wing.vtu", "addons"})
+        for (const char* option : {" ", " --loader ", " --times ", " --max-memory ", " --record ", " --append ",
+                                   " --addon ", " --range ", " --format ", " --zone ", " --variable ", " -o "})
+            commands.push_back(command + option + "\"$f/x\"");
+    for (const std::string& arguments : commands) {
         const Outcome outcome = run(arguments);
         EXPECT_TRUE((outcome.exitCode >= 0 && outcome.exitCode <= 5)) << arguments << outcome.exitCode;
         std::string text = outcome.output + '\n' + outcome.errors;
