@@ -23,18 +23,12 @@ VtuBuilder zlib() {
     return sound().appendedRaw().compressed(64);
 }
 
-struct Text {
-    Text(const char* bytes) : text(bytes) {}
-    Text(std::string bytes) : text(std::move(bytes)) {}
-    Text(const VtuBuilder& file) : text(file.text()) {}
-    std::string text;
-};
-
-/// What else the loader does with a file that has a finding.
+/// What else the loader does with a file that has a finding, and the finding's code.
 enum class Loader { refuses, failsOnDemand, passesOver };
+constexpr const char* loaderCodes[]{"load", "demand", ""};
 
 struct Row {
-    Text file;
+    std::string file;
     std::string codes; ///< with a blank between two
     std::string place; ///< where this stands in the file for the first time, the finding is
     Loader loader = Loader::refuses;
@@ -67,12 +61,12 @@ std::string codes(const json& findings) {
 void expectFindings(const std::vector<Row>& rows, const char* options) {
     const test::TemporaryFolder folder;
     for (std::size_t index = 0; index < rows.size(); ++index)
-        folder.write(fmt::format("row{}.vtu", index), rows[index].file.text);
+        folder.write(fmt::format("row{}.vtu", index), rows[index].file);
     const json document = check(folder, options + " 'row*.vtu'"s);
     for (std::size_t index = 0; index < rows.size(); ++index) {
         const Row& row = rows[index];
         std::string findings, loading;
-        const std::string place = lineAndColumn(row.file.text, row.place);
+        const std::string place = lineAndColumn(row.file, row.place);
         for (const json& finding : document["findings"]) {
             if (finding["file"] != fmt::format("row{}.vtu", index))
                 continue;
@@ -85,10 +79,7 @@ void expectFindings(const std::vector<Row>& rows, const char* options) {
             }
         }
         EXPECT_EQ(findings, row.codes) << "row " << index;
-        EXPECT_EQ(loading, row.loader == Loader::refuses         ? "load"
-                           : row.loader == Loader::failsOnDemand ? "demand"
-                                                                 : "")
-            << row.codes << ", row " << index;
+        EXPECT_EQ(loading, loaderCodes[static_cast<int>(row.loader)]) << row.codes << ", row " << index;
     }
 }
 

@@ -257,17 +257,6 @@ TEST(Contract, EveryClientRecordIsCleanedUpWhenItsDatasetGoes) {
     EXPECT_EQ(count("<- DataNodeCleanup"), 1);
 }
 
-TEST(Contract, ARefusalCountsCallsFromNow) {
-    Box box;
-    EXPECT_TRUE(box.load());
-    box.host.refuse("KroUtilDataSetAddVar", 4);
-    EXPECT_TRUE(box.load());
-    EXPECT_FALSE(box.load());
-    box.host.refuse("KroUtilDataLoadFinishX");
-    EXPECT_TRUE(box.load());
-    EXPECT_EQ(box.host.violations(), Violations{}) << "a refused call closes its bracket all the same";
-}
-
 TEST(Loader, IsFoundByExtensionInAnyLetterCase) {
     krohost::Host host;
     host.loadAddOn(ADD_ON);

@@ -1,6 +1,7 @@
-#include "tests/load/Load.h"
+#include "tests/load/refusals.h"
 #include "tests/support/meshes.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -19,6 +20,17 @@ MeshPiece withoutCells(MeshPiece piece) {
 void expectUndisturbed(const VtuBuilder& file) {
     Load load{file};
     expectZone(load, file.expected());
+}
+
+std::string unsupportedCell(const std::string& name) {
+    return "VTK cell type \"" + name + "\" is not yet supported by the VTK loader";
+}
+std::string mixedDimensions(const std::string& name, int dimension, int previous) {
+    return fmt::format(
+        "VTK cell type \"{}\" has a dimensionality of {} but one or more cells of dimensionality {} have "
+        "already been discovered in this VTK file. All cell types of a zone must have the same "
+        "dimensionality",
+        name, dimension, previous);
 }
 
 } // namespace
@@ -154,6 +166,40 @@ TEST(Variables, OfOneNameAtNodesAndCellsAreTwoAndPlanesAndLinesHaveFewerCoordina
     expectUndisturbed(vtu().piece(line.withCellData(variedValues("p", ElementType::UInt16, 1))));
     line.points = reals("coordinates", ElementType::Float64, {0, 1});
     expectUndisturbed(vtu().piece(line));
+}
+
+TEST(Cells, ThatAreRefusedAreNamed) {
+    // From 0; "-" for the codes that are not used.
+    const std::string names =
+        "Empty Cell,Vertex,Poly Vertex,Line,Poly Line,Triangle,Triangle Strip,Polygon,Pixel,Quad,Tetra,Voxel,"
+        "Hexahedron,Wedge,Pyramid,Pentagonal Prism,Hexagonal Prism,-,-,-,-,Quadratic Edge,Quadratic Triangle,"
+        "Quadratic Quad,Quadratic Tetra,Quadratic Hexahedron,Quadratic Wedge,Quadratic Pyramid,Bi-Quadratic Quad,"
+        "Tri-Quadratic Hexahedron,Quadratic Linear Quad,Quadratic Linear Wedge,Bi-Quadratic Quadratic Wedge,"
+        "Bi-Quadratic Quadratic Hexahedron,Bi-Quadratic Triangle,Cubic Line,Quadratic Polygon,-,-,-,-,"
+        "Convex Point Set,Polyhedron,-,-,-,-,-,-,-,-,Parametric Curve,Parametric Surface,Parametric Tri Surface,"
+        "Parametric Quad Surface,Parametric Tetra Region,Parametric Hex Region,-,-,-,Higher Order Edge,"
+        "Higher Order Triangle,Higher Order Quad,Higher Order Polygon,Higher Order Tetrahedron,Higher Order Wedge,"
+        "Higher Order Pyramid,Higher Order Hexahedron,Lagrange Curve,Lagrange Triangle,Lagrange Quadrilateral,"
+        "Lagrange Tetrahedron,Lagrange Hexahedron,Lagrange Wedge,Lagrange Pyramid,Bezier Curve,Bezier Triangle,"
+        "Bezier Quadrilateral,Bezier Tetrahedron,Bezier Hexahedron,Bezier Wedge,Bezier Pyramid";
+    std::istringstream words(names);
+    for (int type = 0; type < 256; ++type) {
+        std::string name;
+        if (!std::getline(words, name, ',') || name == "-")
+            name = "Unknown";
+        const auto kind = std::ranges::find(acceptedCells, type, &CellKind::type);
+        std::string text = unsupportedCell(name), cells = std::to_string(type) + ":3";
+        if (kind != acceptedCells.end() && kind->dimension > 0) {
+            const int other = kind->dimension == 3 ? 2 : 3;
+            text = mixedDimensions(name, kind->dimension, other);
+            cells = (other == 2 ? "5:3 " : "10:4 ") + std::to_string(type) + ":" +
+                    std::to_string(nodeCount(kind->shape, kind->lowestOrder));
+        } else if (type == 1) {
+            text = badNodeCount(name, "2");
+            cells = "1:2";
+        }
+        expectRefusals(fileError, {{withCells(cells), text}});
+    }
 }
 
 } // namespace test

@@ -1,12 +1,10 @@
-#include "krohost/check/checkFile.h"
-#include "tests/load/Load.h"
+#include "tests/load/refusals.h"
 #include "tests/support/sound.h"
 #include "tests/support/text.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <sstream>
 
@@ -18,8 +16,6 @@ namespace {
 
 using namespace std::string_literals;
 
-const std::string fileError = "An error occurred while reading data from the VTK file.\nReason: ";
-const std::string inputError = "An error occurred while reading data from the input file.\nReason: ";
 const std::string badValue = "An error occurred while parsing values in the VTK file.\nReason: ";
 const std::string badNumber = "An error occurred while parsing an ASCII number from a data array.\nReason: ";
 const std::string badNodeNumber = "An error occurred while parsing an ASCII number from a data array.\nReaons: ";
@@ -46,21 +42,6 @@ std::string duplicate(const std::string& name) {
            "\" is referenced more than once in the PointData or CellData section.\n\nTo load the variables by name you "
            "must cancel and remove duplicates from the VTK dataset by renaming the duplicate DataArray names";
 }
-std::string unsupportedCell(const std::string& name) {
-    return "VTK cell type \"" + name + "\" is not yet supported by the VTK loader";
-}
-std::string mixedDimensions(const std::string& name, int dimension, int previous) {
-    return fmt::format(
-        "VTK cell type \"{}\" has a dimensionality of {} but one or more cells of dimensionality {} have "
-        "already been discovered in this VTK file. All cell types of a zone must have the same "
-        "dimensionality",
-        name, dimension, previous);
-}
-std::string badNodeCount(const std::string& name, const std::string& count) {
-    return "Veltra supports P1 through P4 high-order Lagrange elements. The VTK cell type \"" + name + "\" has " +
-           count + " nodes and is not yet supported";
-}
-
 std::string cutBehind(const std::string& end) {
     const std::string text = sound().text();
     return text.substr(0, text.find(end) + end.size());
@@ -75,18 +56,6 @@ VtuBuilder withArrays(const std::string& name, const std::string& secondName, in
                            .withPointData(variedValues(name, ElementType::Float32, 8, componentCount))
                            .withPointData(variedValues(secondName, ElementType::Int8, 8)));
 }
-/// Cells of these types and numbers of nodes: "12:8 10:4".
-VtuBuilder withCells(const std::string& cells) {
-    MeshPiece piece = hexahedron();
-    piece.cells.clear();
-    std::istringstream numbers(cells);
-    std::size_t nodeCount = 0;
-    char colon{};
-    for (int type = 0; numbers >> type >> colon >> nodeCount;)
-        piece.cells.push_back({type, std::vector<std::int64_t>(nodeCount)});
-    return vtu().piece(piece);
-}
-
 /// Two pieces with two arrays each, of which the second piece has the one as the other's type.
 VtuBuilder withSwappedTypes(const std::string& name, const std::string& secondName) {
     VtuBuilder file = withArrays(name, secondName);
@@ -99,33 +68,6 @@ VtuBuilder withOneVertex() {
     MeshPiece piece = sideBySide({singleCell(1), singleCell(1)});
     piece.cells.pop_back();
     return vtu().piece(piece.withCellData(variedValues("c", ElementType::Int8, 1)));
-}
-
-struct Refusal {
-    Files file;
-    std::string dialog;
-    std::string demand = {}; // what is demanded after the load; empty when that is refused
-};
-
-/// What the host itself finds in the file names the cause, and where it is.
-void expectExplanation(const Load& load) {
-    const auto findings = krohost::check::checkFile(load.path(), {true, load.loaded()}, {});
-    EXPECT_TRUE(krohost::check::isExplained(findings)) << load.dialog();
-}
-
-/// Each file's only dialog is its text with this beginning, and the file shows why.
-void expectRefusals(const std::string& beginning, const std::vector<Refusal>& refusals) {
-    for (const Refusal& refusal : refusals) {
-        SCOPED_TRACE(refusal.dialog);
-        Load load{refusal.file};
-        EXPECT_EQ(load.loaded(), !refusal.demand.empty());
-        if (load.loaded()) {
-            EXPECT_EQ(load.dialog(), "");
-            EXPECT_FALSE(refusal.demand == "node map" ? load.nodeMap().has_value() : !!load.values(refusal.demand));
-        }
-        EXPECT_EQ(load.dialog(), "VTK Data Loader: " + beginning + refusal.dialog);
-        expectExplanation(load);
-    }
 }
 
 } // namespace
@@ -283,40 +225,6 @@ TEST(Refusals, OfMeshesHaveTheseTexts) {
          {withMarkup("<PointData>",
                      "<PointData>" + repeated("<DataArray Name=\"a\" NumberOfComponents=\"32767\"/>", 4)),
           "The arrays of the VTK files have more than 100000 components, each of which would be a variable"}});
-}
-
-TEST(Refusals, OfCellTypesNameThem) {
-    // From 0; "-" for the codes that are not used.
-    const std::string names =
-        "Empty Cell,Vertex,Poly Vertex,Line,Poly Line,Triangle,Triangle Strip,Polygon,Pixel,Quad,Tetra,Voxel,"
-        "Hexahedron,Wedge,Pyramid,Pentagonal Prism,Hexagonal Prism,-,-,-,-,Quadratic Edge,Quadratic Triangle,"
-        "Quadratic Quad,Quadratic Tetra,Quadratic Hexahedron,Quadratic Wedge,Quadratic Pyramid,Bi-Quadratic Quad,"
-        "Tri-Quadratic Hexahedron,Quadratic Linear Quad,Quadratic Linear Wedge,Bi-Quadratic Quadratic Wedge,"
-        "Bi-Quadratic Quadratic Hexahedron,Bi-Quadratic Triangle,Cubic Line,Quadratic Polygon,-,-,-,-,"
-        "Convex Point Set,Polyhedron,-,-,-,-,-,-,-,-,Parametric Curve,Parametric Surface,Parametric Tri Surface,"
-        "Parametric Quad Surface,Parametric Tetra Region,Parametric Hex Region,-,-,-,Higher Order Edge,"
-        "Higher Order Triangle,Higher Order Quad,Higher Order Polygon,Higher Order Tetrahedron,Higher Order Wedge,"
-        "Higher Order Pyramid,Higher Order Hexahedron,Lagrange Curve,Lagrange Triangle,Lagrange Quadrilateral,"
-        "Lagrange Tetrahedron,Lagrange Hexahedron,Lagrange Wedge,Lagrange Pyramid,Bezier Curve,Bezier Triangle,"
-        "Bezier Quadrilateral,Bezier Tetrahedron,Bezier Hexahedron,Bezier Wedge,Bezier Pyramid";
-    std::istringstream words(names);
-    for (int type = 0; type < 256; ++type) {
-        std::string name;
-        if (!std::getline(words, name, ',') || name == "-")
-            name = "Unknown";
-        const auto kind = std::ranges::find(acceptedCells, type, &CellKind::type);
-        std::string text = unsupportedCell(name), cells = std::to_string(type) + ":3";
-        if (kind != acceptedCells.end() && kind->dimension > 0) {
-            const int other = kind->dimension == 3 ? 2 : 3;
-            text = mixedDimensions(name, kind->dimension, other);
-            cells = (other == 2 ? "5:3 " : "10:4 ") + std::to_string(type) + ":" +
-                    std::to_string(nodeCount(kind->shape, kind->lowestOrder));
-        } else if (type == 1) {
-            text = badNodeCount(name, "2");
-            cells = "1:2";
-        }
-        expectRefusals(fileError, {{withCells(cells), text}});
-    }
 }
 
 TEST(Refusals, OfInstructionsHaveTheseTexts) {

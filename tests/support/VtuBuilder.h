@@ -62,6 +62,7 @@ public:
     VtuBuilder& markup(std::string from, std::string to) { return add(markup_, {std::move(from), std::move(to)}); }
 
     std::string text() const;
+    operator std::string() const { return text(); }
     void write(const std::filesystem::path& path) const { writeFile(path, text()); }
     /// What the host must show of the undamaged file.
     ExpectedZone expected() const { return expectedZone(pieces_, version_); }
