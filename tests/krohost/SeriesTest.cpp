@@ -1,4 +1,5 @@
 #include "tests/krohost/runKrohost.h"
+#include "tests/support/text.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -6,16 +7,10 @@
 namespace {
 
 using nlohmann::json;
+using test::repeated;
 
 std::string pvd(const std::string& dataSets) {
     return R"(<?xml version="1.0"?><VTKFile type="Collection"><Collection>)" + dataSets + "</Collection></VTKFile>";
-}
-
-std::string repeated(int count, const std::string& text) {
-    std::string repetition;
-    while (count-- > 0)
-        repetition += text;
-    return repetition;
 }
 
 /// Some steps of a series, and ways to name them.
@@ -108,7 +103,7 @@ TEST_F(Series, ThatIsMalformedIsRefusedWithTheReason) {
          R"(is malformed: the timestep "nan" is not a number)"},
         {"bad.pvd", pvd("<DataSet file='" + std::string(3 << 20, 'x') + "'/>"),
          "is malformed: markup is longer than 1048576 bytes at byte 60"},
-        {"bad.pvd", pvd(repeated(200000, R"(<DataSet file="s1.vtu"/>)") + "<DataSet/>"),
+        {"bad.pvd", pvd(repeated(R"(<DataSet file="s1.vtu"/>)", 200000) + "<DataSet/>"),
          "is malformed: its DataSet 200001 has no file"},
         {"bad.pvd", pvd(""), "names no files"},
         {"bad.pvd", pvd(R"(<DataSet timestep="x" file="s1.vtu"/>)"),
@@ -127,8 +122,8 @@ TEST_F(Series, ThatIsMalformedIsRefusedWithTheReason) {
          "is malformed: it holds a number that is too large"},
         {"bad.series", R"({"files": [{"name": "a", "time": NaN}]})", "is malformed: it is not JSON from byte 34 on"},
         {"bad.series", "{\"files\": [{\"name\": \"\xFF\"}]}", "is malformed: it is not JSON from byte 22 on"},
-        {"bad.series", repeated(1000000, "["), "is malformed: it is nested more than 100 deep"},
-        {"bad.series", R"({"files": [)" + repeated(200000, R"({"name": "s1.vtu"}, )") + "{}]}",
+        {"bad.series", repeated("[", 1000000), "is malformed: it is nested more than 100 deep"},
+        {"bad.series", R"({"files": [)" + repeated(R"({"name": "s1.vtu"}, )", 200000) + "{}]}",
          "is malformed: its file 200001 has no name"},
         {"bad.series", "[]", R"(is malformed: it has no list "files")"}};
     for (const auto& [name, text, reason] : rows) {
