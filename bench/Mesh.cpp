@@ -8,7 +8,7 @@ namespace bench {
 
 namespace {
 
-/// A sum of products of waves along the axes, tabulated for each axis, since big meshes ask for many values.
+/// A sum of products of waves along the axes, tabulated for each axis, because large meshes need many values.
 class Field {
 public:
     Field(const Box& box, double phase) {
@@ -72,8 +72,8 @@ Array points(const Box& box) {
     return makeArray("Points", "Float32", values, 3);
 }
 
-/// How a lattice cell is cut: cells of one type, each a list of the lattice cell's corners, counted around the lower
-/// face and then around the upper one.
+/// How a lattice cell is cut: cells of one type, each a list of the lattice cell's corners, which are numbered around
+/// the lower face and then around the upper one.
 struct Cut {
     std::uint8_t type;
     std::size_t nodesPerCell;
@@ -85,7 +85,7 @@ const Cut wedges{13, 6, {0, 1, 2, 4, 5, 6, 0, 2, 3, 4, 6, 7}};
 const Cut pyramids{14, 5, {0, 1, 2, 3, 6, 0, 1, 5, 4, 6, 0, 3, 7, 4, 6}};
 const Cut tetrahedra{10, 4, {0, 1, 2, 6, 0, 2, 3, 6, 0, 3, 7, 6, 0, 7, 4, 6, 0, 4, 5, 6, 0, 5, 1, 6}};
 
-/// Cuts the rows of lattice cells along the first axis in the ways of `cuts` by turns.
+/// Cuts the rows of lattice cells along the first axis, with each of `cuts` in turn.
 void addCells(Mesh& mesh, const Box& box, std::span<const Cut* const> cuts) {
     const Field field(box, 1.9);
     const std::size_t row = box.size[0] + 1, layer = row * (box.size[1] + 1);

@@ -8,7 +8,7 @@
 
 namespace bench {
 
-/// An array with its values as they stand in memory.
+/// An array with its values as they are in memory.
 struct Array {
     std::string name;
     const char* type; ///< as the file format calls it
@@ -42,11 +42,11 @@ struct Box {
 /// Every lattice cell as a hexahedron; with two nodal scalars, a nodal vector and a cell-centred scalar, all smooth.
 Mesh hexahedra(const Box& box);
 
-/// Rows of lattice cells cut into hexahedra, wedges, pyramids and tetrahedra by turns, three cells to a lattice cell on
-/// average, with the same arrays.
+/// Rows of lattice cells cut in turn into hexahedra, wedges, pyramids and tetrahedra, with the same arrays. A lattice
+/// cell gives three cells on average.
 Mesh mixedCells(const Box& box);
 
-/// Hexahedra with so many nodal scalars.
+/// Hexahedra with `arrayCount` nodal scalars instead of the other nodal data.
 Mesh manyArrays(const Box& box, std::size_t arrayCount);
 
 } // namespace bench

@@ -1,4 +1,4 @@
-// Writes the files that are measured: makeFiles FOLDER [--scale S] [--only NAME...]. What is there already stays.
+// makeFiles FOLDER SCALE NAME writes a file to measure, with SCALE million cells. Files that exist are kept.
 
 #include "bench/Mesh.h"
 #include "bench/writeVtu.h"
@@ -6,9 +6,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <exception>
 #include <functional>
-#include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -17,7 +16,7 @@ namespace {
 using namespace bench;
 namespace fs = std::filesystem;
 
-/// A cube of about so many lattice cells.
+/// A cube of about `cellCount` lattice cells.
 Box cube(double cellCount) {
     const auto edge = static_cast<std::size_t>(std::max(1.0, std::round(std::cbrt(cellCount))));
     return {{0, 0, 0}, {edge, edge, edge}};
@@ -32,7 +31,7 @@ std::vector<Box> parts(double cellCount) {
     return boxes;
 }
 
-/// `count` boxes that lie apart.
+/// `count` boxes with gaps between them.
 std::vector<Box> row(std::size_t count, double cellCount) {
     std::vector<Box> boxes;
     for (std::size_t index = 0; index < count; ++index) {
@@ -42,7 +41,7 @@ std::vector<Box> row(std::size_t count, double cellCount) {
     return boxes;
 }
 
-/// Writes the boxes into a folder of their own, as files named by their numbers, and returns their names.
+/// Writes each box as a numbered file in `folder` and returns the files' names.
 std::vector<std::string> writeBoxes(const fs::path& folder, const std::vector<Box>& boxes, const Encoding& encoding) {
     fs::create_directories(folder);
     std::vector<std::string> names;
@@ -82,102 +81,59 @@ std::string vtmText(const std::vector<std::string>& names) {
     return text + "  </vtkMultiBlockDataSet>\n</VTKFile>\n";
 }
 
-struct Job {
+/// A file or folder that can be asked for by name.
+struct Result {
     std::string name;
-    fs::path result; ///< is there when the job has been done
+    std::string extension; ///< empty for a folder
     std::function<void(const fs::path&)> write;
 };
 
-/// The mesh that several jobs in a row are about, made when it is first asked for.
-class SharedMesh {
-public:
-    using Make = Mesh (*)(const Box&);
-
-    const Mesh& get(Make make, const Box& box) {
-        if (make_ != make)
-            mesh_ = make(box);
-        make_ = make;
-        return mesh_;
-    }
-
-private:
-    Make make_ = nullptr;
-    Mesh mesh_;
-};
-
-std::vector<Job> jobs(const fs::path& folder, double scale, SharedMesh& shared) {
-    std::vector<Job> list;
-    const auto add = [&](const std::string& name, const std::string& extension, auto write) {
-        list.push_back({name, folder / (name + extension), write});
-    };
-    const auto addKind = [&](const std::string& kind, SharedMesh::Make make, double cellCount) {
-        for (const Encoding& encoding : encodings)
-            add(kind + "-" + encoding.name, ".vtu", [&shared, make, cellCount, &encoding](const fs::path& path) {
-                writeVtu(path, shared.get(make, cube(cellCount)), encoding);
-            });
-    };
-    addKind("hexahedra", hexahedra, 1e6 * scale);
-    addKind("mixed", mixedCells, 1e6 / 3 * scale);
-    add("pieces", ".pvtu", [=](const fs::path& path) {
-        writeText(path, pvtuText(writeBoxes(folder / "parts", parts(1e6 * scale), raw)));
-    });
-    add("members", ".vtm",
-        [=](const fs::path& path) { writeText(path, vtmText(writeBoxes(folder / "parts", parts(1e6 * scale), raw))); });
-    add("series", "", [=](const fs::path& path) { writeBoxes(path, row(200, 2e4 * std::min(scale, 1.0)), rawZlib); });
+std::vector<Result> results(const fs::path& folder, double scale) {
+    std::vector<Result> list;
+    for (const Encoding& encoding : encodings)
+        list.push_back({std::string("hexahedra-") + encoding.name, ".vtu", [=, &encoding](const fs::path& path) {
+                            writeVtu(path, hexahedra(cube(1e6 * scale)), encoding);
+                        }});
+    list.push_back(
+        {"mixed-raw", ".vtu", [=](const fs::path& path) { writeVtu(path, mixedCells(cube(1e6 / 3 * scale)), raw); }});
+    list.push_back({"pieces", ".pvtu", [=](const fs::path& path) {
+                        writeText(path, pvtuText(writeBoxes(folder / "parts", parts(1e6 * scale), raw)));
+                    }});
+    list.push_back(
+        {"series", "", [=](const fs::path& path) { writeBoxes(path, row(200, 2e4 * std::min(scale, 1.0)), rawZlib); }});
     for (const std::size_t count : {50, 500, 5000, 50000})
-        add("tiny-" + std::to_string(count), ".vtm",
-            [=](const fs::path& path) { writeText(path, vtmText(writeBoxes(folder / "tiny", row(count, 64), raw))); });
+        list.push_back({"tiny-" + std::to_string(count), ".vtm", [=](const fs::path& path) {
+                            writeText(path, vtmText(writeBoxes(folder / "tiny", row(count, 64), raw)));
+                        }});
     for (const std::size_t count : {10, 100, 1000, 10000})
-        add("arrays-" + std::to_string(count), ".vtu",
-            [=](const fs::path& path) { writeVtu(path, manyArrays(cube(1000), count), raw); });
+        list.push_back({"arrays-" + std::to_string(count), ".vtu",
+                        [=](const fs::path& path) { writeVtu(path, manyArrays(cube(1000), count), raw); }});
     return list;
 }
 
-/// Nothing when the arguments are none that are taken.
-struct Arguments {
-    fs::path folder;
-    double scale = 1;
-    std::vector<std::string> only;
-};
-
-std::optional<Arguments> parse(const std::vector<std::string>& words) {
-    if (words.empty() || words.front().starts_with("--"))
-        return std::nullopt;
-    Arguments arguments{words.front(), 1, {}};
-    for (std::size_t index = 1; index < words.size(); ++index) {
-        if (words[index] == "--scale" && index + 1 < words.size())
-            arguments.scale = std::stod(words[++index]);
-        else if (words[index] == "--only")
-            arguments.only.assign(words.begin() + static_cast<std::ptrdiff_t>(index) + 1, words.end());
-        else if (arguments.only.empty())
-            return std::nullopt;
-    }
-    return arguments;
-}
-
-void run(const Arguments& arguments) {
-    fs::create_directories(arguments.folder);
-    SharedMesh shared;
-    for (const Job& job : jobs(arguments.folder, arguments.scale, shared)) {
-        const bool isWanted = arguments.only.empty() ||
-                              std::find(arguments.only.begin(), arguments.only.end(), job.name) != arguments.only.end();
-        if (!isWanted || (fs::exists(job.result) && !fs::is_directory(job.result)))
-            continue;
-        std::fprintf(stderr, "writing %s\n", job.result.c_str());
-        job.write(job.result);
-    }
+void run(const fs::path& folder, double scale, const std::string& name) {
+    fs::create_directories(folder);
+    const std::vector<Result> list = results(folder, scale);
+    const auto result = std::ranges::find(list, name, &Result::name);
+    if (result == list.end())
+        throw std::invalid_argument("no file is called " + name);
+    const fs::path path = folder / (name + result->extension);
+    if (fs::exists(path) && !fs::is_directory(path))
+        return;
+    std::fprintf(stderr, "writing %s\n", path.c_str());
+    result->write(path);
 }
 
 } // namespace
 
-int main(int argumentCount, char** words) {
+int main(int argumentCount, char** arguments) {
+    if (argumentCount != 4) {
+        std::fprintf(stderr, "usage: makeFiles FOLDER SCALE NAME\n");
+        return 2;
+    }
     try {
-        const auto arguments = parse({words + 1, words + argumentCount});
-        if (arguments)
-            run(*arguments);
-        else
-            std::fprintf(stderr, "usage: makeFiles FOLDER [--scale S] [--only NAME...]\n");
-        return arguments ? 0 : 2;
+        run(arguments[1], std::stod(arguments[2]), arguments[3]);
+        return 0;
     } catch (const std::exception& exception) {
         std::fprintf(stderr, "makeFiles: %s\n", exception.what());
         return 1;

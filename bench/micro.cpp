@@ -78,7 +78,7 @@ void scanDocument(benchmark::State& state) {
 }
 BENCHMARK(scanDocument)->Range(16, 4096);
 
-/// What opening a file with inline data waits for: the text that is passed over.
+/// What opening a file with inline data waits for: skipping the text.
 void scanInlineText(benchmark::State& state) {
     const test::TemporaryFolder folder;
     const std::string text(static_cast<std::size_t>(state.range(0)) << 20, 'A');
@@ -104,7 +104,7 @@ void decodeBase64Text(benchmark::State& state) {
 }
 BENCHMARK(decodeBase64Text);
 
-/// A block of floats and the same compressed, with bytes behind both that InterleavedInflater may touch.
+/// A block of floats and the same compressed, each followed by bytes that InterleavedInflater may touch.
 struct Block {
     Bytes bytes = bytesOf(wave(32768 / sizeof(float)));
     std::size_t size = bytes.size();
@@ -184,7 +184,7 @@ BENCHMARK(convert<double, double>)->ArgsProduct(shapes)->ArgNames({"components",
 BENCHMARK(convert<std::int32_t, std::int64_t>)->ArgsProduct(shapes)->ArgNames({"components", "swapped"});
 BENCHMARK(convert<std::uint8_t, std::int8_t>)->ArgsProduct(shapes)->ArgNames({"components", "swapped"});
 
-/// What the host is asked about a hundred times for an array.
+/// The call that loading an array makes about a hundred times.
 void poll(benchmark::State& state) {
     krohost::Host host;
     for (auto _ : state)
@@ -192,7 +192,7 @@ void poll(benchmark::State& state) {
 }
 BENCHMARK(poll);
 
-/// What registering a zone waits for, when its cells are all alike and when they change all the time.
+/// What registering a zone waits for, when all cells have one type and when the type changes at each cell.
 void groupCells(benchmark::State& state) {
     const test::TemporaryFolder folder;
     const test::MeshPiece piece = repeated(state.range(0) != 0 ? test::mixed() : test::hexahedron(), 5000);

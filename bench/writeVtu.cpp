@@ -63,7 +63,7 @@ public:
     Encoder(const Encoding& encoding, bool hasWideHeaders)
         : encoding_{encoding}, wordByteCount_{hasWideHeaders ? 8U : 4U} {}
 
-    /// The array as it stands in the file.
+    /// The array as the file holds it.
     std::string encoded(const Array& array) const {
         if (encoding_.format == Format::ascii)
             return asciiText(array);
@@ -114,7 +114,7 @@ private:
     std::size_t wordByteCount_;
 };
 
-/// Writes the document; data of appended arrays are collected and come last.
+/// Writes the document; the data of appended arrays are collected and written last.
 class Document {
 public:
     Document(std::ostream& stream, const Mesh& mesh, const Encoding& encoding)
@@ -179,7 +179,7 @@ private:
     std::string appended_;
 };
 
-/// Lets `write` fill a file beside `path`, which then takes its place.
+/// Lets `write` fill a file beside `path`, which then gets that name.
 template <class Write>
 void writeFile(const std::filesystem::path& path, const Write& write) {
     const std::filesystem::path partial = path.string() + ".partial";

@@ -10,7 +10,7 @@ namespace bench {
 
 enum class Format { ascii, base64, appendedRaw, appendedBase64 };
 
-/// How a file holds its arrays. Compressed data are in zlib blocks of 32768 bytes at level 5.
+/// How a file holds its arrays. Compressed data are zlib blocks of 32768 bytes at level 5.
 struct Encoding {
     const char* name;
     Format format;
@@ -34,7 +34,7 @@ inline constexpr std::array encodings{Encoding{"ascii", Format::ascii},
 /// array needs 8. Throws std::ios_base::failure.
 void writeVtu(const std::filesystem::path& path, const Mesh& mesh, const Encoding& encoding);
 
-/// Writes a file under a name that is taken last, so that one that is there is whole.
+/// Writes a file, which gets its name last: a file that exists is complete.
 void writeText(const std::filesystem::path& path, const std::string& text);
 
 } // namespace bench
