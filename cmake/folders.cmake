@@ -1,4 +1,4 @@
-# Folders below the prefix. To be included before any package is looked for, since some settle them too.
+# Folders below the prefix. Include this before any package is searched for: some packages set the same variables.
 
 if(EXISTS /etc/debian_version AND CMAKE_LIBRARY_ARCHITECTURE)
   set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "Libraries")

@@ -1,5 +1,4 @@
-# kro_check_headers(target): compiles every header of the current folder alone, as part of every build without
-# sanitizers.
+# kro_check_headers(target): compiles each header of the current folder alone, in each build without sanitizers.
 function(kro_check_headers target)
   if(KRO_SANITIZE)
     return()

@@ -1,4 +1,4 @@
-# What is installed and where, below any prefix as in a package of the distribution.
+# What is installed and where, below any prefix, in the same layout as a package of the distribution.
 
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON) # tests need not be built for it
 
@@ -6,8 +6,8 @@ set(library_folder ${CMAKE_INSTALL_LIBDIR}/krohost)
 file(RELATIVE_PATH library_from_tool /${CMAKE_INSTALL_BINDIR} /${library_folder})
 target_compile_definitions(krohost_cli PRIVATE KROHOST_ADDON_FOLDER="${library_from_tool}/addons")
 
-# The build tree has the libraries where an installed krohost finds them. CMake changes no search path then, and leaves no
-# room for it: empty entries, each of which stands for the current folder.
+# The build tree has its libraries where an installed krohost finds them, so that CMake need not change the search path.
+# To make room for a change it would add empty entries, each of which means the current folder.
 cmake_path(SET built_library_folder NORMALIZE "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${library_from_tool}")
 set_target_properties(krohost_library krohost_hdf PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${built_library_folder})
 set_target_properties(krohost PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_tool}" BUILD_WITH_INSTALL_RPATH ON)

@@ -1,4 +1,4 @@
-# Warnings and sanitizers, carried by one interface target that every target of ours links.
+# Warnings and sanitizers, in one interface target that all our targets link.
 
 set(KRO_SANITIZE "" CACHE STRING "Sanitizers to compile with, comma-separated (address,undefined or thread)")
 
@@ -12,8 +12,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
 endif()
 target_include_directories(kro_options INTERFACE ${PROJECT_SOURCE_DIR})
 
-# What files from strangers could otherwise make use of, were there a fault left. The C library's checks need optimised
-# code, and sanitizers have their own.
+# These make a remaining fault harder to exploit by a hostile file. The C library's checks need optimised code, and
+# sanitizers have checks of their own.
 target_compile_options(kro_options INTERFACE -fstack-protector-strong)
 target_compile_definitions(kro_options INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
 target_link_options(kro_options INTERFACE LINKER:-z,relro,-z,now,-z,noexecstack)
@@ -28,8 +28,8 @@ if(KRO_SANITIZE)
   target_link_options(kro_options INTERFACE -fsanitize=${sanitizers})
 endif()
 
-# kro_check_unsigned_overflow(target): where clang looks for undefined behaviour, unsigned numbers must not wrap either in
-# the code of the target, which computes with sizes from files.
+# kro_check_unsigned_overflow(target): with clang's check of undefined behaviour, unsigned numbers must not wrap either
+# in the code of the target, which computes with sizes from files.
 function(kro_check_unsigned_overflow target)
   if(KRO_SANITIZE MATCHES undefined AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     target_compile_options(${target} PRIVATE -fsanitize=unsigned-integer-overflow

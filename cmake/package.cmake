@@ -4,9 +4,9 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME krohost)
 set(CPACK_PACKAGE_CONTACT "krohost maintainers <maintainers@krohost.example>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "load simulation files through a data-loader add-on")
-set(CPACK_PACKAGE_DESCRIPTION "A host for data-loader add-ons on the command line, with an add-on that reads
-VTK XML unstructured grids (.vtu, .vtm, .pvtu, .trix). It shows the zones,
-sections and variables that files turn into, and loads their values on demand.")
+set(CPACK_PACKAGE_DESCRIPTION "A command-line host for data-loader add-ons, with an add-on that reads VTK XML
+unstructured grids (.vtu, .vtm, .pvtu, .trix). It shows the zones, sections and
+variables of files, and loads their values on demand.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
