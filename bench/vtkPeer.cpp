@@ -11,23 +11,17 @@
 #include <vtkXMLReader.h>
 #include <vtkXMLUnstructuredGridReader.h>
 
-#include <sys/resource.h>
-
 #include <cstdio>
+#include <ctime>
 #include <fstream>
 #include <string>
 #include <vector>
 
 namespace {
 
-/// User and system time of the process.
+/// Processor time of the process.
 double cpuSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
 }
 
 /// The most memory that the process has had. ru_maxrss would also count the process that started it.
