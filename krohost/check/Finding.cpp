@@ -8,12 +8,15 @@
 
 namespace krohost::check {
 
+namespace {
+
+constexpr std::size_t findingLimit = 1000; // of each severity
+
+} // namespace
+
 void Findings::add(Severity severity, std::string_view code, const vtu::Position& position, std::string message) {
-    constexpr std::size_t findingLimit = 1000;
-    if (list_.size() < findingLimit)
+    if (counts_[severity]++ < findingLimit)
         list_.push_back({severity, std::string(code), file_, position, std::move(message), {}});
-    else
-        ++leftOutCount_;
 }
 
 std::vector<Finding> Findings::take() {
@@ -30,8 +33,9 @@ std::vector<Finding> Findings::take() {
     };
     const auto first = std::unique(list_.rbegin(), list_.rend(), isSame); // the last one knows most
     list_.erase(list_.begin(), first.base());
-    if (leftOutCount_ > 0)
-        list_.push_back({Severity::error, "more", file_, {}, fmt::format("{} findings more", leftOutCount_), {}});
+    for (const auto& [severity, count] : counts_)
+        if (count > findingLimit)
+            list_.push_back({severity, "more", file_, {}, fmt::format("{} findings more", count - findingLimit), {}});
     return std::move(list_);
 }
 

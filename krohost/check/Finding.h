@@ -3,6 +3,7 @@
 #include "krohost/vtu/Document.h"
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,7 +23,7 @@ struct Finding {
     std::string reason = {}; ///< what the loader says in a dialog; empty for what the host has found itself
 };
 
-/// Collects what is found in one file, of which a thousand findings are kept.
+/// Collects what is found in one file, of which a thousand errors and a thousand warnings are kept.
 class Findings {
 public:
     explicit Findings(std::string file) : file_{std::move(file)} {}
@@ -36,13 +37,13 @@ public:
 
     void add(Severity severity, std::string_view code, const vtu::Position& position, std::string message);
 
-    /// In the order of their positions; a last one says how many were left out.
+    /// In the order of their positions; a last one of each severity says how many were left out.
     std::vector<Finding> take();
 
 private:
     std::string file_;
     std::vector<Finding> list_;
-    std::size_t leftOutCount_ = 0;
+    std::map<Severity, std::size_t> counts_;
 };
 
 } // namespace krohost::check

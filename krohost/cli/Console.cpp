@@ -26,6 +26,11 @@ bool isColoured(When when, int descriptor) {
     return when == When::automatic && isRefused ? false : applies(when, descriptor);
 }
 
+/// What cannot be written there is lost: there is nobody to tell.
+void say(const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), stderr);
+}
+
 } // namespace
 
 bool applies(When when, int descriptor) {
@@ -41,25 +46,25 @@ Console::Console(const CommandLine& line)
       errorStyle_{isColoured(line.color, STDERR_FILENO)} {}
 
 void Console::error(const std::string& text) const {
-    fmt::print(stderr, "{}\n", errorStyle_.error(printableLine(text)));
+    say(errorStyle_.error(printableLine(text)) + '\n');
 }
 
 void Console::dialog(const std::string& text) const {
-    fmt::print(stderr, "{}\n", errorStyle_.error(printableDialog(text)));
+    say(errorStyle_.error(printableDialog(text)) + '\n');
 }
 
 void Console::hint(const std::string& text) const {
-    fmt::print(stderr, "{}\n", printable(text));
+    say(printable(text) + '\n');
 }
 
 void Console::warning(const std::string& text) const {
     if (!isQuiet_)
-        fmt::print(stderr, "krohost: warning: {}\n", printableLine(text));
+        say(fmt::format("krohost: warning: {}\n", printableLine(text)));
 }
 
 void Console::note(const std::string& text) const {
     if (isVerbose_)
-        fmt::print(stderr, "krohost: {}\n", printableLine(text));
+        say(fmt::format("krohost: {}\n", printableLine(text)));
 }
 
 int Console::print(const std::string& text, int exitCode) const {

@@ -44,7 +44,7 @@ void ProgressBar::setFiles(std::vector<std::string> files) {
 }
 
 std::string ProgressBar::fileText(const std::string& text) {
-    // Mostly it is the file named last or one behind it; with another pass over the files it begins anew.
+    // Mostly it is the file named last or one after it; with another pass over the files it begins anew.
     const std::size_t last = fileNumber_ == 0 ? 0 : fileNumber_ - 1;
     for (std::size_t step = 0; step < files_.size(); ++step)
         if (const std::size_t index = (last + step) % files_.size(); text.find(files_[index]) != text.npos) {
@@ -84,14 +84,13 @@ void ProgressBar::draw(const std::string& line) {
     if (line == shown_)
         return;
     shown_ = line;
-    fmt::print(stderr, "\r\x1b[K{}", shown_);
-    std::fflush(stderr);
+    std::fputs(("\r\x1b[K" + shown_).c_str(), stderr);
 }
 
 void ProgressBar::clear() {
     if (shown_.empty())
         return;
-    fmt::print(stderr, "\r\x1b[K");
+    std::fputs("\r\x1b[K", stderr);
     shown_.clear();
 }
 

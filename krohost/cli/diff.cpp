@@ -292,6 +292,11 @@ bool load(Host& host, const CommandLine& line, const std::string& file, Side& si
     return true;
 }
 
+std::string toleranceError(const std::string& text) {
+    const std::optional<double> value = parseTime(text);
+    return value && *value >= 0 ? "" : text + " is not a tolerance";
+}
+
 } // namespace
 
 void addDiffOptions(CLI::App& command, CommandLine& line) {
@@ -300,10 +305,10 @@ void addDiffOptions(CLI::App& command, CommandLine& line) {
     command
         .add_option("--rtol", line.tolerance.relative,
                     "Values so close are equal, relative to the greater (default: 0)")
-        ->check(CLI::NonNegativeNumber.description(""))
+        ->check(toleranceError)
         ->type_name("R");
     command.add_option("--atol", line.tolerance.absolute, "Values so close are equal (default: 0)")
-        ->check(CLI::NonNegativeNumber.description(""))
+        ->check(toleranceError)
         ->type_name("A");
     addHostOptions(command, line);
     command.add_flag("--json", line.isJson, "Print one JSON document");

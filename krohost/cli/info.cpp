@@ -21,10 +21,23 @@ void addReportOptions(CLI::App& command, CommandLine& line) {
     addOutputOptions(command, line);
 }
 
-void record(const Host& host, const CommandLine& line, const Plan& plan) {
-    if (!host.dataset().instructions)
+/// Loaders may record times with fewer digits than they were given.
+void addChangedTimes(const std::vector<double>& times, const std::string& file, write::Losses& losses) {
+    if (!times.empty())
+        losses.add(
+            {.what = "changed",
+             .message = fmt::format("The layout \"{}\" does not keep all solution times: {} of them, the first is {}.",
+                                    file, times.size(), times.front()),
+             .file = file,
+             .count = times.size()});
+}
+
+void record(const Host& host, const CommandLine& line, const Plan& plan, Report& report) {
+    const std::optional<Instructions>& instructions = host.dataset().instructions;
+    if (!instructions)
         throw Failure("The loader has recorded no instructions.", Exit_Failed);
-    writeLayout(line.recordFile, plan.permission, *host.dataset().instructions);
+    writeLayout(line.recordFile, plan.permission, *instructions);
+    addChangedTimes(changedTimes(line, plan, *instructions), line.recordFile, report.losses);
 }
 
 } // namespace
@@ -50,7 +63,7 @@ Report loadAndDemand(Host& host, const CommandLine& line, const Plan& plan, cons
     report.isLoaded = load(host, report.loaderName, line, plan);
     report.stoppedAt = host.stoppedAt().value_or("");
     if (report.isLoaded && !line.recordFile.empty())
-        record(host, line, plan);
+        record(host, line, plan, report);
     report.isDemanded = line.isDemanding;
     const double loadSeconds = loadTime.seconds();
     const Stopwatch demandTime;
@@ -58,7 +71,7 @@ Report loadAndDemand(Host& host, const CommandLine& line, const Plan& plan, cons
         report.demands = host.demandAll({line.threadCount, progress.onDemand()});
     const bool isReporting = line.command == Command::info || line.command == Command::replay;
     if (isReporting && !report.demands.empty())
-        report.losses = lossesOfLoad(plan, allArrays(host.dataset()));
+        report.losses.add(lossesOfLoad(plan, allArrays(host.dataset())));
     progress.clear();
     console.note(fmt::format("{} took {:.4f} s", report.loaderName, loadSeconds));
     if (!report.demands.empty())

@@ -22,6 +22,7 @@ namespace krohost::cli {
 namespace {
 
 constexpr const char* strandKeyword = "STRAND_ID";
+constexpr const char* timesKeyword = "SOLUTION_TIMES";
 
 /// Why a file cannot be read; empty when it can.
 std::string openError(const std::string& path) {
@@ -70,10 +71,23 @@ std::vector<std::string> instructions(const std::vector<std::string>& files, con
         append("FILELIST_DATAFILES", std::to_string(files.size()));
     list.insert(list.end(), files.begin(), files.end());
     if (!times.empty())
-        append("SOLUTION_TIMES", std::to_string(times.size()));
+        append(timesKeyword, std::to_string(times.size()));
     for (const double time : times)
         append(fmt::format("{}", time));
     return list;
+}
+
+/// The times in an instruction list.
+std::vector<double> solutionTimes(const std::vector<std::string>& list) {
+    auto entry = std::find_if(list.begin(), list.end(),
+                              [](const std::string& text) { return strcasecmp(text.c_str(), timesKeyword) == 0; });
+    std::vector<double> times;
+    for (entry += std::min<std::ptrdiff_t>(2, list.end() - entry); entry != list.end(); ++entry)
+        if (const std::optional<double> time = parseTime(*entry))
+            times.push_back(*time);
+        else
+            break;
+    return times;
 }
 
 /// A load with a strand appends; where it comes first, it appends to an empty dataset.
@@ -152,6 +166,16 @@ void requireFreeOutputs(const CommandLine& line, Plan& plan) {
     } catch (const write::NotReplaceable& error) {
         throw Failure(error.what(), Exit_Usage);
     }
+}
+
+std::vector<double> changedTimes(const CommandLine& line, const Plan& plan, const Instructions& recorded) {
+    const std::vector<double> given = plan.layout ? solutionTimes(plan.layout->strings) : times(line, plan.files);
+    const std::vector<double> kept = solutionTimes(recorded.strings);
+    std::vector<double> changed;
+    for (std::size_t index = 0; index < given.size(); ++index)
+        if (index >= kept.size() || kept[index] != given[index])
+            changed.push_back(given[index]);
+    return changed;
 }
 
 std::string loaderName(const Host& host, const CommandLine& line, const Plan& plan) {

@@ -25,6 +25,9 @@ std::vector<std::string> paths(const std::vector<SeriesFile>& files);
 /// Looks at what the user named. Throws Failure when it cannot be opened or a collection or layout is malformed.
 Plan makePlan(const CommandLine& line);
 
+/// The solution times that were given for a load and that a replay of what it has recorded would not give.
+std::vector<double> changedTimes(const CommandLine& line, const Plan& plan, const Instructions& recorded);
+
 /// Looks at the files that are to be written. Throws Failure when one may not be.
 void requireFreeOutputs(const CommandLine& line, Plan& plan);
 

@@ -2,8 +2,10 @@
 #include "krohost/cli/CommandLine.h"
 #include "krohost/cli/run.h"
 
+#include <fcntl.h>
 #include <malloc.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <ctime>
@@ -46,6 +48,15 @@ void catchSignals() {
     if (hangUp.sa_handler != SIG_IGN) // as nohup sets it
         sigaction(SIGHUP, &action, nullptr);
     signal(SIGXFSZ, SIG_IGN); // a file that may not grow is an error of the write
+    signal(SIGPIPE, SIG_IGN); // and so is a pipe that nobody reads
+}
+
+/// No file that is opened later may take the place of a standard stream that the caller has closed. Uses of that stream
+/// fail as before.
+void occupyStandardDescriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(descriptor, F_GETFD) < 0)
+            open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
 /// As a shell tells of a process that a signal has ended.
@@ -65,6 +76,7 @@ void keepFreedMemory() {
 } // namespace
 
 int main(int argumentCount, char** arguments) {
+    occupyStandardDescriptors();
     const auto parsed = krohost::cli::parseCommandLine(argumentCount, arguments);
     if (const int* exitCode = std::get_if<int>(&parsed))
         return *exitCode;

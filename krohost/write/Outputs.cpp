@@ -92,7 +92,7 @@ fs::path Outputs::begin(const fs::path& path) {
     if (folder_.empty())
         folder_ = makeFolderBeside(path);
     const std::string number = std::to_string(pending_.size());
-    pending_.push_back({path, folder_ / (number + path.extension().string()), folder_ / (number + ".old")});
+    pending_.push_back({path, folder_ / (number + path.extension().string()), folder_ / ("old" + number)});
     return pending_.back().temporaryPath;
 }
 
@@ -154,7 +154,7 @@ void Outputs::move(Pending& pending) const {
     struct stat old {};
     if (permission_.isReplacing && stat(pending.path.c_str(), &old) == 0) {
         chmod(pending.temporaryPath.c_str(), old.st_mode & 07777);
-        if (&pending != pending_.data()) // behind the last one nothing can fail
+        if (&pending != pending_.data()) // after the last one nothing can fail
             keepOld(pending);
         pending.isPublished = rename(pending.temporaryPath.c_str(), pending.path.c_str()) == 0;
     } else {

@@ -243,6 +243,14 @@ TEST(Check, SumsUpAndSaysWhyInItsExitCode) {
     EXPECT_NE(odd.output.find("odd.vtu:33:10: warning: the document is not well-formed XML: "), std::string::npos)
         << odd.output;
     EXPECT_EQ(runKrohost(folder, "--demand odd.vtu").errors.find("krohost: warning: Which values of \"odd.vtu\""), 0);
+    auto many = test::hexahedron();
+    for (int number = 0; number <= 1000; ++number)
+        many =
+            many.withPointData(reals(std::to_string(number), test::ElementType::Float32, std::vector<double>(8, NAN)));
+    test::vtu().piece(many).write(folder / "nan.vtu");
+    const Outcome nan = runKrohost(folder, "check --deep nan.vtu");
+    EXPECT_EQ(nan.exitCode, 0);
+    EXPECT_NE(nan.output.find("warning: 1 findings more"), std::string::npos) << nan.output.substr(0, 500);
     const Outcome bad = runKrohost(folder, "check bad.vtu sound.vtu -j 2");
     EXPECT_EQ(bad.exitCode, 1);
     EXPECT_EQ(bad.output, "bad.vtu: error: variable 4 \"pressure\" of zone 1 \"bad\" was not loaded [demand]\n"

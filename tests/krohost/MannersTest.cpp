@@ -50,6 +50,29 @@ TEST_F(Manners, APipeThatNobodyReadsEndsQuietly) {
         }
 }
 
+TEST_F(Manners, StreamsThatAreClosedOrFullSpoilNoResult) {
+    for (const double value : {1, 5000000000})
+        test::vtu()
+            .piece(test::hexahedron().withCellData(reals("i", test::ElementType::Int64, {value})))
+            .write(folder / fmt::format("{}.vtu", value));
+    const std::string leftovers = "; echo $?; ls -A | grep krohost-",
+                      closedPipe = "mkfifo p; exec 3<>p 4>p 3>&-; rm p; ";
+    const std::vector<std::tuple<std::string, int, std::string>> rows{
+        {"$krohost dump 5000000000.vtu --variable i --format npy -o i.npy 2>&-; head -c 6 i.npy | tail -c 5", 0,
+         "NUMPY"},
+        {"$krohost info wing.vtu >&-", 1, ""},
+        {"$krohost missing.vtu 2>/dev/full", 3, ""},
+        {"$krohost convert wing.vtu -o y.vtu --progress always >/dev/null 2>/dev/full" + leftovers, 1, "0\n"},
+        {closedPipe + "$krohost convert wing.vtu -o z.vtu -v >/dev/null 2>&4" + leftovers, 1, "0\n"},
+        {"for f in 1 5000000000; do $krohost convert $f.vtu --to csv -o i.old --force >i; done; tail -n 1 i-cells.old",
+         0, "705032704\n"}};
+    for (const auto& [command, exitCode, output] : rows) {
+        const Outcome outcome = runShell(folder, command);
+        EXPECT_EQ(outcome.exitCode, exitCode) << command << outcome.errors;
+        EXPECT_EQ(outcome.output, output) << command << outcome.errors;
+    }
+}
+
 TEST_F(Manners, StandardErrorIsAsTalkativeAsTheUserWants) {
     const std::vector<std::pair<const char*, testing::Matcher<std::string>>> rows{
         {"wing.vtu", ""},
