@@ -48,12 +48,13 @@ HostState::HostState(HostOptions hostOptions)
     HostState* none = nullptr;
     if (!currentHost.compare_exchange_strong(none, this))
         throw std::logic_error("a process has one host at a time");
-    interrupt.reset();
     if (journal.isOn())
         interrupt.countPolls();
 }
 
+/// A wish to stop that comes before there is a host counts for it.
 HostState::~HostState() {
+    interrupt.reset();
     currentHost = nullptr;
 }
 

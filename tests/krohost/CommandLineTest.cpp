@@ -98,11 +98,14 @@ TEST_F(CommandLine, TheAddOnIsNamedOrListedInTheEnvironmentOrBesideTheTool) {
 TEST_F(CommandLine, AnInterruptHasAnExitCodeOfItsOwn) {
     // The tool has its signal handler when it has read some of the blanks, of which a pipe holds 65536.
     // Nobody ends what it reads.
-    for (const auto& [command, exitCode] :
-         {std::pair{"p.series; INT", 130}, {"p.pvd; TERM", 143}, {"replay p; HUP", 129}}) {
+    for (const auto& [command, exitCode] : {std::pair{"p.series; INT", 130},
+                                            {"p.pvd; TERM", 143},
+                                            {"replay p; HUP", 129},
+                                            {"diff cube.vtu q.series; INT", 130},
+                                            {"r.pvd; INT $!; kill -TERM", 130}}) { // of two at once the first counts
         const std::string text{command};
         const std::string arguments = text.substr(0, text.find(';')), signal = text.substr(text.find(';') + 2);
-        const std::string fifo = arguments.substr(arguments.find(' ') + 1);
+        const std::string fifo = arguments.substr(arguments.rfind(' ') + 1);
         const Outcome outcome = runShell(
             folder, fmt::format("mkfifo {0}; exec 3<>{0}; \"$krohost\" {1} 3>&- & printf '%100000s' >&3; kill -{2} $!; "
                                 "wait $!",
@@ -110,6 +113,12 @@ TEST_F(CommandLine, AnInterruptHasAnExitCodeOfItsOwn) {
         EXPECT_EQ(outcome.exitCode, exitCode) << command;
         EXPECT_EQ(outcome.errors, "Interrupted.\n") << command;
     }
+    const Outcome unread = runShell(folder, "mkfifo f; $krohost dump cube.vtu --variable X -o f & "
+                                            "until grep -q krohost /proc/$!/comm && grep -q 'SigCgt:.*[2367abef]$' "
+                                            "/proc/$!/status; do :; done; "
+                                            "kill -INT $!; wait $!");
+    EXPECT_EQ(unread.exitCode, 130);
+    EXPECT_TRUE(unread.errors.ends_with("Interrupted.\n")) << unread.errors;
 }
 
 TEST_F(CommandLine, JsonHoldsTheDatasetAndWhatWasDemanded) {

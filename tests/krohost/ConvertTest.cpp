@@ -259,6 +259,18 @@ TEST_F(Convert, ASmallBudgetOfMemoryChangesNoValue) {
         << outcome.errors;
 }
 
+TEST_F(Convert, AFullDiskLeavesNothing) {
+    std::filesystem::copy(SAMPLES "/wing.vtu", folder / "wing.vtu");
+    const std::vector<std::string> before = files();
+    for (const std::string target : {"b.vtu", "b.vtm", "b.vtkhdf", "b.cgns", "b.csv"}) {
+        const Outcome outcome =
+            runShell(folder, "ulimit -f 16; \"$krohost\" convert wing.vtu --compress none -o " + target);
+        EXPECT_EQ(outcome.exitCode, 1) << target;
+        EXPECT_EQ(outcome.errors.rfind("The file \"b", 0), 0) << outcome.errors;
+        EXPECT_EQ(files(), before) << target;
+    }
+}
+
 TEST_F(Convert, TheReportSaysWhatWasWritten) {
     vtu().piece(mixed()).write(folder / "a.vtu");
     const json document = json::parse(run("convert a.vtu -o b.csv --json").output);
