@@ -1,7 +1,7 @@
 #include "krohost/cli/OutputStream.h"
 
 #include "krohost/cli/Failure.h"
-#include "krohost/cli/smallFile.h"
+#include "krohost/write/Loss.h"
 #include "krohost/write/WriteError.h"
 
 #include <fcntl.h>
@@ -32,7 +32,7 @@ std::FILE* openStream(const std::string& path) {
     constexpr int milliseconds = 100; // between two tries
     int descriptor = -1;
     while ((descriptor = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)) < 0 && errno == ENXIO) {
-        pollInterrupt();
+        write::pollInterrupt();
         poll(nullptr, 0, milliseconds);
     }
     if (descriptor < 0)

@@ -68,7 +68,7 @@ std::optional<NarrowedValues> OriginalFiles::collect(const Zone& zone, const IsW
 void OriginalFiles::read(std::size_t fileIndex) {
     if (std::exchange(readIndex_, fileIndex) == fileIndex)
         return;
-    document_ = vtu::readDocument(files_[fileIndex]);
+    document_ = vtu::readDocument(files_[fileIndex], write::pollInterrupt);
     arrays_ = vtu::piecewiseArrays(document_);
 }
 

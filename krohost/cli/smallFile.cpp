@@ -1,7 +1,7 @@
 #include "krohost/cli/smallFile.h"
 
-#include "krohost/Host.h"
 #include "krohost/cli/Failure.h"
+#include "krohost/write/Loss.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -36,7 +36,7 @@ public:
     std::size_t read(std::span<char> bytes) const {
         constexpr int milliseconds = 100; // between two looks at whether to stop
         while (true) {
-            pollInterrupt();
+            write::pollInterrupt();
             pollfd ready{descriptor_, POLLIN, 0};
             if (poll(&ready, 1, milliseconds) <= 0)
                 continue;
@@ -160,11 +160,6 @@ void SmallFile::visitJson(JsonVisitor& visitor) const {
 
 void SmallFile::failAsMalformed(const std::string& reason) const {
     throw Failure(fmt::format("The {} \"{}\" is malformed: {}.", kind, path, reason), Exit_Failed);
-}
-
-void pollInterrupt() {
-    if (Host::isInterrupted())
-        throw Failure("Interrupted.", Exit_Interrupted);
 }
 
 } // namespace krohost::cli

@@ -38,7 +38,4 @@ struct SmallFile {
     [[noreturn]] void failAsMalformed(const std::string& reason) const;
 };
 
-/// Throws Failure when the user wants to stop.
-void pollInterrupt();
-
 } // namespace krohost::cli

@@ -1,6 +1,7 @@
 #include "krohost/write/Inputs.h"
 
 #include "krohost/vtu/Document.h"
+#include "krohost/write/Loss.h"
 
 #include <sys/stat.h>
 
@@ -43,7 +44,8 @@ void Inputs::addMembers(const std::filesystem::path& path) {
     const auto status = statusOf(path);
     if (!status || !S_ISREG(status->st_mode) || !readFiles_.emplace(status->st_dev, status->st_ino).second)
         return;
-    for (const vtu::Member& member : vtu::readDocument(path).members) {
+    const vtu::Document document = vtu::readDocument(path, pollInterrupt);
+    for (const vtu::Member& member : document.members) {
         addIdentity(member.path);
         named_.push_back(member.path);
     }

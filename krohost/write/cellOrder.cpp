@@ -25,7 +25,7 @@ bool needsOrder(const Zone& zone) {
 
 /// Runs of cells of one type and number of nodes, the sections in the order in which they first appear.
 std::vector<CellRun> readRuns(const std::filesystem::path& file) {
-    const Document document = vtu::readDocument(file);
+    const Document document = vtu::readDocument(file, pollInterrupt);
     std::map<std::pair<std::uint8_t, std::uint64_t>, std::size_t> sections;
     std::vector<CellRun> runs;
     for (const vtu::Piece& piece : document.pieces) {

@@ -41,7 +41,7 @@ struct Scratch {
 /// array that depends on them, because a file may hold any number of them.
 class Repair {
 public:
-    explicit Repair(const std::filesystem::path& input) : document_{vtu::readDocument(input)} {
+    explicit Repair(const std::filesystem::path& input) : document_{vtu::readDocument(input, pollInterrupt)} {
         if (document_.malformation)
             fail(document_.malformation->message);
         if (document_.type != "UnstructuredGrid" || document_.pieces.empty())

@@ -1,6 +1,7 @@
 #include "krohost/write/zoneFiles.h"
 
 #include "krohost/vtu/Document.h"
+#include "krohost/write/Loss.h"
 
 #include <algorithm>
 #include <iterator>
@@ -22,15 +23,16 @@ bool isEmpty(const Document& document) {
 std::vector<std::filesystem::path> zoneFiles(const std::vector<std::filesystem::path>& inputs) {
     std::vector<std::filesystem::path> files;
     for (const std::filesystem::path& input : inputs) {
-        const Document document = vtu::readDocument(input);
+        const Document document = vtu::readDocument(input, pollInterrupt);
         std::vector<std::filesystem::path> candidates{input};
         if (document.isCollection()) {
             candidates.clear();
             for (const vtu::Member& member : document.members)
                 candidates.push_back(member.path);
         }
-        std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(files),
-                     [](const std::filesystem::path& file) { return !isEmpty(vtu::readDocument(file)); });
+        std::copy_if(
+            candidates.begin(), candidates.end(), std::back_inserter(files),
+            [](const std::filesystem::path& file) { return !isEmpty(vtu::readDocument(file, pollInterrupt)); });
     }
     return files;
 }
