@@ -161,7 +161,7 @@ def main():
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         files = list(originals(folder))
-        tasks = [(path.name, check, path) for path in [*files, *options.samples.glob("*.vtu")]]
+        tasks = [(path.name, check, path) for path in [*files, *sorted(options.samples.glob("*.vtu"))]]
         tasks += [(compressor, check_repair, compressor) for compressor in ("LZ4", "LZMA")]
         tasks.append(("zones", check_zones, files[-2]))
         # The libraries are not made for threads.

@@ -16,6 +16,7 @@ import tempfile
 import zlib
 
 import report
+from cells import KINDS, NODE_ORDERS, PARTS, POINT, TETRAHEDRON, inside, node_count
 
 try:
     import numpy
@@ -31,16 +32,6 @@ except ImportError as reason:
 
 # ---- What the host must show -----------------------------------------------------------------------------------------
 
-LINE, TRIANGLE, QUADRILATERAL, TETRAHEDRON, HEXAHEDRON, PYRAMID, PRISM, POINT = 0, 1, 2, 3, 4, 5, 6, 255
-
-# Cell type: shape, and its orders.
-KINDS = {
-    1: (POINT, [1]), 3: (LINE, [1]), 5: (TRIANGLE, [1]), 8: (QUADRILATERAL, [1]), 9: (QUADRILATERAL, [1]),
-    10: (TETRAHEDRON, [1]), 11: (HEXAHEDRON, [1]), 12: (HEXAHEDRON, [1]), 13: (PRISM, [1]), 14: (PYRAMID, [1]),
-    21: (LINE, [2]), 22: (TRIANGLE, [2]), 24: (TETRAHEDRON, [2]), 28: (QUADRILATERAL, [2]), 32: (PRISM, [2]),
-    **{68 + shape: (kind, [1, 2, 3, 4]) for shape, kind in enumerate(
-        [LINE, TRIANGLE, QUADRILATERAL, TETRAHEDRON, HEXAHEDRON, PRISM])},
-}
 ZONE_TYPES = {1: 0, 3: 5, 5: 1, 8: 2, 9: 2, 10: 3, 11: 4, 12: 4}  # of a zone with one kind of cells; else 8
 
 # The toolkit's array classes by the word in their name, and the host's storage with numpy's name for it.
@@ -50,42 +41,6 @@ ARRAYS = {
         ("int32", "<i4"): "Int UnsignedInt Long UnsignedLong LongLong UnsignedLongLong IdType",
         ("float32", "<f4"): "Float", ("float64", "<f8"): "Double"}.items() for word in words.split()}
 STORAGE = {array_class().GetDataType(): storage for array_class, storage in ARRAYS.values()}
-
-
-def node_count(shape, order):
-    n = order + 1
-    return {POINT: 1, LINE: n, TRIANGLE: n * (n + 1) // 2, QUADRILATERAL: n * n, HEXAHEDRON: n ** 3,
-            TETRAHEDRON: n * (n + 1) * (n + 2) // 6, PYRAMID: n * (n + 1) * (2 * n + 1) // 6,
-            PRISM: n * n * (n + 1) // 2}[shape]
-
-
-# For each of the host's nodes of a cell its place in the file, by the cell's type and number of nodes, where that is
-# another. The toolkit gives hexahedra of old files the new order, so that one set serves.
-NODE_ORDERS = {(cell_type, nodes): places for cell_type, nodes, places in json.loads(
-    (pathlib.Path(__file__).parent / "nodeOrders.json").read_text())}
-# The parts of a cell with nodes inside, by their corners: edges, followed from the first to the second, faces, gone
-# around from the first corner towards the second and then inwards, and the cell, in layers.
-PARTS = {
-    LINE: "01", TRIANGLE: "01 12 20 012", QUADRILATERAL: "01 12 23 30 0123",
-    TETRAHEDRON: "01 12 20 03 13 23 021 013 231 032",
-    HEXAHEDRON: "01 12 23 30 04 15 26 37 45 56 67 74 0123 0154 1265 2376 3047 4567 01234567",
-    PRISM: "01 12 20 03 14 25 34 45 53 012 0143 1254 2035 345 012345", PYRAMID: "",
-}
-
-
-def inside(corners, order):
-    """The places of the nodes inside a part."""
-    count, half = len(corners), len(corners) // 2
-    if count not in (3, 4):
-        layers = [corners[:half] + (corners[half:] - corners[:half]) * step / order for step in range(1, order)]
-        return [node for layer in layers for node in (layer if count == 2 else inside(layer, order))]
-    ring = corners + (numpy.roll(corners, -1, 0) + numpy.roll(corners, 1, 0) - 2 * corners) / order
-    ring_order = order - (3 if count == 3 else 2)  # of the smaller face that the nodes make
-    if ring_order <= 0:
-        return [ring[0]] if ring_order == 0 else []
-    sides = [node for at in range(count)
-             for node in (ring[at], *inside(ring[[at, (at + 1) % count]], ring_order))]
-    return sides + inside(ring, ring_order)
 
 
 def check_node_order(cell_type, order):

@@ -11,17 +11,7 @@
 
 namespace test {
 
-namespace {
-
 using krohost::Host;
-
-const krohost::HostOptions journaled{.journal = krohost::JournalDetail::calls};
-
-bool demandsSucceed(Load& load) {
-    return std::ranges::all_of(load.host.demandAll(), &krohost::DemandResult::isLoaded);
-}
-
-} // namespace
 
 TEST(HostCalls, ReadNoValuesBeforeTheHostAsks) {
     VtuBuilder file = vtu().piece(mixed());
@@ -69,7 +59,7 @@ TEST(Interrupt, EndsAValueDemandInSilenceAndANodeMapDemandWithADialog) {
         EXPECT_FALSE(load.nodeMap());
         EXPECT_EQ(load.dialog(), "VTK Data Loader: An unknown error occurred while reading data from the VTK file");
         load.host.clearInterrupt();
-        EXPECT_TRUE(demandsSucceed(load));
+        EXPECT_TRUE(std::ranges::all_of(load.host.demandAll(), &krohost::DemandResult::isLoaded));
         load.host.interruptAtPoll(1);
         EXPECT_FALSE(load.loadAgain());
         EXPECT_EQ(load.host.dialogs().size(), 1);
@@ -105,7 +95,7 @@ TEST(ProgressDisplay, GivesFilesAndThenZonesTheirSharesAndShowsVisibleGrowthOnly
 }
 
 TEST(Shutdown, DestroysTheLoadersOnceHoweverOftenItIsAnnounced) {
-    Load load{vtu().piece(hexahedron()), journaled};
+    Load load{vtu().piece(hexahedron()), {.journal = krohost::JournalDetail::calls}};
     load.host.loadAddOn(ADD_ON); // registers the state-change callback again
     load.host.shutDown();
     for (const auto& [line, count] :
