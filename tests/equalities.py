@@ -86,11 +86,13 @@ def dumps(krohost, path, target, options, storage, columns):
     assert array.dtype == storage and array.size == len(array) * columns, "npy: type or shape"
     assert (target.stat().st_size - array.nbytes) % 64 == 0, "npy: alignment"
     yield "npy", array.tobytes()
-    assert load("--range", f"{len(array)}:").shape == array[:0].shape, "npy: shape of nothing"
-    yield "npy in two parts", load("--range", ":1").tobytes() + load("--range", "1:").tobytes()
-    wide = load("--node-bits", 64)
-    assert wide.shape == array.shape and wide.dtype == ("<i8" if "--node-map" in options else storage), "npy: 64 bits"
-    yield "npy of 64 bits", wide.astype(storage).tobytes()
+    if path.stem == "wing":  # the others have nothing that it has not
+        assert load("--range", f"{len(array)}:").shape == array[:0].shape, "npy: shape of nothing"
+        yield "npy in two parts", load("--range", ":1").tobytes() + load("--range", "1:").tobytes()
+        wide = load("--node-bits", 64)
+        assert wide.shape == array.shape, "npy: shape with 64 bits"
+        assert wide.dtype == ("<i8" if "--node-map" in options else storage), "npy: type with 64 bits"
+        yield "npy of 64 bits", wide.astype(storage).tobytes()
     yield "raw", dump("raw")
     yield "raw with little memory", dump("raw", "--max-memory", array.nbytes if columns == 1 else "1G")
     rows = list(csv.reader(io.StringIO(dump("csv").decode(), newline="")))[1:]
