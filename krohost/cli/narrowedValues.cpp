@@ -1,10 +1,8 @@
 #include "krohost/cli/narrowedValues.h"
 
 #include "krohost/write/Loss.h"
-#include "krohost/write/zoneFiles.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace krohost::cli {
 
@@ -12,64 +10,62 @@ namespace {
 
 constexpr std::size_t countLimit = 1 << 20;
 
-/// Which component of the array the variable is; nothing when it is none.
-std::optional<std::uint64_t> componentOf(const vtu::Array& array, ValueLocation_e location, const std::string& name) {
-    const bool isAtCells = array.section == vtu::Section::cellData;
-    if (array.section == vtu::Section::cells || isAtCells != (location == ValueLocation_CellCentered))
-        return std::nullopt;
-    const std::vector<std::string> names = vtu::variableNames(array);
-    const auto found = std::find(names.begin(), names.end(), name);
-    if (found == names.end())
-        return std::nullopt;
-    return static_cast<std::uint64_t>(found - names.begin());
-}
-
 } // namespace
 
-OriginalFiles::OriginalFiles(const Dataset& dataset, std::vector<std::filesystem::path> files)
-    : files_{write::zoneFiles(files)}, isOnePerZone_{files_.size() == dataset.zones.size()} {}
+OriginalFiles::OriginalFiles(const Dataset& dataset, const std::vector<std::filesystem::path>& files)
+    : files_{write::zoneFiles(files, dataset.zones.size())} {}
 
 std::optional<NarrowedValues> OriginalFiles::ofVariable(const Zone& zone, ValueLocation_e location,
                                                         const std::string& name) {
-    return collect(zone, [&](const vtu::Array& array) { return componentOf(array, location, name); });
+    const auto found = read(zone) ? components_.find({location, name}) : components_.end();
+    if (found == components_.end())
+        return std::nullopt;
+    return collect(arrays_[found->second.arrayIndex], found->second.number);
 }
 
 std::optional<NarrowedValues> OriginalFiles::ofNodes(const Zone& zone) {
-    return collect(zone, [&](const vtu::Array& array) {
-        const bool isWanted = array.section == vtu::Section::cells;
-        return isWanted ? std::optional<std::uint64_t>{0} : std::nullopt;
-    });
+    if (!read(zone))
+        return std::nullopt;
+    const auto found =
+        std::find_if(arrays_.begin(), arrays_.end(), [](const auto& array) { return array.isConnectivity(); });
+    return found == arrays_.end() ? std::nullopt : collect(*found, 0);
 }
 
-template <class IsWanted>
-std::optional<NarrowedValues> OriginalFiles::collect(const Zone& zone, const IsWanted& isWanted) {
-    const auto zoneIndex = static_cast<std::size_t>(zone.number) - 1;
-    const std::size_t begin = isOnePerZone_ ? zoneIndex : 0, end = isOnePerZone_ ? begin + 1 : files_.size();
+std::optional<NarrowedValues> OriginalFiles::collect(const vtu::PiecewiseArray& array, std::uint64_t component) const {
     NarrowedValues values;
     bool isWhole = true;
-    for (std::size_t index = begin; index < end; ++index) {
-        read(index);
-        for (const vtu::PiecewiseArray& array : arrays_)
-            if (const auto component = isWanted(array.first()))
-                vtu::forEachNarrowedValue(
-                    document_, array,
-                    [&](const vtu::NarrowedValue& value) {
-                        if (value.component != *component && !array.isConnectivity())
-                            return;
-                        isWhole = isWhole && isOnePerZone_ && values.size() < countLimit;
-                        if (isWhole)
-                            values.push_back(value);
-                    },
-                    write::pollInterrupt);
-    }
+    vtu::forEachNarrowedValue(
+        document_, array,
+        [&](const vtu::NarrowedValue& value) {
+            if (value.component != component && !array.isConnectivity())
+                return;
+            isWhole = isWhole && values.size() < countLimit;
+            if (isWhole)
+                values.push_back(value);
+        },
+        write::pollInterrupt);
     return isWhole ? std::optional{std::move(values)} : std::nullopt;
 }
 
-void OriginalFiles::read(std::size_t fileIndex) {
-    if (std::exchange(readIndex_, fileIndex) == fileIndex)
-        return;
-    document_ = vtu::readDocument(files_[fileIndex], write::pollInterrupt);
+bool OriginalFiles::read(const Zone& zone) {
+    const auto index = static_cast<std::size_t>(zone.number) - 1;
+    if (!files_.areKnown)
+        return false;
+    if (std::exchange(readIndex_, index) == index)
+        return !document_.malformation;
+    document_ = vtu::readDocument(files_.files[index], write::pollInterrupt);
     arrays_ = vtu::piecewiseArrays(document_);
+    components_.clear();
+    for (std::size_t arrayIndex = 0; arrayIndex < arrays_.size(); ++arrayIndex) {
+        const vtu::Array& array = arrays_[arrayIndex].first();
+        const bool isAtCells = array.section == vtu::Section::cellData;
+        std::uint64_t number = 0;
+        if (array.section != vtu::Section::cells)
+            for (std::string& name : vtu::variableNames(array))
+                components_.try_emplace({isAtCells ? ValueLocation_CellCentered : ValueLocation_Nodal, std::move(name)},
+                                        Component{arrayIndex, number++});
+    }
+    return !document_.malformation;
 }
 
 } // namespace krohost::cli

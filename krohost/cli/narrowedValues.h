@@ -2,12 +2,15 @@
 
 #include "krohost/Dataset.h"
 #include "krohost/vtu/narrowing.h"
+#include "krohost/write/zoneFiles.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
+#include <map>
 #include <optional>
-#include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace krohost::cli {
@@ -20,24 +23,31 @@ using NarrowedValues = std::vector<vtu::NarrowedValue>;
 class OriginalFiles {
 public:
     OriginalFiles() = default;
-    OriginalFiles(const Dataset& dataset, std::vector<std::filesystem::path> files);
+    /// Throws write::Interrupted, as what is below does.
+    OriginalFiles(const Dataset& dataset, const std::vector<std::filesystem::path>& files);
 
-    /// Of one variable of a zone. Nothing when they are more than a million, or when it is not known which file the
-    /// zone comes from and there are such values.
+    /// Of one variable of a zone. Nothing when they are more than a million, or when it is not known which array of
+    /// which file the variable comes from.
     std::optional<NarrowedValues> ofVariable(const Zone& zone, ValueLocation_e location, const std::string& name);
     /// Of the zone's node numbers, in the order of the file.
     std::optional<NarrowedValues> ofNodes(const Zone& zone);
 
 private:
-    template <class IsWanted>
-    std::optional<NarrowedValues> collect(const Zone& zone, const IsWanted& isWanted);
-    void read(std::size_t fileIndex);
+    /// False when the zone's file is not known or cannot be read to its end.
+    bool read(const Zone& zone);
+    std::optional<NarrowedValues> collect(const vtu::PiecewiseArray& array, std::uint64_t component) const;
 
-    std::vector<std::filesystem::path> files_;
-    bool isOnePerZone_ = false;
+    using VariableKey = std::pair<ValueLocation_e, std::string>;
+    struct Component {
+        std::size_t arrayIndex;
+        std::uint64_t number;
+    };
+
+    write::ZoneFiles files_;
     std::size_t readIndex_ = SIZE_MAX;
     vtu::Document document_;
     std::vector<vtu::PiecewiseArray> arrays_;
+    std::map<VariableKey, Component> components_;
 };
 
 } // namespace krohost::cli

@@ -57,6 +57,11 @@ Compressor compressorNamed(const std::string* word) {
     return Compressor::unknown;
 }
 
+bool Document::mayNameMore() const {
+    const bool isOther = !beginsAsMarkup || (malformation && malformation->code == "file-type");
+    return malformation && !isOther && (root.name.empty() || isCollection());
+}
+
 std::vector<const Array*> Document::arrays() const {
     std::vector<const Array*> all;
     const auto append = [&all](const std::vector<Array>& arrays) {

@@ -115,8 +115,12 @@ struct Document {
     std::optional<std::uint64_t> appendedBegin; ///< behind the `_`, where the encoding is known
     bool isAppendedRaw = false;                 ///< else base64
     std::optional<Malformation> malformation;
+    bool beginsAsMarkup = false; ///< with a `<`, after white space
 
     bool isCollection() const { return type == "PUnstructuredGrid" || type == "vtkMultiBlockDataSet"; }
+    /// Whether it is, or for all that is known may be, a collection of more than its members here, because reading
+    /// ended early.
+    bool mayNameMore() const;
     /// Those of the pieces, then those of the field data.
     std::vector<const Array*> arrays() const;
 };

@@ -87,7 +87,8 @@ private:
             const auto count = static_cast<int>(stream.gcount());
             if (fedCount == 0 && isUtf16({block.data(), static_cast<std::size_t>(count)}))
                 return stop("utf-16", "the file is in UTF-16 (accepted: UTF-8)");
-            isMarked_ = isMarked_ || (fedCount == 0 && std::string_view{block.data(), block.size()}.starts_with(mark));
+            if (fedCount == 0)
+                look({block.data(), static_cast<std::size_t>(count)});
             fedCount += static_cast<std::uint64_t>(count);
             const bool isLast = static_cast<std::size_t>(count) < block.size();
             if (XML_Parse(parser_.get(), block.data(), count, isLast) == XML_STATUS_ERROR)
@@ -100,6 +101,14 @@ private:
     }
 
     static constexpr std::string_view mark = "\xEF\xBB\xBF"; // of UTF-8
+
+    /// Takes down what the file's first bytes tell.
+    void look(std::string_view bytes) {
+        isMarked_ = bytes.starts_with(mark);
+        bytes.remove_prefix(isMarked_ ? mark.size() : 0);
+        const std::size_t first = bytes.find_first_not_of(" \t\n\v\f\r");
+        document_.beginsAsMarkup = first != bytes.npos && bytes[first] == '<';
+    }
 
     static bool isUtf16(std::string_view bytes) {
         return bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");

@@ -32,7 +32,7 @@ bool Inputs::contains(const std::filesystem::path& path) {
         named_.pop_back();
         addMembers(next);
     }
-    return files_.contains(identity);
+    return areUnknown_ || files_.contains(identity);
 }
 
 void Inputs::addIdentity(const std::filesystem::path& path) {
@@ -45,6 +45,7 @@ void Inputs::addMembers(const std::filesystem::path& path) {
     if (!status || !S_ISREG(status->st_mode) || !readFiles_.emplace(status->st_dev, status->st_ino).second)
         return;
     const vtu::Document document = vtu::readDocument(path, pollInterrupt);
+    areUnknown_ = areUnknown_ || document.mayNameMore();
     for (const vtu::Member& member : document.members) {
         addIdentity(member.path);
         named_.push_back(member.path);

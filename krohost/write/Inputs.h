@@ -17,7 +17,8 @@ public:
     void add(const std::filesystem::path& path) { named_.push_back(path); }
 
     /// Whether this is another name of an input, or one of its names. Collections are read when there is a file to
-    /// compare with. Throws std::bad_alloc.
+    /// compare with; with one that cannot be read to its end, any file that is there counts as one that it names.
+    /// Throws std::bad_alloc.
     bool contains(const std::filesystem::path& path);
 
 private:
@@ -29,6 +30,7 @@ private:
     std::vector<std::filesystem::path> named_; // whose members are not known yet
     std::set<Identity> files_;
     std::set<Identity> readFiles_; // for members
+    bool areUnknown_ = false;      // some of the members
 };
 
 } // namespace krohost::write

@@ -44,7 +44,7 @@ void addNarrowings(const fs::path& file, const UsedArrays& used, std::set<fs::pa
         const vtu::Document document = vtu::readDocument(next, pollInterrupt);
         if (document.malformation)
             losses.add({.what = "changed",
-                        .message = fmt::format("Which values of \"{}\" the host holds otherwise is not known: {}.",
+                        .message = fmt::format("What is lost of \"{}\" cannot be told: {}.",
                                                next.string(), document.malformation->message),
                         .file = next.string()});
         for (auto member = document.members.rbegin(); member != document.members.rend(); ++member)

@@ -1,5 +1,6 @@
 #include "krohost/write/cellOrder.h"
 
+#include "krohost/write/Loss.h"
 #include "krohost/write/WriteError.h"
 #include "krohost/write/documentValues.h"
 #include "krohost/write/zoneFiles.h"
@@ -26,6 +27,8 @@ bool needsOrder(const Zone& zone) {
 /// Runs of cells of one type and number of nodes, the sections in the order in which they first appear.
 std::vector<CellRun> readRuns(const std::filesystem::path& file) {
     const Document document = vtu::readDocument(file, pollInterrupt);
+    if (document.malformation)
+        throw WriteError(document.malformation->message);
     std::map<std::pair<std::uint8_t, std::uint64_t>, std::size_t> sections;
     std::vector<CellRun> runs;
     for (const vtu::Piece& piece : document.pieces) {
@@ -54,30 +57,32 @@ bool fits(const std::vector<CellRun>& runs, const Zone& zone) {
                       });
 }
 
+[[noreturn]] void failForOrder(const Zone& zone, const std::string& reason) {
+    throw WriteError(fmt::format("Nothing was written, because it is not known in which order the values at cells of "
+                                 "zone {} \"{}\" come: {}",
+                                 zone.number, zone.name, reason));
+}
+
 } // namespace
 
-CellOrders cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs, Losses& losses) {
+CellOrders cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs) {
     CellOrders orders(dataset.zones.size());
     if (std::none_of(dataset.zones.begin(), dataset.zones.end(), needsOrder))
         return orders;
-    const std::vector<std::filesystem::path> files = zoneFiles(inputs);
+    const auto [files, areKnown] = zoneFiles(inputs, orders.size());
     for (std::size_t index = 0; index < orders.size(); ++index) {
         const Zone& zone = dataset.zones[index];
         if (!needsOrder(zone))
             continue;
+        if (!areKnown)
+            failForOrder(zone, "it is not known which file the zone comes from");
         try {
-            if (files.size() == orders.size())
-                orders[index] = readRuns(files[index]);
-        } catch (const WriteError&) {
-            // The order stays unknown, which is said below.
+            orders[index] = readRuns(files[index]);
+        } catch (const WriteError& error) {
+            failForOrder(zone, error.what());
         }
-        if (orders[index].empty() || !fits(orders[index], zone)) {
-            orders[index].clear();
-            losses.add(
-                {"changed", fmt::format("Zone {} \"{}\": it is not known in which order its values at cells come; "
-                                        "they are written as if they came section by section.",
-                                        zone.number, zone.name)});
-        }
+        if (!fits(orders[index], zone))
+            failForOrder(zone, fmt::format("\"{}\" has other cells", files[index].string()));
     }
     return orders;
 }

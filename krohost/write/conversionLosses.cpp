@@ -186,7 +186,7 @@ void addCollections(const Dataset& dataset, const std::vector<fs::path>& inputs,
     std::size_t zoneIndex = 0;
     for (const fs::path& input : inputs) {
         const Document document = vtu::readDocument(input, pollInterrupt);
-        const std::size_t zoneCount = zoneFiles({input}).size();
+        const std::size_t zoneCount = zoneFiles({input}, 0).files.size();
         if (document.isCollection() && zoneCount > 0)
             ZoneLosses{dataset, dataset.zones[zoneIndex], document, format, losses}.addFields();
         zoneIndex += zoneCount;
@@ -245,13 +245,15 @@ bool areNodesNarrow(const Dataset& dataset) {
 Losses conversionLosses(const Dataset& dataset, const std::vector<fs::path>& inputs, FileFormat format) {
     const bool usesNodes = format != FileFormat::csv && areNodesNarrow(dataset);
     Losses losses = narrowingLosses(inputs, {[](const vtu::Array&) { return true; }, usesNodes});
-    const std::vector<fs::path> files = zoneFiles(inputs);
-    if (files.size() == dataset.zones.size()) {
+    const auto [files, areKnown] = zoneFiles(inputs, dataset.zones.size());
+    if (areKnown)
         addCollections(dataset, inputs, format, losses);
-        for (std::size_t index = 0; index < files.size(); ++index) {
-            const Document document = vtu::readDocument(files[index], pollInterrupt);
+    else
+        losses.add({"changed", "What is lost cannot be told: it is not known which zone comes from which file."});
+    for (std::size_t index = 0; areKnown && index < files.size(); ++index) {
+        const Document document = vtu::readDocument(files[index], pollInterrupt);
+        if (!document.malformation) // else it is among the losses itself
             ZoneLosses{dataset, dataset.zones[index], document, format, losses}.add();
-        }
     }
     addZoneProperties(dataset, format, losses);
     if (format != FileFormat::csv)

@@ -13,28 +13,32 @@ using vtu::Document;
 namespace {
 
 bool isEmpty(const Document& document) {
-    return std::all_of(document.pieces.begin(), document.pieces.end(), [](const vtu::Piece& piece) {
+    const bool hasNone = std::all_of(document.pieces.begin(), document.pieces.end(), [](const vtu::Piece& piece) {
         return piece.pointCount.value_or(0) == 0 && piece.cellCount.value_or(0) == 0;
     });
+    return hasNone && !document.malformation;
 }
 
 } // namespace
 
-std::vector<std::filesystem::path> zoneFiles(const std::vector<std::filesystem::path>& inputs) {
-    std::vector<std::filesystem::path> files;
+ZoneFiles zoneFiles(const std::vector<std::filesystem::path>& inputs, std::size_t zoneCount) {
+    ZoneFiles result;
+    bool isWhole = true;
     for (const std::filesystem::path& input : inputs) {
         const Document document = vtu::readDocument(input, pollInterrupt);
         std::vector<std::filesystem::path> candidates{input};
-        if (document.isCollection()) {
+        if (document.mayNameMore())
+            isWhole = false;
+        else if (document.isCollection())
             candidates.clear();
-            for (const vtu::Member& member : document.members)
-                candidates.push_back(member.path);
-        }
+        for (const vtu::Member& member : document.members)
+            candidates.push_back(member.path);
         std::copy_if(
-            candidates.begin(), candidates.end(), std::back_inserter(files),
+            candidates.begin(), candidates.end(), std::back_inserter(result.files),
             [](const std::filesystem::path& file) { return !isEmpty(vtu::readDocument(file, pollInterrupt)); });
     }
-    return files;
+    result.areKnown = isWhole && result.files.size() == zoneCount;
+    return result;
 }
 
 } // namespace krohost::write

@@ -1,12 +1,19 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <vector>
 
 namespace krohost::write {
 
-/// The files that become the zones of a load of these files, in their order: collections give their members, and a file
-/// without points and cells gives no zone.
-std::vector<std::filesystem::path> zoneFiles(const std::vector<std::filesystem::path>& inputs);
+struct ZoneFiles {
+    std::vector<std::filesystem::path> files; ///< in the order of the zones
+    bool areKnown = false; ///< whether each is the file of the zone with its index; else they are all that is known of
+};
+
+/// The files that become the zones of a load of these files: collections give their members, and a file without points
+/// and cells gives no zone. One that cannot be read to its end is never left out, and of a collection it is the
+/// collection itself that is given. Throws Interrupted.
+ZoneFiles zoneFiles(const std::vector<std::filesystem::path>& inputs, std::size_t zoneCount);
 
 } // namespace krohost::write

@@ -1,4 +1,5 @@
 #include "tests/krohost/runKrohost.h"
+#include "tests/support/sound.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -99,6 +100,7 @@ TEST_F(Convert, SeveralZonesBecomeACollectionWithMembersBesideIt) {
 
 TEST_F(Convert, AFailureLeavesNothingAndSaysWhy) {
     vtu().piece(hexahedron()).write(folder / "a.vtu");
+    odd(vtu().piece(mixed())).write(folder / "odd.vtu");
     const std::vector<std::string> before = files();
     const std::vector<std::tuple<const char*, int, const char*>> rows{
         {"a.vtu", 2, "--output is required"},
@@ -114,6 +116,9 @@ TEST_F(Convert, AFailureLeavesNothingAndSaysWhy) {
         {"bad.vtu -o b.vtkhdf", 1, "VTK Data Loader: "},
         {"bad.vtu -o b.cgns", 1, "VTK Data Loader: "},
         {"bad.vtu -o b.csv", 1, "VTK Data Loader: "},
+        {"odd.vtu -o b.vtu", 1,
+         "Nothing was written, because it is not known in which order the values at cells of zone 1 \"odd\" come: the "
+         "document is not well-formed XML"},
         {"broken.vtu -o b.vtu", 1, "krohost: the load stopped at \"broken.vtu: Parsing XML file...\"\n"},
         {"a.vtu a.vtu -o b.vtu --repair", 2, "--repair takes one file.\n"},
         {"broken.vtu -o b.vtu --repair", 1, "The file \"broken.vtu\" cannot be repaired: "},
@@ -136,10 +141,11 @@ TEST_F(Convert, AnInputIsNeverReplaced) {
         return fmt::format(R"(<VTKFile type="{0}"><{0}>{1}</{0}></VTKFile>)", type, rest);
     };
     folder.write("b.vtm", names("vtkMultiBlockDataSet", R"(<DataSet file="b/b_0.vtu"/>)"));
+    folder.write("odd.vtm", names("vtkMultiBlockDataSet", "<Block \u0370=\"\"/><DataSet file=\"b/b_0.vtu\"/>"));
     folder.write("c.pvd", names("Collection", R"(<DataSet file="b.vtm"/>)"));
     std::filesystem::rename(folder / "b_0.vtu", folder / "b/b_0.vtu");
     const Outcome made = runShell(folder, "ln b/b_0.vtu hard.vtu; ln -s b/b_0.vtu soft.vtu; cp '" ADD_ON "' addon.so; "
-                                          "$krohost c.pvd --record layout.json");
+                                          "$krohost c.pvd --record layout.json; $krohost odd.vtm --record odd.json");
     ASSERT_EQ(made.exitCode, 0) << made.errors;
     const std::string member = readFile(folder / "b/b_0.vtu");
     const std::string dump = "dump --variable X ";
@@ -155,7 +161,9 @@ TEST_F(Convert, AnInputIsNeverReplaced) {
                                                                 {"replay layout.json --record ", "layout.json"},
                                                                 {"replay layout.json --record ", "b.vtm"},
                                                                 {"convert b/b_0.vtu --repair -o ", "hard.vtu"},
-                                                                {"b.vtm --addon addon.so --record ", "addon.so"}};
+                                                                {"b.vtm --addon addon.so --record ", "addon.so"},
+                                                                {"convert odd.vtm --to csv -o ", "b/b_0.vtu"},
+                                                                {"replay odd.json --record ", "b/b_0.vtu"}};
     for (const auto& [command, output] : rows) {
         const Outcome outcome = run(command + output + " --force");
         const bool isMember = command == "convert b/b_0.vtu -o ";
