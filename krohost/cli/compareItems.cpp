@@ -15,27 +15,58 @@ namespace krohost::cli {
 namespace {
 
 /// Of numbers that are not close: NaN and infinities are infinitely far from others.
-double distance(double left, double right) {
-    const double difference = std::abs(left - right);
-    return std::isnan(difference) ? std::numeric_limits<double>::infinity() : difference;
+template <class Real>
+Real distance(Real left, Real right) {
+    const Real difference = std::abs(left - right);
+    return std::isnan(difference) ? std::numeric_limits<Real>::infinity() : difference;
 }
 
-double greaterMagnitude(double left, double right) {
+template <class Real>
+Real greaterMagnitude(Real left, Real right) {
     return std::max(std::abs(left), std::abs(right));
 }
 
-void raise(Extreme& extreme, double difference, std::int64_t index, double left, double right) {
+template <class Real>
+bool isWithin(Real left, Real right, const Tolerance& tolerance) {
+    if (left == right || (std::isnan(left) && std::isnan(right)))
+        return true;
+    const Real difference = distance(left, right);
+    return !std::isinf(difference) &&
+           difference <= std::max(Real{tolerance.absolute}, Real{tolerance.relative} * greaterMagnitude(left, right));
+}
+
+void raise(Extreme& extreme, double difference, std::int64_t index, long double left, long double right) {
     if (difference > extreme.difference)
         extreme = {difference, index, left, right};
 }
 
-void note(Comparison& comparison, std::int64_t index, double left, double right) {
-    const double difference = distance(left, right);
-    if (comparison.differingCount++ == 0 || index < comparison.firstIndex)
+template <class Real>
+void note(Comparison& comparison, std::size_t place, Real left, Real right) {
+    const Real difference = distance(left, right);
+    const auto index = static_cast<std::int64_t>(place);
+    if (comparison.differingCount++ == 0)
         comparison.firstIndex = index;
-    raise(comparison.absolute, difference, index, left, right);
-    raise(comparison.relative, std::isinf(difference) ? difference : difference / greaterMagnitude(left, right), index,
-          left, right);
+    const Real relative = std::isinf(difference) ? difference : difference / greaterMagnitude(left, right);
+    raise(comparison.absolute, static_cast<double>(difference), index, left, right);
+    raise(comparison.relative, static_cast<double>(relative), index, left, right);
+}
+
+/// The place of the next original; beyond all places when there is none.
+std::size_t nextPlace(const Originals& originals) {
+    std::uint64_t place = SIZE_MAX;
+    for (const auto& side : {originals.left, originals.right})
+        if (!side.empty())
+            place = std::min(place, side.front().tuple);
+    return static_cast<std::size_t>(place);
+}
+
+/// The next of the originals if it is that of the place, else what the host holds.
+long double takeOriginal(std::span<const vtu::NarrowedValue>& originals, std::size_t place, long double held) {
+    if (originals.empty() || originals.front().tuple != place)
+        return held;
+    const long double value = originals.front().value;
+    originals = originals.subspan(1);
+    return value;
 }
 
 template <class Left, class Right>
@@ -54,73 +85,44 @@ bool areUnequalIntegers(Left left, Right right) {
 
 /// Equal bytes are equal values, NaN too; most blocks of most files are.
 template <class Left, class Right>
-Comparison compare(std::span<const Left> left, std::span<const Right> right, const Tolerance& tolerance) {
+Comparison compare(std::span<const Left> left, std::span<const Right> right, const Tolerance& tolerance,
+                   Originals originals) {
     constexpr std::size_t blockLength = 4096;
     Comparison comparison;
     comparison.count = static_cast<std::int64_t>(left.size());
+    std::size_t next = nextPlace(originals);
     for (std::size_t begin = 0; begin < left.size(); begin += blockLength) {
         const std::size_t end = std::min(begin + blockLength, left.size());
-        if (haveSameBytes(left.subspan(begin, end - begin), right.subspan(begin, end - begin)))
+        if (next >= end && haveSameBytes(left.subspan(begin, end - begin), right.subspan(begin, end - begin)))
             continue;
-        for (std::size_t index = begin; index < end; ++index) {
-            const auto a = static_cast<double>(left[index]), b = static_cast<double>(right[index]);
-            if (!areClose(a, b, tolerance) || (tolerance.isZero() && areUnequalIntegers(left[index], right[index])))
-                note(comparison, static_cast<std::int64_t>(index), a, b);
+        for (std::size_t place = begin; place < end; ++place) {
+            const auto a = static_cast<double>(left[place]), b = static_cast<double>(right[place]);
+            if (place == next) {
+                const long double x = takeOriginal(originals.left, place, a),
+                                  y = takeOriginal(originals.right, place, b);
+                if (!isWithin(x, y, tolerance))
+                    note(comparison, place, x, y);
+                next = nextPlace(originals);
+            } else if (!areClose(a, b, tolerance) ||
+                       (tolerance.isZero() && areUnequalIntegers(left[place], right[place])))
+                note(comparison, place, a, b);
         }
     }
     return comparison;
 }
 
-long double held(const Deferred& data, std::uint64_t index) {
-    return withItemType(data, [&]<class Item>(ItemTag<Item>) {
-        return static_cast<long double>(data.parts().front().items<Item>()[static_cast<std::size_t>(index)]);
-    });
-}
-
-bool differ(long double left, long double right, const Tolerance& tolerance) {
-    return tolerance.isZero() ? left != right
-                              : !areClose(static_cast<double>(left), static_cast<double>(right), tolerance);
-}
-
-/// The next of the originals if it is that of the item, else what the host holds.
-long double original(std::span<const vtu::NarrowedValue>& originals, std::uint64_t index, const Deferred& data) {
-    if (originals.empty() || originals.front().tuple != index)
-        return held(data, index);
-    const long double value = originals.front().value;
-    originals = originals.subspan(1);
-    return value;
-}
-
 } // namespace
 
-void addHiddenDifferences(Comparison& comparison, const Deferred& left, const Deferred& right,
-                          std::span<const vtu::NarrowedValue> leftOriginals,
-                          std::span<const vtu::NarrowedValue> rightOriginals, const Tolerance& tolerance) {
-    while (!leftOriginals.empty() || !rightOriginals.empty()) {
-        const std::uint64_t index = std::min(leftOriginals.empty() ? UINT64_MAX : leftOriginals.front().tuple,
-                                             rightOriginals.empty() ? UINT64_MAX : rightOriginals.front().tuple);
-        if (index >= static_cast<std::uint64_t>(comparison.count))
-            return; // the file has changed since it was loaded
-        const bool isHidden = !differ(held(left, index), held(right, index), tolerance);
-        const long double a = original(leftOriginals, index, left), b = original(rightOriginals, index, right);
-        if (isHidden && differ(a, b, tolerance))
-            note(comparison, static_cast<std::int64_t>(index), static_cast<double>(a), static_cast<double>(b));
-    }
-}
-
 bool areClose(double left, double right, const Tolerance& tolerance) {
-    if (left == right || (std::isnan(left) && std::isnan(right)))
-        return true;
-    const double difference = distance(left, right);
-    return !std::isinf(difference) &&
-           difference <= std::max(tolerance.absolute, tolerance.relative * greaterMagnitude(left, right));
+    return isWithin(left, right, tolerance);
 }
 
-Comparison compareItems(const Deferred& left, const Deferred& right, std::size_t partIndex,
-                        const Tolerance& tolerance) {
+Comparison compareItems(const Deferred& left, const Deferred& right, std::size_t partIndex, const Tolerance& tolerance,
+                        Originals originals) {
     return withItemType(left, [&]<class Left>(ItemTag<Left>) {
         return withItemType(right, [&]<class Right>(ItemTag<Right>) {
-            return compare(left.parts()[partIndex].items<Left>(), right.parts()[partIndex].items<Right>(), tolerance);
+            return compare(left.parts()[partIndex].items<Left>(), right.parts()[partIndex].items<Right>(), tolerance,
+                           originals);
         });
     });
 }

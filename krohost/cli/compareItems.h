@@ -22,7 +22,7 @@ struct Tolerance {
 struct Extreme {
     double difference = 0;
     std::int64_t index = 0;
-    double left = 0, right = 0;
+    long double left = 0, right = 0; ///< which holds every 64-bit integer
 };
 
 struct Comparison {
@@ -34,13 +34,15 @@ struct Comparison {
 
 bool areClose(double left, double right, const Tolerance& tolerance);
 
-/// Compares one part of two loaded variables or node maps, of whatever storage types. Both must have as many items.
-Comparison compareItems(const Deferred& left, const Deferred& right, std::size_t partIndex, const Tolerance& tolerance);
+/// The values that the files have where hosts hold others, in the order of their places.
+struct Originals {
+    std::span<const vtu::NarrowedValue> left, right;
+};
 
-/// Adds the differences of the files where the host holds other values than they do, which may be equal there. The
-/// values are those that the files have at some of the items, in the order of their places.
-void addHiddenDifferences(Comparison& comparison, const Deferred& left, const Deferred& right,
-                          std::span<const vtu::NarrowedValue> leftOriginals,
-                          std::span<const vtu::NarrowedValue> rightOriginals, const Tolerance& tolerance);
+/// Compares one part of two loaded variables or node maps, of whatever storage types. Both must have as many items.
+/// Where there is an original, it takes the place of what the host holds. Those of places beyond the items are passed
+/// over.
+Comparison compareItems(const Deferred& left, const Deferred& right, std::size_t partIndex, const Tolerance& tolerance,
+                        Originals originals = {});
 
 } // namespace krohost::cli

@@ -12,6 +12,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -60,14 +62,32 @@ VariablesByKey byKey(const std::vector<NamedVariable>& variables) {
     return result;
 }
 
+/// Whether it is an integer that a double does not hold.
+bool isWide(long double value) {
+    return std::isfinite(value) && static_cast<long double>(static_cast<double>(value)) != value;
+}
+
+std::string valueText(long double value) {
+    return isWide(value) ? vtu::inDigits(value) : fmt::format("{}", static_cast<double>(value));
+}
+
 std::string extremeText(const char* kind, const Extreme& extreme) {
-    return fmt::format("largest {} difference {} at {} ({}, {})", kind, extreme.difference, extreme.index, extreme.left,
-                       extreme.right);
+    return fmt::format("largest {} difference {} at {} ({}, {})", kind, extreme.difference, extreme.index,
+                       valueText(extreme.left), valueText(extreme.right));
+}
+
+ordered_json valueObject(long double value) {
+    if (!isWide(value))
+        return static_cast<double>(value);
+    return value < 0 ? ordered_json(static_cast<std::int64_t>(value)) : ordered_json(static_cast<std::uint64_t>(value));
 }
 
 /// Infinities and NaN are null in the document.
 ordered_json extremeObject(const Extreme& extreme) {
-    return {{"difference", extreme.difference}, {"index", extreme.index}, {"a", extreme.left}, {"b", extreme.right}};
+    return {{"difference", extreme.difference},
+            {"index", extreme.index},
+            {"a", valueObject(extreme.left)},
+            {"b", valueObject(extreme.right)}};
 }
 
 /// Walks two datasets side by side and writes down what differs.
@@ -194,13 +214,12 @@ private:
         const Hold a = hold(left_, left.variable->data->target()), b = hold(right_, right.variable->data->target());
         if (!areLoaded(a, b, left.key()))
             return;
-        Comparison result = compareItems(*a.data(), *b.data(), 0, tolerance_);
         const auto location = left.variable->location;
         const auto ofA = left_.originals.ofVariable(leftZone, location, left.name),
                    ofB = right_.originals.ofVariable(rightZone, location, right.name);
         if (!ofA || !ofB)
             return addUnknown(left.key());
-        addHiddenDifferences(result, *a.data(), *b.data(), *ofA, *ofB, tolerance_);
+        const Comparison result = compareItems(*a.data(), *b.data(), 0, tolerance_, {*ofA, *ofB});
         if (result.differingCount == 0)
             return;
         addLine(fmt::format("{}: {} of {} values differ, {}, {}", left.key(), result.differingCount, result.count,

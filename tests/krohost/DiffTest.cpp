@@ -1,4 +1,5 @@
 #include "tests/krohost/runKrohost.h"
+#include "tests/support/sound.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -32,6 +33,11 @@ protected:
         const std::int64_t wrap = std::int64_t{1} << 32;
         ids({0, 1, 2, 3, 4, 5, 6, 7}).write(folder / "i.vtu");
         ids({0, 1, 2, wrap + 3, 4, 5, 6, 7}).write(folder / "j.vtu");
+        test::odd(ids({0, 1, 2, wrap + 3, 4, 5, 6, 7})).write(folder / "odd.vtu");
+        ids({0, 1, 2, 3, 4, 5, 6, INT32_MAX}).write(folder / "most.vtu");
+        ids({0, 1, 2, 3, 4, 5, 6, std::int64_t{INT32_MAX} + 1}).write(folder / "over.vtu");
+        ids({0, 1, 2, 3, 4, 5, 6, INT64_MAX - 1}).write(folder / "far.vtu");
+        ids({0, 1, 2, 3, 4, 5, 6, INT64_MAX}).write(folder / "farther.vtu");
         ids({0, 1, 2, wrap + 3, 4, 5, 6, 7})
             .values("connectivity", {0, 1, 2, 3, 4, 5, 6, wrap + 7})
             .write(folder / "k.vtu");
@@ -43,6 +49,11 @@ protected:
 } // namespace
 
 TEST_F(Diff, SaysWhatDiffers) {
+    std::string unknown; // of what a file holds that is not read to its end
+    for (const char* what :
+         {"node map", "nodal variable \"X\"", "nodal variable \"Y\"", "nodal variable \"Z\"", "nodal variable \"id\""})
+        unknown += std::string{"zone 1 \"odd\": "} + what +
+                   ": cannot be compared, the host does not hold the values of the files\n";
     const std::string p = "zone 1 \"a\": nodal variable \"p\": ";
     const std::vector<std::tuple<const char*, int, std::string>> table{
         {"a.vtu a.vtu", 0, ""},
@@ -71,6 +82,16 @@ TEST_F(Diff, SaysWhatDiffers) {
          "zone 1 \"i\": nodal variable \"id\": 1 of 8 values differ, largest absolute difference 4294967296 at 3 (3, "
          "4294967299), largest relative difference 0.9999999993015081 at 3 (3, 4294967299)\n"},
         {"j.vtu i.vtu --rtol 1", 0, ""},
+        {"odd.vtu i.vtu", 5, unknown},
+        {"most.vtu over.vtu --atol 1", 0, ""},
+        {"over.vtu most.vtu", 5,
+         "zone 1 \"over\": nodal variable \"id\": 1 of 8 values differ, largest absolute difference 1 at 7 "
+         "(2147483648, "
+         "2147483647), largest relative difference 4.656612873077393e-10 at 7 (2147483648, 2147483647)\n"},
+        {"far.vtu farther.vtu", 5,
+         "zone 1 \"far\": nodal variable \"id\": 1 of 8 values differ, largest absolute difference 1 at 7 "
+         "(9223372036854775806, 9223372036854775807), largest relative difference 1.0842021724855044e-19 at 7 "
+         "(9223372036854775806, 9223372036854775807)\n"},
         {"j.vtu k.vtu", 5,
          "zone 1 \"j\": node map: cannot be compared, the host does not hold the values of the files\n"},
         {"a.vtu bad.vtu", 1, p + "not compared, not loaded from B\n"},
