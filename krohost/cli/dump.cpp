@@ -7,6 +7,7 @@
 #include "krohost/itemType.h"
 #include "krohost/write/WriteError.h"
 #include "krohost/write/csv.h"
+#include "krohost/write/damage.h"
 #include "krohost/write/zoneFiles.h"
 
 #include <fmt/compile.h>
@@ -247,6 +248,8 @@ std::vector<std::filesystem::path> filesOf(const Dataset& dataset, const Zone& z
 write::Losses lossesOf(const Dataset& dataset, const Selection& selection, const CommandLine& line, const Plan& plan) {
     const std::vector<std::string>& wanted = line.dump.variables;
     const auto isWanted = [&](const vtu::Array& array) {
+        if (array.section == vtu::Section::cells || array.section == vtu::Section::fieldData)
+            return selection.isNodeMap && array.section == vtu::Section::cells;
         const std::vector<std::string> names = vtu::variableNames(array);
         const char* location = array.section == vtu::Section::cellData ? "cell" : "nodal";
         return (line.dump.location.empty() || line.dump.location == location) &&
@@ -254,8 +257,9 @@ write::Losses lossesOf(const Dataset& dataset, const Selection& selection, const
     };
     const bool areNodesNarrow = selection.isNodeMap && selection.zone.nodeMap->itemByteCount() == sizeof(std::int32_t);
     try {
-        write::Losses losses =
-            write::narrowingLosses(filesOf(dataset, selection.zone, plan), {isWanted, areNodesNarrow});
+        const std::vector<std::filesystem::path> files = filesOf(dataset, selection.zone, plan);
+        write::Losses losses = write::damageLosses(files, isWanted);
+        losses.add(write::narrowingLosses(files, {isWanted, areNodesNarrow}));
         if (line.dump.format == DumpFormat::csv && !line.isJson)
             write::addCsvRenamings(wanted, losses);
         return losses;

@@ -20,6 +20,7 @@
 #include "krohost/cli/trace.h"
 #include "krohost/text/printable.h"
 #include "krohost/write/WriteError.h"
+#include "krohost/write/damage.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -62,7 +63,8 @@ int exitCode(const Host& host, const Report& report) {
         return Exit_Interrupted;
     const bool hasDemands = std::all_of(report.demands.begin(), report.demands.end(),
                                         [](const DemandResult& result) { return result.isLoaded; });
-    return report.isLoaded && hasDemands && host.violations().empty() ? Exit_Done : Exit_Failed;
+    const bool isSound = report.isLoaded && hasDemands && !write::hasDamage(report.losses);
+    return isSound && host.violations().empty() ? Exit_Done : Exit_Failed;
 }
 
 /// The first thing that went wrong in a run with this exit code.
@@ -166,8 +168,10 @@ int finishDump(Host& host, const CommandLine& line, const Console& console, cons
     const int code = exitCode(host, report);
     if (line.isStrict && !report.losses.empty())
         return refuseLosses(host, line, console, report);
+    const std::string error =
+        write::hasDamage(report.losses) ? report.losses.list().front().message : errorText(host, code);
     if (output)
-        finishDump(*output, line, report, dialogTexts(host), host.violations(), errorText(host, code));
+        finishDump(*output, line, report, dialogTexts(host), host.violations(), error);
     else if (line.isJson)
         return console.print(jsonText({{"loaded", false}}, dialogTexts(host), host.violations(), errorText(host, code)),
                              code);

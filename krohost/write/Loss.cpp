@@ -33,26 +33,16 @@ bool isUsed(const vtu::PiecewiseArray& array, const UsedArrays& used) {
     return array.isConnectivity() ? used.areNodes : used.isVariable(array.first());
 }
 
-void addNarrowings(const fs::path& file, const UsedArrays& used, std::set<fs::path>& seen, Losses& losses) {
-    std::vector<fs::path> files{file};
-    while (!files.empty()) {
-        const fs::path next = std::move(files.back());
-        files.pop_back();
-        if (!seen.insert(next).second)
-            continue;
-        pollInterrupt();
-        const vtu::Document document = vtu::readDocument(next, pollInterrupt);
-        if (document.malformation)
-            losses.add({.what = "changed",
-                        .message = fmt::format("What is lost of \"{}\" cannot be told: {}.",
-                                               next.string(), document.malformation->message),
-                        .file = next.string()});
-        for (auto member = document.members.rbegin(); member != document.members.rend(); ++member)
-            files.push_back(member->path);
-        for (const vtu::PiecewiseArray& array : vtu::piecewiseArrays(document))
-            if (isUsed(array, used))
-                addNarrowing(document, array, losses);
-    }
+void addNarrowings(const vtu::Document& document, const UsedArrays& used, Losses& losses) {
+    const std::string file = document.path.string();
+    if (document.malformation)
+        losses.add(
+            {.what = "changed",
+             .message = fmt::format("What is lost of \"{}\" cannot be told: {}.", file, document.malformation->message),
+             .file = file});
+    for (const vtu::PiecewiseArray& array : vtu::piecewiseArrays(document))
+        if (isUsed(array, used))
+            addNarrowing(document, array, losses);
 }
 
 } // namespace
@@ -81,11 +71,25 @@ std::string sentence(const Loss& loss) {
                               : loss.message;
 }
 
+void forEachDocument(const std::vector<fs::path>& files, const std::function<void(const vtu::Document&)>& use) {
+    std::set<fs::path> seen;
+    std::vector<fs::path> waiting{files.rbegin(), files.rend()};
+    while (!waiting.empty()) {
+        const fs::path next = std::move(waiting.back());
+        waiting.pop_back();
+        if (!seen.insert(next).second)
+            continue;
+        pollInterrupt();
+        const vtu::Document document = vtu::readDocument(next, pollInterrupt);
+        for (auto member = document.members.rbegin(); member != document.members.rend(); ++member)
+            waiting.push_back(member->path);
+        use(document);
+    }
+}
+
 Losses narrowingLosses(const std::vector<fs::path>& files, const UsedArrays& used) {
     Losses losses;
-    std::set<fs::path> seen;
-    for (const fs::path& file : files)
-        addNarrowings(file, used, seen, losses);
+    forEachDocument(files, [&](const vtu::Document& document) { addNarrowings(document, used, losses); });
     return losses;
 }
 

@@ -15,7 +15,8 @@ namespace krohost::write {
 
 /// Something of the files that were read which is not, or is otherwise, in what is shown or written.
 struct Loss {
-    std::string what;       ///< a word for programs: "narrowed", "split", "joined", "dropped", "renamed" or "changed"
+    std::string what;       ///< a word for programs: "narrowed", "split", "joined", "dropped", "renamed", "changed" or
+                            ///< "damaged"
     std::string message;    ///< a sentence
     std::string array = {}; ///< name; empty where it is no single array
     std::string location = {}; ///< of the array: "points", "cells", "nodal", "cell" or "field"
@@ -46,6 +47,10 @@ private:
 
 /// The sentence, with the number of files where there are several.
 std::string sentence(const Loss& loss);
+
+/// Hands out these files and those that they name, each once. Throws Interrupted.
+void forEachDocument(const std::vector<std::filesystem::path>& files,
+                     const std::function<void(const vtu::Document&)>& use);
 
 /// What of the arrays is used.
 struct UsedArrays {

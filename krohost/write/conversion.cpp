@@ -5,6 +5,7 @@
 #include "krohost/write/cellOrder.h"
 #include "krohost/write/conversionLosses.h"
 #include "krohost/write/csv.h"
+#include "krohost/write/damage.h"
 #include "krohost/write/hdfWriters.h"
 #include "krohost/write/vtuFile.h"
 #include "krohost/write/zoneGrid.h"
@@ -153,6 +154,7 @@ Conversion convertZones(Host& host, const std::vector<fs::path>& inputs, const R
     write(host, request, orders, outputs, losses);
     requireAllowed(losses, request.isStrict); // names are found out while they are written
     pollInterrupt();
+    conversion.isIncomplete = hasDamage(losses);
     conversion.files = outputs.publish();
     return conversion;
 }

@@ -2,6 +2,7 @@
 
 #include "krohost/vtu/decode.h"
 #include "krohost/vtu/values.h"
+#include "krohost/write/damage.h"
 #include "krohost/write/zoneFiles.h"
 #include "krohost/write/zoneGrid.h"
 
@@ -244,7 +245,9 @@ bool areNodesNarrow(const Dataset& dataset) {
 
 Losses conversionLosses(const Dataset& dataset, const std::vector<fs::path>& inputs, FileFormat format) {
     const bool usesNodes = format != FileFormat::csv && areNodesNarrow(dataset);
-    Losses losses = narrowingLosses(inputs, {[](const vtu::Array&) { return true; }, usesNodes});
+    const auto isUsed = [](const vtu::Array&) { return true; };
+    Losses losses = damageLosses(inputs, isUsed);
+    losses.add(narrowingLosses(inputs, {isUsed, usesNodes}));
     const auto [files, areKnown] = zoneFiles(inputs, dataset.zones.size());
     if (areKnown)
         addCollections(dataset, inputs, format, losses);

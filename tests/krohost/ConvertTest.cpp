@@ -206,6 +206,21 @@ TEST_F(Convert, WhatIsLostIsSaidAndNotDoneWithStrict) {
         std::filesystem::remove(folder / "b.vtu");
     }
     EXPECT_EQ(run("check --deep a.vtu").output.find("a.vtu:"), 0);
+    std::string damaged = sound().appendedRaw().compressed(64).text();
+    damaged[damaged.find('_', damaged.find("<AppendedData")) + 1 + 6 * 4] ^= 0x55; // after the table of two blocks
+    folder.write("damaged.vtu", damaged);
+    for (const std::string command : {"convert damaged.vtu -o d.vtu", "dump damaged.vtu --variable pressure -o d.vtu"})
+        for (const auto& [option, isWritten] : {std::pair{" --strict", false}, {"", true}}) {
+            const Outcome outcome = run(command + option);
+            EXPECT_EQ(outcome.exitCode, 1) << command;
+            EXPECT_EQ(
+                outcome.errors.find("krohost: warning: Values of the array \"pressure\" (nodal) of \"damaged.vtu\" "
+                                    "are damaged: block 0 "),
+                0)
+                << outcome.errors;
+            EXPECT_EQ(std::filesystem::remove(folder / "d.vtu"), isWritten) << command;
+        }
+    EXPECT_EQ(run("dump damaged.vtu --variable X").exitCode, 0);
     MeshPiece narrow = hexahedron(), wide = hexahedron(); // all points are held as those of the first piece
     narrow.points = integers("Points", ElementType::Int16, numbers(24), 3);
     wide.points = reals("Points", ElementType::Float64, std::vector<double>(24, 70000.5), 3);
