@@ -2,6 +2,7 @@
 
 #include "krohost/vtu/Document.h"
 #include "krohost/write/Loaded.h"
+#include "krohost/write/Loss.h"
 #include "krohost/write/WriteError.h"
 #include "krohost/write/vtkCells.h"
 
@@ -13,6 +14,8 @@
 #include <cstring>
 #include <memory>
 #include <numeric>
+#include <set>
+#include <string_view>
 
 namespace krohost::write {
 
@@ -209,17 +212,18 @@ bool hasCellDataFirst(const std::vector<ArrayVariables>& nodal, const std::vecto
     return !nodal.empty() && !cell.empty() && cell.front().numbers.front() < nodal.front().numbers.front();
 }
 
-bool hasVariable(const Dataset& dataset, const Zone& zone, ValueLocation_e location, const std::string& name) {
-    for (std::int32_t number = 1; static_cast<std::size_t>(number) <= zone.variables.size(); ++number) {
-        const ZoneVariable* variable = zone.suppliedVariable(number);
-        if (variable && variable->location == location && variableName(dataset, number) == name)
-            return true;
-    }
-    return false;
+/// The names of all that a zone has at a location.
+std::set<std::string_view> namesAt(const Dataset& dataset, const Zone& zone, ValueLocation_e location) {
+    std::set<std::string_view> names;
+    for (std::int32_t number = 1; static_cast<std::size_t>(number) <= zone.variables.size(); ++number)
+        if (const ZoneVariable* variable = zone.suppliedVariable(number); variable && variable->location == location)
+            names.insert(variableName(dataset, number));
+    return names;
 }
 
-/// Whether the three variables from `number` on are the components of one vector, whose own name is free.
-bool isVector(const Dataset& dataset, const Zone& zone, std::int32_t number) {
+/// Whether the three variables from `number` on are the components of one vector, whose own name is not among those
+/// taken.
+bool isVector(const Dataset& dataset, const Zone& zone, std::int32_t number, const std::set<std::string_view>& taken) {
     const std::string& first = variableName(dataset, number);
     if (!first.ends_with("_X"))
         return false;
@@ -231,7 +235,7 @@ bool isVector(const Dataset& dataset, const Zone& zone, std::int32_t number) {
                 first.substr(0, first.size() - 1) + axes[static_cast<std::size_t>(axis)])
             return false;
     }
-    return !hasVariable(dataset, zone, x.location, first.substr(0, first.size() - 2));
+    return !taken.contains(std::string_view{first}.substr(0, first.size() - 2));
 }
 
 } // namespace
@@ -255,14 +259,16 @@ std::vector<std::int32_t> coordinateVariables(const Dataset& dataset, const Zone
 
 std::vector<ArrayVariables> arrayVariables(const Dataset& dataset, const Zone& zone, ValueLocation_e location) {
     const std::vector<std::int32_t> coordinates = coordinateVariables(dataset, zone);
+    const std::set<std::string_view> taken = namesAt(dataset, zone, location);
     std::vector<ArrayVariables> arrays;
     for (std::int32_t number = 1; static_cast<std::size_t>(number) <= zone.variables.size(); ++number) {
+        pollInterrupt();
         const ZoneVariable* variable = zone.suppliedVariable(number);
         if (!variable || !variable->data || variable->location != location ||
             std::find(coordinates.begin(), coordinates.end(), number) != coordinates.end())
             continue;
         const std::string& name = variableName(dataset, number);
-        if (isVector(dataset, zone, number)) {
+        if (isVector(dataset, zone, number, taken)) {
             arrays.push_back({name.substr(0, name.size() - 2), {number, number + 1, number + 2}});
             number += 2;
         } else {
