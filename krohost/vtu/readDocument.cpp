@@ -1,6 +1,8 @@
 #include "krohost/vtu/Document.h"
 
 #include "krohost/text/printable.h"
+#include "krohost/vtu/TagFilter.h"
+#include "krohost/vtu/declaredEncoding.h"
 
 #include <expat.h>
 #include <fmt/format.h>
@@ -9,6 +11,7 @@
 #include <array>
 #include <fstream>
 #include <memory>
+#include <span>
 #include <utility>
 
 namespace krohost::vtu {
@@ -33,6 +36,7 @@ public:
         if (!parser_)
             throw std::bad_alloc();
         XML_SetUserData(parser_.get(), this);
+        takeMoreEncodings(parser_.get());
         XML_SetElementHandler(
             parser_.get(),
             [](void* self, const char* name, const char** attributes) {
@@ -52,9 +56,10 @@ public:
         XML_SetNamespaceDeclHandler(
             parser_.get(), [](void* self, const char*, const char*) { static_cast<Reader*>(self)->beginNamespace(); },
             [](void* self, const char*) { --static_cast<Reader*>(self)->namespaceCount_; });
-        XML_SetCommentHandler(parser_.get(), [](void* self, const char*) { static_cast<Reader*>(self)->endText(); });
+        XML_SetCommentHandler(parser_.get(),
+                              [](void* self, const char*) { static_cast<Reader*>(self)->beginMarkup(); });
         XML_SetProcessingInstructionHandler(
-            parser_.get(), [](void* self, const char*, const char*) { static_cast<Reader*>(self)->endText(); });
+            parser_.get(), [](void* self, const char*, const char*) { static_cast<Reader*>(self)->beginMarkup(); });
         XML_SetCdataSectionHandler(
             parser_.get(), [](void* self) { static_cast<Reader*>(self)->beginCdata(); },
             [](void* self) { static_cast<Reader*>(self)->isInCdata_ = false; });
@@ -78,23 +83,29 @@ public:
 
 private:
     void feed(std::ifstream& stream) {
-        std::array<char, 65536> block;
+        std::vector<char> block(65536);
+        std::size_t keptCount = 0; // of bytes that have been read and not fed
         std::uint64_t fedCount = 0;
-        while (!isOver_) {
+        for (bool isFirst = true; !isOver_; isFirst = false) {
             if (poll_)
                 poll_();
-            stream.read(block.data(), block.size());
-            const auto count = static_cast<int>(stream.gcount());
-            if (fedCount == 0 && isUtf16({block.data(), static_cast<std::size_t>(count)}))
+            stream.read(block.data() + keptCount, static_cast<std::streamsize>(block.size() - keptCount));
+            const std::size_t count = keptCount + static_cast<std::size_t>(stream.gcount());
+            const bool isLast = count < block.size();
+            if (isFirst && isUtf16({block.data(), count}))
                 return stop("utf-16", "the file is in UTF-16 (accepted: UTF-8)");
-            if (fedCount == 0)
-                look({block.data(), static_cast<std::size_t>(count)});
-            fedCount += static_cast<std::uint64_t>(count);
-            const bool isLast = static_cast<std::size_t>(count) < block.size();
-            if (XML_Parse(parser_.get(), block.data(), count, isLast) == XML_STATUS_ERROR)
+            if (isFirst)
+                look({block.data(), count});
+            const std::size_t markCount = isFirst && isMarked_ ? mark.size() : 0;
+            const std::size_t settled =
+                markCount + filter_.filter(std::span{block}.subspan(markCount, count - markCount), isLast);
+            if (XML_Parse(parser_.get(), block.data(), static_cast<int>(settled), isLast) == XML_STATUS_ERROR)
                 return fail();
             if (isLast)
                 return;
+            fedCount += settled;
+            keptCount = count - settled;
+            std::copy_n(block.begin() + static_cast<std::ptrdiff_t>(settled), keptCount, block.begin());
             if (fedCount - position().byte > heldBackLimit)
                 return stop("markup-too-long", fmt::format("markup is longer than {} bytes", heldBackLimit));
         }
@@ -140,7 +151,7 @@ private:
     static std::string_view localName(std::string_view name) { return name.substr(name.rfind(namespaceEnd) + 1); }
 
     void start(std::string_view name, const char** attributes) {
-        endText();
+        beginMarkup();
         if (isOver_)
             return;
         if (++depth_ > depthLimit)
@@ -339,6 +350,13 @@ private:
             arrays().back().end = std::max(arrays().back().begin, position().byte);
     }
 
+    /// A loader takes the first `_` behind AppendedData, which may be within markup.
+    void beginMarkup() {
+        endText();
+        if (document_.appendedData)
+            stop("appended-prefix", "there is markup before the \"_\" of the appended data");
+    }
+
     void beginAppendedData(Element element) {
         if (isInPiece_ || section_)
             return stop("appended-data-place", "AppendedData stands within a Piece or its arrays, or these do not end "
@@ -382,6 +400,7 @@ private:
 
     std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_;
     const Poll& poll_;
+    TagFilter filter_;
     Document document_;
     std::optional<Section> section_;
     std::string block_;

@@ -108,7 +108,7 @@ TEST(Check, ExplainsWhatALoaderRefusesAndWhere) {
          {"<other/>", "file-type", "<other"},
          {vtu(), "no-data", "<VTKFile"},
          {soundText.substr(0, soundText.find("<Cells") + 6), "xml", "<Cells"},
-         {withMarkup("</Cells>", "</Cell>"), "xml", "Cell>"},
+         {withMarkup("</Cells>", "<!-- --\n_ --->\1</Cell>"), "xml", "Cell>"},
          {with("VTKFile", "type", std::nullopt), "file-type", "<VTKFile"},
          {with("VTKFile", "type", "StructuredGrid"), "file-type", "<VTKFile"},
          {with("VTKFile", "version", "1.x"), "version", "<VTKFile"},
@@ -203,6 +203,21 @@ TEST(Check, FindsNothingInSoundFiles) {
     int number = 0;
     for (const test::Encoding& encoding : test::allEncodings())
         sound().piece(test::mixed()).timeValue(0.5).encoding(encoding).write(folder / fmt::format("{}.vtu", number++));
+    const auto writeOdd = [&](const std::string& encoding, const std::string& name, const std::string& between) {
+        const std::string text = withMarkup("<UnstructuredGrid>", "<UnstructuredGrid>" + between)
+                                     .appendedRaw()
+                                     .attribute("pressure", "Name", name)
+                                     .text();
+        const std::string declaration = "<?xml version=\"1.0\"";
+        folder.write(fmt::format("{}.vtu", number++), text.starts_with(declaration)
+                                                          ? declaration + encoding + text.substr(declaration.size())
+                                                          : declaration + encoding + "?>\n" + text);
+    };
+    for (const auto& between : {"<!-- a -- \xFF --->"s, " & &nbsp; ]]> \1 \0"s, "<?xml a?><?a:b c?>"s,
+                                "<![CDATA[<\xFF]]]>"s, "<!--" + std::string(9 << 20, '-') + "-->"})
+        writeOdd("", "p", between);
+    writeOdd(" encoding=\"utf8\"", "\u03C0", "");
+    writeOdd(" encoding=\"windows-1252\"", "\x80", "");
     for (const char* files : {"'*.vtu'", "'" SAMPLES "/*.vtu'"}) {
         const json document = check(folder, std::string("--explain --deep ") + files);
         EXPECT_EQ(document["findings"], json::array()) << document.dump(1);

@@ -1,0 +1,10 @@
+#pragma once
+
+struct XML_ParserStruct;
+
+namespace krohost::vtu {
+
+/// Has the XML library take "utf8" for UTF-8, and the encodings of one byte for each character that this machine knows.
+void takeMoreEncodings(XML_ParserStruct* parser);
+
+} // namespace krohost::vtu
