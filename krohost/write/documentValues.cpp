@@ -78,6 +78,24 @@ void produceValues(const vtu::Document& document, const vtu::Array& array, std::
                                      document.path.string(), array.name, valueCount - left, valueCount));
 }
 
+std::uint64_t heldTupleCount(const vtu::Document& document, const vtu::Array& array, std::uint64_t limit) {
+    const std::uint64_t componentCount = array.componentCount.value_or(0);
+    if (!array.type || componentCount == 0 || componentCount > componentLimit || array.declaredTupleCount == 0u)
+        return 0;
+    const std::uint64_t tupleByteCount = componentCount * vtu::byteCount(*array.type);
+    vtu::ArrayReader reader{document, array, poll};
+    std::array<std::byte, 8192> block;
+    std::uint64_t byteCount = 0;
+    while (const std::size_t count = reader.read(block)) {
+        byteCount += count;
+        if (byteCount / tupleByteCount > limit)
+            return limit + 1;
+    }
+    const std::uint64_t tupleCount = byteCount / tupleByteCount;
+    const bool isSound = byteCount % tupleByteCount == 0 && reader.decoded().faults.empty();
+    return isSound && tupleCount >= array.declaredTupleCount.value_or(0) ? tupleCount : 0;
+}
+
 CellReader::CellReader(const vtu::Document& document, const vtu::Piece& piece)
     : document_{document}, cellCount_{piece.cellCount.value_or(0)}, leftCount_{cellCount_} {
     if (cellCount_ == 0)

@@ -19,6 +19,14 @@ std::pair<int, int> knownVersion(const vtu::Document& document);
 /// is wrong with them, also where there are fewer, and Interrupted.
 void produceValues(const vtu::Document& document, const vtu::Array& array, std::uint64_t valueCount, const Sink& sink);
 
+/// More components than this no array has.
+constexpr std::uint64_t componentLimit = 32767;
+
+/// How many tuples field data hold, which their tags need not say; `limit + 1` where that is more than the limit. 0
+/// where they are not sound: what cannot be decoded, is no whole number of tuples or less than its tag says. Throws
+/// Interrupted.
+std::uint64_t heldTupleCount(const vtu::Document& document, const vtu::Array& array, std::uint64_t limit);
+
 struct Cell {
     std::uint8_t type = 0;
     std::uint64_t nodeCount = 0;

@@ -97,7 +97,7 @@ public:
     Grid grid() const {
         Grid grid;
         const vtu::Piece& first = document_.pieces.front();
-        grid.name = document_.path.stem().string();
+        grid.name = zoneName();
         grid.pointCount = pointCount_;
         grid.cellCount = keptCellCount_;
         grid.points = pointArray(&vtu::Piece::points, 0);
@@ -106,8 +106,8 @@ public:
             grid.pointData.push_back(pointArray(&vtu::Piece::pointData, index));
         for (std::size_t index = 0; index < first.cellData.size(); ++index)
             grid.cellData.push_back(cellArray(index));
-        for (const vtu::Array* field : keptFields_)
-            grid.fieldData.push_back(fieldArray(*field));
+        for (const vtu::Array& field : keptFields_)
+            grid.fieldData.push_back(fieldArray(field));
         grid.connectivity = {"connectivity", ElementType::Int64, 1, keptNodeCount_,
                              [this](const Sink& sink) { produceConnectivity(sink); }};
         grid.offsets = {"offsets", ElementType::Int64, 1, keptCellCount_,
@@ -205,7 +205,6 @@ private:
     }
 
     void requireComponents(const vtu::Array& array) const {
-        constexpr std::uint64_t componentLimit = std::numeric_limits<std::int16_t>::max();
         if (!array.type)
             fail(fmt::format("the array \"{}\" has no known type", array.name));
         if (array.componentCount.value_or(0) == 0 || *array.componentCount > componentLimit)
@@ -270,21 +269,24 @@ private:
         });
     }
 
+    /// As a loader names it: like the only piece, else like the file.
+    std::string zoneName() const {
+        const std::string name = document_.pieces.front().element.nameAttribute();
+        return document_.pieces.size() == 1 && !name.empty() ? name : document_.path.stem().string();
+    }
+
     /// Nothing in field data keeps a file from being loaded.
     void dropFieldData() {
         constexpr std::uint64_t tupleLimit = 1000;
-        for (const vtu::Array& field : document_.fieldData)
-            try {
-                requireComponents(field);
-                requireValues(field);
-                if (field.tupleCount == 0 || field.tupleCount > tupleLimit)
-                    fail(fmt::format("has {} tuples", field.tupleCount));
-                keptFields_.push_back(&field);
-            } catch (const WriteError&) {
-                droppedFields_.emplace_back(field.name, field.tupleCount > tupleLimit
-                                                            ? fmt::format("has more than {} tuples", tupleLimit)
-                                                            : "cannot be read or is empty");
-            }
+        for (const vtu::Array& field : document_.fieldData) {
+            const std::uint64_t tupleCount = heldTupleCount(document_, field, tupleLimit);
+            if (tupleCount == 0)
+                droppedFields_.emplace_back(field.name, "cannot be read or is empty");
+            else if (tupleCount > tupleLimit)
+                droppedFields_.emplace_back(field.name, fmt::format("has more than {} tuples", tupleLimit));
+            else
+                keptFields_.emplace_back(field).tupleCount = tupleCount;
+        }
     }
 
     Array fieldArray(const vtu::Array& field) const {
@@ -357,8 +359,8 @@ private:
     std::array<std::uint64_t, 256> cellCounts_{}, nodeCounts_{}; // by type
     std::uint64_t keptCellCount_ = 0, keptNodeCount_ = 0;
     int dimension_ = 0;
-    bool isOld_ = false; // of a version before 2.1
-    std::vector<const vtu::Array*> keptFields_;
+    bool isOld_ = false;                                             // of a version before 2.1
+    std::vector<vtu::Array> keptFields_;                             // with the number of tuples that they hold
     std::vector<std::pair<std::string, std::string>> droppedFields_; // names, and why
 };
 

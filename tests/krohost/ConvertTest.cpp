@@ -358,6 +358,20 @@ TEST_F(Convert, RepairTellsOfFieldDataAndKeepsOldHexahedra) {
     EXPECT_EQ(more.errors, "krohost: warning: Left out: the array of texts \"p\" (nodal).\n"
                            "krohost: warning: Left out: the array \"faces\" (cells).\n"
                            "krohost: warning: Left out: the names of components of the array \"p\" (nodal).\n");
+    vtu() // of these the loader takes none
+        .piece(hexahedron())
+        .attribute("Piece", "Name", "orig")
+        .fieldData(reals("TimeValue", ElementType::Float64, {4, 5}))
+        .fieldData(integers("C", ElementType::Int8, {1, 2, 3, 4, 5, 6}, 3))
+        .fieldData(integers("none", ElementType::Int8, {7}))
+        .attribute("none", "NumberOfTuples", "0")
+        .attribute("TimeValue", "NumberOfTuples", "1")
+        .attribute("C", "NumberOfTuples", std::nullopt)
+        .write(folder / "e.vtu");
+    EXPECT_EQ(run("convert --repair e.vtu -o f.vtu --encoding ascii").errors,
+              "krohost: warning: Field data left out: \"none\", which cannot be read or is empty.\n");
+    EXPECT_NE(readFile(folder / "f.vtu").find("1 2 3 4 5 6"), std::string::npos);
+    EXPECT_EQ(zones("f.vtu")[0], zones("e.vtu")[0]); // in name and time too
     json original = zones("a.vtu"), repaired = zones("c.vtu");
     for (json* list : {&original, &repaired})
         list->at(0).erase("name");
