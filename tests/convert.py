@@ -41,10 +41,10 @@ def node_lists(sections):
 
 
 def contents(grids):
-    """The sections without what tells types of one shape apart, the sizes of cells in their order, and the values."""
+    """The sections, the types and sizes of cells in their order, and the values."""
     zone = interop.expected_zone(grids)
-    sizes = [len(nodes) for grid in grids for _, nodes in interop.cells_of(grid)]
-    return (sizes, sorted(str(section) for section in zone["sections"]), zone["nodes"],
+    kinds = [(cell_type, len(nodes)) for grid in grids for cell_type, nodes in interop.cells_of(grid)]
+    return (kinds, sorted(str(section) for section in zone["sections"]), zone["nodes"],
             sorted((variable["location"], variable["count"], variable["crc32"]) for variable in zone["variables"]))
 
 
@@ -57,9 +57,7 @@ def check_cgns(path, pieces):
         zone = next(group for group in file["Base"].values() if group.attrs.get("label") == b"Zone_t")
         elements = [group["ElementConnectivity/ data"][()] for group in zone.values()
                     if group.attrs.get("label") == b"Elements_t"]
-        # Points without other cells are an ordered zone, which has an element on each node.
-        lists = [numpy.ravel(cells) + 1 if kind != (1, 1) else numpy.arange(1, len(kinds) + 1)
-                 for kind, cells in sections.items()]
+        lists = [numpy.ravel(cells) + 1 for cells in sections.values()]
         assert sorted(map(list, elements)) == sorted(map(list, lists)), "cgns: elements"
         fields = {name: zone[f"{solution}/{name}/ data"][()] for solution in ("FlowSolution", "CellSolution")
                   if solution in zone for name in zone[solution] if name not in (" data", "GridLocation")}

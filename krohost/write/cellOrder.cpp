@@ -3,12 +3,14 @@
 #include "krohost/write/Loss.h"
 #include "krohost/write/WriteError.h"
 #include "krohost/write/documentValues.h"
+#include "krohost/write/vtkCells.h"
 #include "krohost/write/zoneFiles.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <utility>
 
 namespace krohost::write {
@@ -17,74 +19,123 @@ namespace {
 
 using vtu::Document;
 
-bool needsOrder(const Zone& zone) {
-    return zone.sections.size() > 1 &&
-           std::any_of(zone.variables.begin(), zone.variables.end(), [](const ZoneVariable& variable) {
-               return variable.data && variable.location == ValueLocation_CellCentered;
-           });
+bool hasValuesAtCells(const Zone& zone) {
+    return std::any_of(zone.variables.begin(), zone.variables.end(), [](const ZoneVariable& variable) {
+        return variable.data && variable.location == ValueLocation_CellCentered;
+    });
 }
 
-/// Runs of cells of one type and number of nodes, the sections in the order in which they first appear.
-std::vector<CellRun> readRuns(const std::filesystem::path& file) {
+/// A type of cells and their number of nodes; the sections have them in the order in which they first appear.
+using CellKind = std::pair<std::uint8_t, std::uint64_t>;
+
+/// Whether the cells of the file, which are of these kinds, can be those of the zone.
+bool fits(const CellOrder& order, const std::vector<CellKind>& kinds, const Zone& zone) {
+    if (zone.type == ZoneType_Ordered)
+        return kinds.empty() || kinds == std::vector{CellKind{vertexType, 1}};
+    std::vector<std::uint64_t> counts(kinds.size());
+    for (const CellRun& run : order.runs)
+        counts[run.sectionIndex] += run.cellCount;
+    if (kinds.size() != zone.sections.size())
+        return false;
+    for (std::size_t index = 0; index < kinds.size(); ++index) {
+        const Section& section = zone.sections[index];
+        if (counts[index] != static_cast<std::uint64_t>(section.elementCount) ||
+            !isTypeOf(section, kinds[index].first) ||
+            (kinds[index].first != vertexType &&
+             kinds[index].second != static_cast<std::uint64_t>(section.nodesPerElement())))
+            return false;
+    }
+    return true;
+}
+
+/// Not known where the file does not fit the zone.
+CellOrder readOrder(const std::filesystem::path& file, const Zone& zone) {
     const Document document = vtu::readDocument(file, pollInterrupt);
     if (document.malformation)
         throw WriteError(document.malformation->message);
-    std::map<std::pair<std::uint8_t, std::uint64_t>, std::size_t> sections;
-    std::vector<CellRun> runs;
+    std::map<CellKind, std::size_t> sections;
+    std::vector<CellKind> kinds;
+    CellOrder order{file};
     for (const vtu::Piece& piece : document.pieces) {
         CellReader cells{document, piece};
         while (const auto cell = cells.next()) {
-            const auto kind = std::pair{cell->type, cell->nodeCount};
-            const std::size_t section = sections.emplace(kind, sections.size()).first->second;
-            if (runs.empty() || runs.back().sectionIndex != section)
-                runs.push_back({section, 0});
-            ++runs.back().cellCount;
+            const auto [section, isNew] = sections.emplace(CellKind{cell->type, cell->nodeCount}, kinds.size());
+            if (isNew) {
+                kinds.push_back(section->first);
+                order.types.push_back(cell->type);
+            }
+            if (order.runs.empty() || order.runs.back().sectionIndex != section->second)
+                order.runs.push_back({section->second, 0});
+            ++order.runs.back().cellCount;
         }
     }
-    return runs;
+    return fits(order, kinds, zone) ? order : CellOrder{};
 }
 
-bool fits(const std::vector<CellRun>& runs, const Zone& zone) {
-    std::vector<std::uint64_t> counts(zone.sections.size());
-    for (const CellRun& run : runs) {
-        if (run.sectionIndex >= counts.size())
-            return false;
-        counts[run.sectionIndex] += run.cellCount;
-    }
-    return std::equal(counts.begin(), counts.end(), zone.sections.begin(),
-                      [](std::uint64_t count, const Section& section) {
-                          return count == static_cast<std::uint64_t>(section.elementCount);
-                      });
-}
-
-[[noreturn]] void failForOrder(const Zone& zone, const std::string& reason) {
-    throw WriteError(fmt::format("Nothing was written, because it is not known in which order the values at cells of "
-                                 "zone {} \"{}\" come: {}",
-                                 zone.number, zone.name, reason));
+/// Values at cells would be at other cells than theirs, which is worse than none.
+void addUnknown(const Zone& zone, const std::string& reason, Losses& losses) {
+    const bool isOrdered = zone.type == ZoneType_Ordered;
+    if (hasValuesAtCells(zone) && (isOrdered || zone.sections.size() > 1))
+        throw WriteError(
+            fmt::format("Nothing was written, because it is not known in which order the values at cells of "
+                        "zone {} \"{}\" come: {}",
+                        zone.number, zone.name, reason));
+    losses.add(
+        {"changed", fmt::format("Zone {} \"{}\": the order and the types of its cells are not known ({}); they "
+                                "are written {}.",
+                                zone.number, zone.name, reason,
+                                isOrdered ? "as a vertex on each point" : "section by section, with usual types")});
 }
 
 } // namespace
 
-CellOrders cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs) {
+CellOrders cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs, Losses& losses) {
     CellOrders orders(dataset.zones.size());
-    if (std::none_of(dataset.zones.begin(), dataset.zones.end(), needsOrder))
-        return orders;
     const auto [files, areKnown] = zoneFiles(inputs, orders.size());
     for (std::size_t index = 0; index < orders.size(); ++index) {
         const Zone& zone = dataset.zones[index];
-        if (!needsOrder(zone))
-            continue;
-        if (!areKnown)
-            failForOrder(zone, "it is not known which file the zone comes from");
+        std::string reason = "it is not known which file the zone comes from";
         try {
-            orders[index] = readRuns(files[index]);
+            if (areKnown) {
+                reason = fmt::format("\"{}\" has other cells", files[index].string());
+                orders[index] = readOrder(files[index], zone);
+            }
         } catch (const WriteError& error) {
-            failForOrder(zone, error.what());
+            reason = error.what();
         }
-        if (!fits(orders[index], zone))
-            failForOrder(zone, fmt::format("\"{}\" has other cells", files[index].string()));
+        if (orders[index].file.empty())
+            addUnknown(zone, reason, losses);
     }
     return orders;
+}
+
+void forEachVertex(const Zone& zone, const CellOrder& order, const std::function<void(std::int64_t)>& use) {
+    if (order.file.empty()) {
+        for (std::int64_t node = 0; node < zone.nodeCount; ++node)
+            use(node);
+        return;
+    }
+    const Document document = vtu::readDocument(order.file);
+    std::int64_t shift = 0;
+    for (const vtu::Piece& piece : document.pieces) {
+        const std::uint64_t cellCount = piece.cellCount.value_or(0);
+        const auto pointCount = static_cast<std::int64_t>(piece.pointCount.value_or(0));
+        std::optional<NodeReader> nodes;
+        for (std::uint64_t cell = 0; cell < cellCount; ++cell) {
+            if (!nodes)
+                nodes.emplace(document, piece);
+            const auto node = static_cast<std::int64_t>(nodes->next());
+            requirePoint(zone, node, pointCount);
+            use(node + shift);
+        }
+        shift += pointCount;
+    }
+}
+
+void requirePoint(const Zone& zone, std::int64_t node, std::int64_t pointCount) {
+    if (node < 0 || node >= pointCount)
+        throw WriteError(fmt::format("Zone {} \"{}\" has a cell with node {}, where there are {} points.", zone.number,
+                                     zone.name, node, pointCount));
 }
 
 } // namespace krohost::write

@@ -4,6 +4,7 @@
 #include "krohost/write/Loaded.h"
 #include "krohost/write/WriteError.h"
 #include "krohost/write/names.h"
+#include "krohost/write/vtkCells.h"
 
 #include <cgnslib.h>
 #include <fmt/format.h>
@@ -67,7 +68,7 @@ std::vector<To> converted(FieldDataType_e type, const Loaded& loaded) {
 /// Values in the order of the elements, which the file has section by section.
 template <class Value>
 void sortBySection(std::vector<Value>& values, const Zone& zone, const std::vector<CellRun>& runs) {
-    if (runs.empty())
+    if (runs.size() < 2)
         return;
     std::vector<std::size_t> next(1);
     for (const Section& section : zone.sections)
@@ -118,13 +119,21 @@ private:
         require(cg_array_write("TimeValues", RealDouble, 1, &count, &time));
     }
 
-    void writeZone(const Zone& zone, const std::vector<CellRun>& runs) {
-        const std::array<cgsize_t, 3> sizes{size(zone.nodeCount, zone), size(zone.elementCount, zone), 0};
+    void writeZone(const Zone& zone, const CellOrder& order) {
+        const std::vector<SectionCells> sections = sectionCells(host_, zone, order);
+        const std::uint64_t cellCount =
+            std::accumulate(sections.begin(), sections.end(), std::uint64_t{0},
+                            [](std::uint64_t sum, const SectionCells& cells) { return sum + cells.cellCount; });
+        const std::array<cgsize_t, 3> sizes{size(zone.nodeCount, zone),
+                                            size(static_cast<std::int64_t>(cellCount), zone), 0};
         require(cg_zone_write(file_, base_, zoneNames_.claim(zone.name).c_str(), sizes.data(), Unstructured, &zone_));
         writeCoordinates(zone);
-        writeElements(zone);
+        if (zone.nodeMap)
+            writeElements(zone, sections);
+        else
+            writeVertices(zone, order);
         writeSolution(zone, ValueLocation_Nodal, "FlowSolution", Vertex, {});
-        writeSolution(zone, ValueLocation_CellCentered, "CellSolution", CellCenter, runs);
+        writeSolution(zone, ValueLocation_CellCentered, "CellSolution", CellCenter, order.runs);
     }
 
     void writeCoordinates(const Zone& zone) const {
@@ -148,27 +157,33 @@ private:
         }
     }
 
-    void writeElements(const Zone& zone) const {
-        if (!zone.nodeMap) { // an ordered zone: an element on each node
-            std::vector<cgsize_t> nodes(static_cast<std::size_t>(zone.nodeCount));
-            std::iota(nodes.begin(), nodes.end(), cgsize_t{1});
-            return writeSection("Nodes", NODE, 1, zone.nodeCount, nodes);
-        }
+    void writeVertices(const Zone& zone, const CellOrder& order) const {
+        std::vector<cgsize_t> nodes;
+        forEachVertex(zone, order, [&](std::int64_t node) { nodes.push_back(size(node, zone) + 1); });
+        if (!nodes.empty())
+            writeSection("Nodes", NODE, 1, static_cast<std::int64_t>(nodes.size()), nodes);
+    }
+
+    void writeElements(const Zone& zone, const std::vector<SectionCells>& cells) const {
         const Loaded nodeMap{host_, {zone.number}};
         std::int64_t begin = 1;
         for (std::size_t index = 0; index < zone.sections.size(); ++index) {
             const Section& section = zone.sections[index];
             const SectionNodes numbers{nodeMap, index};
             std::vector<cgsize_t> nodes;
-            for (std::size_t place = 0; place < numbers.size(); ++place)
+            const bool areVertices = cells[index].type == vertexType; // which the host has as degenerate cells
+            for (std::size_t place = 0; place < numbers.size(); place += areVertices ? cells[index].hostNodeCount : 1) {
+                requirePoint(zone, numbers[place], zone.nodeCount);
                 nodes.push_back(size(numbers[place], zone) + 1);
+            }
             const ElementType_t type =
-                elementTypes.at(section.shape).at(static_cast<std::size_t>(section.gridOrder) - 1);
+                areVertices ? NODE : elementTypes.at(section.shape).at(static_cast<std::size_t>(section.gridOrder) - 1);
             if (type == ElementTypeNull)
                 throw WriteError(fmt::format("Zone {} \"{}\" has {}s of order {}, which are not written to CGNS files.",
                                              zone.number, zone.name, inWords(section.shape), section.gridOrder));
             const std::int64_t end = begin + section.elementCount - 1;
-            writeSection(fmt::format("{}_{}", inWords(section.shape), index + 1), type, begin, end, nodes);
+            writeSection(fmt::format("{}_{}", areVertices ? "vertex" : inWords(section.shape), index + 1), type, begin,
+                         end, nodes);
             begin = end + 1;
         }
     }

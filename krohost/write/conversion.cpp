@@ -148,7 +148,7 @@ Conversion convertZones(Host& host, const std::vector<fs::path>& inputs, const R
     Losses& losses = conversion.losses = conversionLosses(dataset, inputs, request.format);
     CellOrders orders(dataset.zones.size());
     if (request.format != FileFormat::csv)
-        orders = cellOrders(dataset, inputs);
+        orders = cellOrders(dataset, inputs, losses);
     requireAllowed(losses, request.isStrict);
     Outputs outputs{request.permission};
     write(host, request, orders, outputs, losses);

@@ -14,8 +14,6 @@ namespace krohost::write {
 
 namespace {
 
-constexpr std::uint8_t vertexType = 1;
-
 struct CellType {
     CellShape_e shape;
     std::int32_t leastOrder;
@@ -38,6 +36,10 @@ constexpr std::array<CellType, 21> cellTypes{{
     {CellShape_Prism, 2, 2, 32, false},         {CellShape_Prism, 1, 4, 73, false},
     {CellShape_Pyramid, 1, 1, 14, false},
 }};
+
+bool isTypeOf(const Section& section, const CellType& row) {
+    return row.shape == section.shape && section.gridOrder >= row.leastOrder && section.gridOrder <= row.greatestOrder;
+}
 
 /// The host's places of the nodes of a cell, in the order of the file.
 std::vector<std::uint8_t> nodesInFile(std::uint8_t type, std::uint32_t nodeCount) {
@@ -82,7 +84,7 @@ std::uint8_t cellType(const Zone& zone, const Section& section, const std::vecto
     const bool isMixedOfOne = zone.type == ZoneType_Mixed && zone.sections.size() == 1;
     std::uint8_t type = 0;
     for (const CellType& row : cellTypes) {
-        if (row.shape != section.shape || section.gridOrder < row.leastOrder || section.gridOrder > row.greatestOrder)
+        if (!isTypeOf(section, row))
             continue;
         const bool isTaken = std::any_of(before.begin(), before.end(), [&](const SectionCells& cells) {
             return cells.type == row.type && cells.hostNodeCount == section.nodesPerElement();
@@ -99,17 +101,28 @@ std::uint8_t cellType(const Zone& zone, const Section& section, const std::vecto
 
 } // namespace
 
-std::vector<SectionCells> sectionCells(Host& host, const Zone& zone) {
-    if (zone.type == ZoneType_Ordered)
-        return {{vertexType, static_cast<std::uint64_t>(zone.nodeCount), 1, {0}}};
-    const std::size_t vertices = vertexSection(host, zone);
+bool isTypeOf(const Section& section, std::uint8_t type) {
+    return type == vertexType ? section.gridOrder == 1
+                              : std::any_of(cellTypes.begin(), cellTypes.end(), [&](const CellType& row) {
+                                    return row.type == type && isTypeOf(section, row);
+                                });
+}
+
+std::vector<SectionCells> sectionCells(Host& host, const Zone& zone, const CellOrder& order) {
+    const bool isKnown = !order.file.empty();
+    if (zone.type == ZoneType_Ordered) {
+        const std::uint64_t cellCount = order.runs.empty() ? 0 : order.runs.front().cellCount;
+        return {{vertexType, isKnown ? cellCount : static_cast<std::uint64_t>(zone.nodeCount), 1, {0}}};
+    }
+    const std::size_t vertices = isKnown ? zone.sections.size() : vertexSection(host, zone);
     std::vector<SectionCells> result;
     for (const Section& section : zone.sections) {
         const auto nodeCount = static_cast<std::uint32_t>(section.nodesPerElement());
-        const bool isVertices = result.size() == vertices;
-        const std::uint8_t type = isVertices ? vertexType : cellType(zone, section, result);
+        const std::uint8_t type = isKnown                     ? order.types[result.size()]
+                                  : result.size() == vertices ? vertexType
+                                                              : cellType(zone, section, result);
         result.push_back({type, static_cast<std::uint64_t>(section.elementCount), nodeCount,
-                          nodesInFile(type, isVertices ? 1 : nodeCount)});
+                          nodesInFile(type, type == vertexType ? 1 : nodeCount)});
     }
     return result;
 }

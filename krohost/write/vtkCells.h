@@ -3,6 +3,7 @@
 
 #include "krohost/Dataset.h"
 #include "krohost/Host.h"
+#include "krohost/write/cellOrder.h"
 
 #include <cstdint>
 #include <vector>
@@ -17,9 +18,16 @@ struct SectionCells {
     std::vector<std::uint8_t> nodes; ///< for the cell's k-th node in the file, its place in the host's list
 };
 
-/// One entry per section of a zone; an ordered zone has one of vertices. A file with these types has the same sections
-/// when it is loaded again: sections of one shape and order get different types where there are several, and degenerate
-/// cells that stand for vertices become vertices. Throws WriteError for a shape and order without counterpart.
-std::vector<SectionCells> sectionCells(Host& host, const Zone& zone);
+constexpr std::uint8_t vertexType = 1;
+
+/// Whether cells of this type of the file format can be those of the section. Vertices can be those of any of order 1.
+bool isTypeOf(const Section& section, std::uint8_t type);
+
+/// One entry per section of a zone; an ordered zone has one of vertices, of which each point has one or as many as
+/// there are in the file. Types are those of the file. Where that is not known, a file with these types still has the
+/// same sections when it is loaded again: sections of one shape and order get different types where there are several,
+/// and degenerate cells that stand for vertices become vertices. Throws WriteError for a shape and order without
+/// counterpart.
+std::vector<SectionCells> sectionCells(Host& host, const Zone& zone, const CellOrder& order);
 
 } // namespace krohost::write

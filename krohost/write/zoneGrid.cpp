@@ -145,11 +145,11 @@ struct ZoneCells {
     }
 };
 
-void produceConnectivity(Host& host, const Zone& zone, const ZoneCells& cells, const Sink& sink) {
+void produceConnectivity(Host& host, const Zone& zone, const ZoneCells& cells, const CellOrder& order,
+                         const Sink& sink) {
     Block<std::int64_t> block{sink};
-    if (!zone.nodeMap) { // an ordered zone: a vertex on each node
-        for (std::int64_t node = 0; node < zone.nodeCount; ++node)
-            block.push(node);
+    if (!zone.nodeMap) {
+        forEachVertex(zone, order, [&](std::int64_t node) { block.push(node); });
         return block.flush();
     }
     const Loaded nodeMap{host, {zone.number}};
@@ -158,8 +158,11 @@ void produceConnectivity(Host& host, const Zone& zone, const ZoneCells& cells, c
         nodes.emplace_back(nodeMap, index);
     cells.forEach([&](std::size_t sectionIndex, std::size_t cell) {
         const SectionCells& section = cells.sections[sectionIndex];
-        for (const std::uint8_t place : section.nodes)
-            block.push(nodes[sectionIndex][cell * section.hostNodeCount + place]);
+        for (const std::uint8_t place : section.nodes) {
+            const std::int64_t node = nodes[sectionIndex][cell * section.hostNodeCount + place];
+            requirePoint(zone, node, zone.nodeCount);
+            block.push(node);
+        }
     });
     block.flush();
 }
@@ -278,9 +281,9 @@ std::vector<ArrayVariables> arrayVariables(const Dataset& dataset, const Zone& z
     return arrays;
 }
 
-Grid zoneGrid(Host& host, const Zone& zone, std::vector<CellRun> runs) {
+Grid zoneGrid(Host& host, const Zone& zone, const CellOrder& order) {
     const Dataset& dataset = host.dataset();
-    auto cells = std::make_shared<ZoneCells>(ZoneCells{sectionCells(host, zone), std::move(runs)});
+    auto cells = std::make_shared<ZoneCells>(ZoneCells{sectionCells(host, zone, order), order.runs});
     if (cells->runs.empty())
         for (std::size_t index = 0; index < cells->sections.size(); ++index)
             cells->runs.push_back({index, cells->sections[index].cellCount});
@@ -292,8 +295,9 @@ Grid zoneGrid(Host& host, const Zone& zone, std::vector<CellRun> runs) {
     grid.pointCount = static_cast<std::uint64_t>(zone.nodeCount);
     grid.cellCount = cells->cellCount();
     grid.points = variableArray(host, zone, {"Points", coordinateVariables(dataset, zone)});
-    grid.connectivity = {"connectivity", ElementType::Int64, 1, cells->nodeCount(),
-                         [&host, &zone, cells](const Sink& sink) { produceConnectivity(host, zone, *cells, sink); }};
+    grid.connectivity = {
+        "connectivity", ElementType::Int64, 1, cells->nodeCount(),
+        [&host, &zone, &order, cells](const Sink& sink) { produceConnectivity(host, zone, *cells, order, sink); }};
     grid.offsets = {"offsets", ElementType::Int64, 1, grid.cellCount,
                     [cells](const Sink& sink) { produceOffsets(*cells, sink); }};
     grid.types = {"types", ElementType::UInt8, 1, grid.cellCount,

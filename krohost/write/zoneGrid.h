@@ -2,6 +2,7 @@
 
 #include "krohost/Host.h"
 #include "krohost/write/Grid.h"
+#include "krohost/write/cellOrder.h"
 
 #include <cstdint>
 #include <optional>
@@ -9,15 +10,6 @@
 #include <vector>
 
 namespace krohost::write {
-
-/// Cells of one section that follow each other in a file.
-struct CellRun {
-    std::size_t sectionIndex;
-    std::uint64_t cellCount;
-};
-
-/// For each zone, in which order its cells and its values at cells come; empty: section by section.
-using CellOrders = std::vector<std::vector<CellRun>>;
 
 /// The variables of a zone that stand for one array: one scalar, or X, Y and Z of a vector in this order.
 struct ArrayVariables {
@@ -36,10 +28,10 @@ std::vector<std::int32_t> coordinateVariables(const Dataset& dataset, const Zone
 /// Whether field data of this name tell a time.
 bool isTimeName(const std::string& name);
 
-/// The zone as a grid whose arrays are loaded when they are produced, one at a time. Cells come in these runs, or
-/// section by section. Coordinates that the zone lacks are 0. Auxiliary texts that are numbers become field data, and
-/// so does the solution time. Producing throws WriteError when an array cannot be loaded, and Interrupted. The host
-/// must outlive the grid.
-Grid zoneGrid(Host& host, const Zone& zone, std::vector<CellRun> runs = {});
+/// The zone as a grid whose arrays are loaded when they are produced, one at a time. Coordinates that the zone lacks
+/// are 0. Auxiliary texts that are numbers become field data, and so does the solution time. Producing throws
+/// WriteError when an array cannot be loaded or a cell has a node that no point has, and Interrupted. The host and the
+/// order must outlive the grid.
+Grid zoneGrid(Host& host, const Zone& zone, const CellOrder& order);
 
 } // namespace krohost::write

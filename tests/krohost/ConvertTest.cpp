@@ -63,6 +63,21 @@ TEST_F(Convert, EveryKindOfCellStaysInItsSection) {
         solids.push_back(singleCell(type));
     vtu().piece(sideBySide(solids)).write(folder / "solids.vtu");
     expectSameAfter("solids.vtu", "copy.vtu");
+    const std::vector<std::tuple<std::vector<int>, std::vector<std::int64_t>, const char*, const char*>> rows{
+        {{5, 8, 5, 1}, {0, 1, 2, 3, 2, 1, 0, 1, 2, 3, 2}, "0 1 2 3 2 1 0 1 2 3 2", "5 8 5 1"},
+        {{3, 68, 3}, {2, 2, 0, 1, 0, 0}, "2 2 0 1 0 0", "3 68 3"}, // no vertices
+        {{1, 1, 1}, {2, 0, 1}, "2 0 1", "1 1 1"},
+        {{1, 1, 1}, {0, 0, 0}, "0 0 0", "1 1 1"}};
+    for (const auto& [types, nodes, nodeText, typeText] : rows) { // as they are and in their order
+        std::vector<MeshPiece> cells;
+        for (const int type : types)
+            cells.push_back(singleCell(type));
+        vtu().piece(sideBySide(cells)).values("connectivity", nodes).write(folder / "order.vtu");
+        expectSameAfter("order.vtu", "copy.vtu", "--encoding ascii --strict");
+        const std::string text = readFile(folder / "copy.vtu");
+        EXPECT_NE(text.find(fmt::format("\n{} \n", nodeText)), text.npos) << text;
+        EXPECT_NE(text.find(fmt::format("\n{} \n", typeText)), text.npos) << text;
+    }
 }
 
 TEST_F(Convert, VariablesKeepTheirOrderAndVectorsAreJoined) {
@@ -101,6 +116,8 @@ TEST_F(Convert, SeveralZonesBecomeACollectionWithMembersBesideIt) {
 TEST_F(Convert, AFailureLeavesNothingAndSaysWhy) {
     vtu().piece(hexahedron()).write(folder / "a.vtu");
     odd(vtu().piece(mixed())).write(folder / "odd.vtu");
+    vtu().piece(hexahedron()).values("connectivity", {0, 1, 2, 3, 4, 5, 6, 99}).write(folder / "node.vtu");
+    vtu().piece(singleCell(1)).values("connectivity", {-1}).write(folder / "vertex.vtu");
     const std::vector<std::string> before = files();
     const std::vector<std::tuple<const char*, int, const char*>> rows{
         {"a.vtu", 2, "--output is required"},
@@ -113,6 +130,9 @@ TEST_F(Convert, AFailureLeavesNothingAndSaysWhy) {
         {"a.vtu a.vtu -o b.vtu", 1, "A .vtu file holds one zone, there are 2; write a .vtm or, over time, a .pvd.\n"},
         {"a.vtu a.vtu --times 1,2 -o b.vtm", 1, "The zones have several solution times, for which a .vtm file has no"},
         {"bad.vtu -o b.vtu", 1, "Nothing was written, because variable 4 \"p\" of zone 1 \"bad\" cannot be loaded.\n"},
+        {"node.vtu -o b.vtu", 1, "Zone 1 \"node\" has a cell with node 99, where there are 8 points.\n"},
+        {"node.vtu -o b.cgns", 1, "Zone 1 \"node\" has a cell with node 99, where there are 8 points.\n"},
+        {"vertex.vtu -o b.vtm", 1, "Zone 1 \"vertex\" has a cell with node -1, where there are 1 points.\n"},
         {"bad.vtu -o b.vtkhdf", 1, "VTK Data Loader: "},
         {"bad.vtu -o b.cgns", 1, "VTK Data Loader: "},
         {"bad.vtu -o b.csv", 1, "VTK Data Loader: "},
