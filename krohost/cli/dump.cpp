@@ -239,7 +239,7 @@ std::vector<std::filesystem::path> filesOf(const Dataset& dataset, const Zone& z
     const std::vector<std::string> names = paths(plan.files);
     if (names.size() == 1 && dataset.zones.size() == 1)
         return {names.front()};
-    auto [files, areKnown] = write::zoneFiles({names.begin(), names.end()}, dataset.zones.size());
+    auto [files, collections, areKnown] = write::zoneFiles({names.begin(), names.end()}, dataset.zones.size());
     if (areKnown)
         files = {files[static_cast<std::size_t>(zone.number) - 1]};
     return files;

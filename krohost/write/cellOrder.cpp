@@ -91,7 +91,7 @@ void addUnknown(const Zone& zone, const std::string& reason, Losses& losses) {
 
 CellOrders cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs, Losses& losses) {
     CellOrders orders(dataset.zones.size());
-    const auto [files, areKnown] = zoneFiles(inputs, orders.size());
+    const auto [files, collections, areKnown] = zoneFiles(inputs, orders.size());
     for (std::size_t index = 0; index < orders.size(); ++index) {
         const Zone& zone = dataset.zones[index];
         std::string reason = "it is not known which file the zone comes from";

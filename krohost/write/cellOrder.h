@@ -27,8 +27,8 @@ struct CellOrder {
 };
 using CellOrders = std::vector<CellOrder>; ///< zone by zone
 
-/// Reads them from the files of the zones. Says of which zones that cannot be done. Throws WriteError where values would
-/// be at other cells than theirs, and Interrupted.
+/// Reads them from the files of the zones. Says of which zones that cannot be done. Throws WriteError where values
+/// would be at other cells than theirs, and Interrupted.
 CellOrders cellOrders(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs, Losses& losses);
 
 /// The point, from 0, of each vertex of an ordered zone; where the file is not known, each point once. Throws

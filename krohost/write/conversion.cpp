@@ -6,6 +6,7 @@
 #include "krohost/write/conversionLosses.h"
 #include "krohost/write/csv.h"
 #include "krohost/write/damage.h"
+#include "krohost/write/fieldData.h"
 #include "krohost/write/hdfWriters.h"
 #include "krohost/write/vtuFile.h"
 #include "krohost/write/zoneGrid.h"
@@ -76,8 +77,18 @@ void removeOldMembers(const Request& request, const std::string& stem, std::size
         outputs.removeOld(request.path.parent_path() / memberName(stem, index));
 }
 
+/// What is written of the zones that the host does not hold as it is in their files.
+struct Originals {
+    CellOrders orders;
+    std::vector<std::vector<Array>> fields;
+};
+
+Grid gridOf(Host& host, const Originals& originals, std::size_t zoneIndex) {
+    return zoneGrid(host, host.dataset().zones[zoneIndex], originals.orders[zoneIndex], originals.fields[zoneIndex]);
+}
+
 /// A file per zone in a folder of the collection's name; gives what the collection says of them.
-std::vector<CollectionMember> writeMembers(Host& host, const Request& request, const CellOrders& orders,
+std::vector<CollectionMember> writeMembers(Host& host, const Request& request, const Originals& originals,
                                            Outputs& outputs) {
     const std::string name = request.path.filename().string(), ownStem = request.path.stem().string();
     const std::string stem = ownStem == name ? name + "-zones" : ownStem; // the name of a folder beside it
@@ -87,7 +98,7 @@ std::vector<CollectionMember> writeMembers(Host& host, const Request& request, c
         const std::size_t index = members.size();
         const std::string file = memberName(stem, index);
         outputs.add(request.path.parent_path() / file, [&](const fs::path& temporary) {
-            writeVtu(temporary, request.encoding, zoneGrid(host, zone, orders[index]));
+            writeVtu(temporary, request.encoding, gridOf(host, originals, index));
         });
         const auto block = zone.auxiliaryData.find("Block.name");
         members.push_back({file, zone.name, block == zone.auxiliaryData.end() ? "" : block->second, zone.solutionTime,
@@ -97,28 +108,28 @@ std::vector<CollectionMember> writeMembers(Host& host, const Request& request, c
     return members;
 }
 
-std::vector<Grid> grids(Host& host, const CellOrders& orders) {
+std::vector<Grid> grids(Host& host, const Originals& originals) {
     std::vector<Grid> result;
-    for (const Zone& zone : host.dataset().zones)
-        result.push_back(zoneGrid(host, zone, orders[result.size()]));
+    while (result.size() < host.dataset().zones.size())
+        result.push_back(gridOf(host, originals, result.size()));
     return result;
 }
 
-void write(Host& host, const Request& request, const CellOrders& orders, Outputs& outputs, Losses& losses) {
+void write(Host& host, const Request& request, const Originals& originals, Outputs& outputs, Losses& losses) {
     if (request.format == FileFormat::csv)
         return writeCsv(host, request.path, outputs, losses);
     outputs.add(request.path, [&](const fs::path& temporary) {
         switch (request.format) {
         case FileFormat::vtu:
-            return writeVtu(temporary, request.encoding, zoneGrid(host, host.dataset().zones.front(), orders.front()));
+            return writeVtu(temporary, request.encoding, gridOf(host, originals, 0));
         case FileFormat::vtm:
-            return writeVtm(temporary, writeMembers(host, request, orders, outputs));
+            return writeVtm(temporary, writeMembers(host, request, originals, outputs));
         case FileFormat::pvd:
-            return writePvd(temporary, writeMembers(host, request, orders, outputs));
+            return writePvd(temporary, writeMembers(host, request, originals, outputs));
         case FileFormat::vtkhdf:
-            return hdfWriters().vtkhdf(temporary, request.encoding.isCompressed, grids(host, orders), losses);
+            return hdfWriters().vtkhdf(temporary, request.encoding.isCompressed, grids(host, originals), losses);
         case FileFormat::cgns:
-            return hdfWriters().cgns(host, temporary, orders, losses);
+            return hdfWriters().cgns(host, temporary, originals.orders, losses);
         case FileFormat::csv:
             break;
         }
@@ -146,12 +157,12 @@ Conversion convertZones(Host& host, const std::vector<fs::path>& inputs, const R
     Conversion conversion;
     conversion.zoneCount = dataset.zones.size();
     Losses& losses = conversion.losses = conversionLosses(dataset, inputs, request.format);
-    CellOrders orders(dataset.zones.size());
+    Originals originals;
     if (request.format != FileFormat::csv)
-        orders = cellOrders(dataset, inputs, losses);
+        originals = {cellOrders(dataset, inputs, losses), fieldData(dataset, inputs)};
     requireAllowed(losses, request.isStrict);
     Outputs outputs{request.permission};
-    write(host, request, orders, outputs, losses);
+    write(host, request, originals, outputs, losses);
     requireAllowed(losses, request.isStrict); // names are found out while they are written
     pollInterrupt();
     conversion.isIncomplete = hasDamage(losses);

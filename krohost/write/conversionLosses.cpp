@@ -1,15 +1,14 @@
 #include "krohost/write/conversionLosses.h"
 
-#include "krohost/vtu/decode.h"
-#include "krohost/vtu/values.h"
 #include "krohost/write/damage.h"
+#include "krohost/write/fieldData.h"
 #include "krohost/write/zoneFiles.h"
 #include "krohost/write/zoneGrid.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
+#include <optional>
 #include <set>
 
 namespace krohost::write {
@@ -121,42 +120,19 @@ private:
             }
     }
 
-    /// Whether the array holds nothing but this number.
-    bool isOnly(double number, const vtu::Array& array) const {
-        std::uint64_t valueCount = 0;
-        bool isSame = false;
-        if (array.type && array.componentCount == 1u && array.tupleCount == 1)
-            vtu::decode(
-                document_, array,
-                [&](std::span<const std::byte> bytes) {
-                    vtu::forEachReal(*array.type, bytes, [&](double value) {
-                        const bool isEqual = value == number || (value != value && number != number);
-                        isSame = ++valueCount == 1 && isEqual;
-                    });
-                },
-                pollInterrupt);
-        return isSame;
-    }
-
-    /// Whether the zone has the array's value; a member of a collection may have one of its own.
-    bool isOfZone(const vtu::Array& array) const {
+    /// Whether the array is written, as field data of the zone; a member of a collection may have others of its own.
+    bool isWritten(const vtu::Array& array, const FieldValue& value) {
         const auto found = zone_.auxiliaryData.find(array.name);
-        if (found == zone_.auxiliaryData.end())
-            return false;
-        const std::string& text = found->second;
-        double number = 0;
-        const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-        return result.ec == std::errc{} && isOnly(number, array);
+        return holdsFieldData(format_) && found != zone_.auxiliaryData.end() && found->second == value.text &&
+               isFieldOf(zone_, array.name, value.text) && keptFields_.insert(array.name).second;
     }
 
     void addFieldData(const vtu::Array& array) {
-        const bool isTime = isTimeName(array.name) && format_ != FileFormat::csv;
-        const bool isKept = isTime
-                                ? isOnly(zone_.solutionTime, array)
-                                : holdsFieldData(format_) && isOfZone(array) && keptFields_.insert(array.name).second;
-        const std::uint64_t count = array.componentCount.value_or(0);
-        if (!isKept)
-            drop(array.name, array.section, array.tupleCount * count, "field data");
+        const std::optional<FieldValue> value = onlyValue(document_, array);
+        const bool isTime =
+            value && format_ == FileFormat::cgns && isTimeName(array.name) && value->number == zone_.solutionTime;
+        if (!isTime && (!value || !isWritten(array, *value)))
+            drop(array.name, array.section, array.tupleCount * array.componentCount.value_or(0), "field data");
     }
 
     void drop(const std::string& name, vtu::Section section, std::uint64_t count, const char* what) {
@@ -248,7 +224,7 @@ Losses conversionLosses(const Dataset& dataset, const std::vector<fs::path>& inp
     const auto isUsed = [](const vtu::Array&) { return true; };
     Losses losses = damageLosses(inputs, isUsed);
     losses.add(narrowingLosses(inputs, {isUsed, usesNodes}));
-    const auto [files, areKnown] = zoneFiles(inputs, dataset.zones.size());
+    const auto [files, collections, areKnown] = zoneFiles(inputs, dataset.zones.size());
     if (areKnown)
         addCollections(dataset, inputs, format, losses);
     else

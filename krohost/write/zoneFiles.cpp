@@ -4,7 +4,7 @@
 #include "krohost/write/Loss.h"
 
 #include <algorithm>
-#include <iterator>
+#include <utility>
 
 namespace krohost::write {
 
@@ -33,9 +33,11 @@ ZoneFiles zoneFiles(const std::vector<std::filesystem::path>& inputs, std::size_
             candidates.clear();
         for (const vtu::Member& member : document.members)
             candidates.push_back(member.path);
-        std::copy_if(
-            candidates.begin(), candidates.end(), std::back_inserter(result.files),
-            [](const std::filesystem::path& file) { return !isEmpty(vtu::readDocument(file, pollInterrupt)); });
+        for (std::filesystem::path& file : candidates)
+            if (!isEmpty(vtu::readDocument(file, pollInterrupt))) {
+                result.files.push_back(std::move(file));
+                result.collections.push_back(input);
+            }
     }
     result.areKnown = isWhole && result.files.size() == zoneCount;
     return result;

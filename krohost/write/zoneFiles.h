@@ -7,7 +7,8 @@
 namespace krohost::write {
 
 struct ZoneFiles {
-    std::vector<std::filesystem::path> files; ///< in the order of the zones
+    std::vector<std::filesystem::path> files;       ///< in the order of the zones
+    std::vector<std::filesystem::path> collections; ///< that name these files; where none does, the file itself
     bool areKnown = false; ///< whether each is the file of the zone with its index; else they are all that is known of
 };
 

@@ -1,6 +1,5 @@
 #include "krohost/write/zoneGrid.h"
 
-#include "krohost/vtu/Document.h"
 #include "krohost/write/Loaded.h"
 #include "krohost/write/Loss.h"
 #include "krohost/write/WriteError.h"
@@ -10,12 +9,12 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstring>
 #include <memory>
 #include <numeric>
 #include <set>
 #include <string_view>
+#include <utility>
 
 namespace krohost::write {
 
@@ -182,35 +181,6 @@ void produceTypes(const ZoneCells& cells, const Sink& sink) {
     block.flush();
 }
 
-template <class Value>
-std::optional<Value> wholeNumber(const std::string& text) {
-    Value value{};
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-    const bool isNumber = result.ec == std::errc{} && result.ptr == text.data() + text.size();
-    return isNumber ? std::optional{value} : std::nullopt;
-}
-
-std::vector<Array> fieldData(const Zone& zone) {
-    std::vector<Array> arrays;
-    const bool hasTime = std::any_of(zone.auxiliaryData.begin(), zone.auxiliaryData.end(),
-                                     [](const auto& pair) { return isTimeName(pair.first); });
-    if (hasTime || zone.solutionTime != 0) // else there was none, and none means 0
-        arrays.push_back(singleValue("TimeValue", ElementType::Float64, zone.solutionTime));
-    for (const auto& [name, text] : zone.auxiliaryData) {
-        if (isTimeName(name))
-            continue;
-        if (text == "-0")
-            arrays.push_back(singleValue(name, ElementType::Float64, -0.0));
-        else if (const auto integer = wholeNumber<std::int64_t>(text))
-            arrays.push_back(singleValue(name, ElementType::Int64, *integer));
-        else if (const auto large = wholeNumber<std::uint64_t>(text))
-            arrays.push_back(singleValue(name, ElementType::UInt64, *large));
-        else if (const auto number = wholeNumber<double>(text))
-            arrays.push_back(singleValue(name, ElementType::Float64, *number));
-    }
-    return arrays;
-}
-
 bool hasCellDataFirst(const std::vector<ArrayVariables>& nodal, const std::vector<ArrayVariables>& cell) {
     return !nodal.empty() && !cell.empty() && cell.front().numbers.front() < nodal.front().numbers.front();
 }
@@ -242,10 +212,6 @@ bool isVector(const Dataset& dataset, const Zone& zone, std::int32_t number, con
 }
 
 } // namespace
-
-bool isTimeName(const std::string& name) {
-    return vtu::equalsIgnoringCase(name, "TimeValue") || vtu::equalsIgnoringCase(name, "time");
-}
 
 std::vector<std::int32_t> coordinateVariables(const Dataset& dataset, const Zone& zone) {
     std::vector<std::int32_t> numbers(axes.size());
@@ -281,7 +247,7 @@ std::vector<ArrayVariables> arrayVariables(const Dataset& dataset, const Zone& z
     return arrays;
 }
 
-Grid zoneGrid(Host& host, const Zone& zone, const CellOrder& order) {
+Grid zoneGrid(Host& host, const Zone& zone, const CellOrder& order, std::vector<Array> fieldData) {
     const Dataset& dataset = host.dataset();
     auto cells = std::make_shared<ZoneCells>(ZoneCells{sectionCells(host, zone, order), order.runs});
     if (cells->runs.empty())
@@ -306,7 +272,7 @@ Grid zoneGrid(Host& host, const Zone& zone, const CellOrder& order) {
         grid.pointData.push_back(variableArray(host, zone, array));
     for (const ArrayVariables& array : cell)
         grid.cellData.push_back(variableArray(host, zone, array));
-    grid.fieldData = fieldData(zone);
+    grid.fieldData = std::move(fieldData);
     grid.areCellDataFirst = hasCellDataFirst(nodal, cell);
     return grid;
 }

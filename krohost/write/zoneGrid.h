@@ -5,7 +5,6 @@
 #include "krohost/write/cellOrder.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,13 +24,9 @@ std::vector<ArrayVariables> arrayVariables(const Dataset& dataset, const Zone& z
 /// when there is none.
 std::vector<std::int32_t> coordinateVariables(const Dataset& dataset, const Zone& zone);
 
-/// Whether field data of this name tell a time.
-bool isTimeName(const std::string& name);
-
-/// The zone as a grid whose arrays are loaded when they are produced, one at a time. Coordinates that the zone lacks
-/// are 0. Auxiliary texts that are numbers become field data, and so does the solution time. Producing throws
-/// WriteError when an array cannot be loaded or a cell has a node that no point has, and Interrupted. The host and the
-/// order must outlive the grid.
-Grid zoneGrid(Host& host, const Zone& zone, const CellOrder& order);
+/// The zone as a grid with these field data, whose arrays are loaded when they are produced, one at a time. Coordinates
+/// that the zone lacks are 0. Producing throws WriteError when an array cannot be loaded or a cell has a node that no
+/// point has, and Interrupted. The host and the order must outlive the grid.
+Grid zoneGrid(Host& host, const Zone& zone, const CellOrder& order, std::vector<Array> fieldData);
 
 } // namespace krohost::write

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <map>
 
@@ -95,13 +96,13 @@ TEST_F(Convert, VariablesKeepTheirOrderAndVectorsAreJoined) {
 TEST_F(Convert, SeveralZonesBecomeACollectionWithMembersBesideIt) {
     vtu().piece(mixed()).write(folder / "a.vtu");
     vtu().piece(hexahedron()).write(folder / "b.vtu");
-    folder.write("c.vtm", R"(<VTKFile type="vtkMultiBlockDataSet"><vtkMultiBlockDataSet><Block name="outer &amp; inner">
+    folder.write("c.vtm", R"(<VTKFile type="vtkMultiBlockDataSet"><vtkMultiBlockDataSet><Block name="007">
         <DataSet name="first" file="a.vtu"/><DataSet name="&lt;2&gt;" file="b.vtu"/></Block>
         <DataSet name="third" file="a.vtu"/></vtkMultiBlockDataSet></VTKFile>)");
     expectSameAfter("c.vtm", "d.vtm");
     EXPECT_EQ(files(), (std::vector<std::string>{"a.vtu", "b.vtu", "bad.vtu", "broken.vtu", "c.vtm", "d", "d.vtm",
                                                  "d/d_0.vtu", "d/d_1.vtu", "d/d_2.vtu"}));
-    EXPECT_EQ(json::parse(run("--json d.vtm").output)["zones"][1]["aux"]["Block.name"], "outer & inner");
+    EXPECT_EQ(json::parse(run("--json d.vtm").output)["zones"][1]["aux"]["Block.name"], "007");
     const std::vector<std::string> larger = files(); // whose members that the next one lacks go with it, and no others
     EXPECT_EQ(run("convert bad.vtu --force -o d.vtm").exitCode + run("convert d/d_2.vtu -o d.vtm").exitCode, 1 + 2);
     EXPECT_EQ(files(), larger);
@@ -268,7 +269,18 @@ TEST_F(Convert, WhatIsLostIsSaidAndNotDoneWithStrict) {
                             loss["files"].get<int>());
     EXPECT_EQ(lost, "t@d.vtm:1 t@d.vtm:1 TimeValue@m.vtu:2 u@m.vtu:2 ");
     EXPECT_EQ(json::parse(run("--json e.vtm").output)["zones"][1]["aux"],
-              json::parse(R"({"TimeValue": "5", "u": "18446744073709551615", "z": "-0"})"));
+              json::parse(R"({"Time": "5", "u": "18446744073709551615", "z": "-0"})"));
+    vtu()
+        .piece(hexahedron())
+        .fieldData(reals("TIMEVALUE", ElementType::Float32, {0.1}))
+        .fieldData(reals("three", ElementType::Float64, {3}))
+        .write(folder / "f.vtu");
+    vtu().piece(hexahedron()).fieldData(reals("TimeValue", ElementType::Float32, {NAN})).write(folder / "nan.vtu");
+    EXPECT_EQ(run("convert --strict f.vtu -o g.vtu").exitCode + run("convert nan.vtu -o h.vtu").exitCode, 0);
+    const std::string types = readFile(folder / "g.vtu") + readFile(folder / "h.vtu");
+    EXPECT_NE(types.find(R"("Float32" Name="TIMEVALUE")"), types.npos) << types;
+    EXPECT_NE(types.find(R"("Float64" Name="three")"), types.npos) << types;
+    EXPECT_EQ(types.find("TimeValue"), types.npos) << types;
 }
 
 TEST_F(Convert, NamesAreMadeSafeAndStayDifferent) {
