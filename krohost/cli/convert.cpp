@@ -29,6 +29,19 @@ CLI::Option* addWords(CLI::App& command, const char* name, Value& value, const s
         ->type_name(names);
 }
 
+/// Members are in a folder that is named like their collection, which says so in XML.
+void requireCollectionName(const std::filesystem::path& path) {
+    const std::string stem = path.stem().string();
+    if (inXml(stem) != stem)
+        throw Failure(fmt::format("The collection \"{}\" cannot be written: XML cannot hold the names of its members.",
+                                  path.string()),
+                      Exit_Usage);
+    if (stem == "." || stem == "..")
+        throw Failure(fmt::format("The collection \"{}\" cannot be written: its members would be in the folder \"{}\".",
+                                  path.string(), stem),
+                      Exit_Usage);
+}
+
 /// What is asked for, as far as it can be known before the load that it can be done.
 write::Request request(const CommandLine& line, const Plan& plan) {
     const ConvertOptions& options = line.convert;
@@ -38,6 +51,8 @@ write::Request request(const CommandLine& line, const Plan& plan) {
         throw Failure(
             fmt::format("The format of \"{}\" does not follow from its extension; name it with --to.", options.output),
             Exit_Usage);
+    if (*format == write::FileFormat::vtm || *format == write::FileFormat::pvd)
+        requireCollectionName(path);
     return {path, *format, options.encoding, plan.permission, line.isStrict};
 }
 

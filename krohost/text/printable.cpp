@@ -141,6 +141,17 @@ std::string printableJson(std::string_view json) {
     });
 }
 
+std::string inXml(std::string_view text) {
+    return replaced(text, [](const Character& character, std::string& result) {
+        const bool isControl =
+            character.code < 0x20 && std::string_view{"\t\n\r"}.find(character.bytes) == std::string_view::npos;
+        const bool isForeign = !character.isValid || isControl || character.code == 0xFFFE || character.code == 0xFFFF;
+        if (isForeign)
+            result += '_';
+        return isForeign;
+    });
+}
+
 std::string_view beginning(std::string_view text, std::size_t byteLimit) {
     if (text.size() <= byteLimit)
         return text;

@@ -23,6 +23,9 @@ std::string printableDialog(std::string_view text);
 /// The same JSON document, with escapes of JSON in the place of such characters. It must be valid UTF-8.
 std::string printableJson(std::string_view json);
 
+/// The same text with `_` in the place of each character that XML cannot hold, and of each byte that is no UTF-8.
+std::string inXml(std::string_view text);
+
 /// The beginning of a text, with at most so many bytes and cut between characters.
 std::string_view beginning(std::string_view text, std::size_t byteLimit);
 

@@ -2,6 +2,7 @@
 
 #include "krohost/write/damage.h"
 #include "krohost/write/fieldData.h"
+#include "krohost/write/vtuFile.h"
 #include "krohost/write/zoneFiles.h"
 #include "krohost/write/zoneGrid.h"
 
@@ -190,6 +191,9 @@ void addZoneProperties(const Dataset& dataset, FileFormat format, Losses& losses
         addForZones(dataset, losses, "Names are", isAny);
     if (format == FileFormat::csv)
         addForZones(dataset, losses, "Solution times are", [](const Zone& zone) { return zone.solutionTime != 0; });
+    if (format == FileFormat::vtu || format == FileFormat::vtm || format == FileFormat::pvd)
+        for (const Zone& zone : dataset.zones)
+            addXmlRenaming(zone.name, losses);
     if (format != FileFormat::vtm)
         addForZones(dataset, losses, "Names of blocks are", hasBlock);
     if (format == FileFormat::vtkhdf) {

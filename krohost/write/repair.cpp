@@ -92,6 +92,12 @@ public:
         return losses;
     }
 
+    /// As a loader names it: like the only piece, else like the file.
+    std::string zoneName() const {
+        const std::string name = document_.pieces.front().element.nameAttribute();
+        return document_.pieces.size() == 1 && !name.empty() ? name : document_.path.stem().string();
+    }
+
     bool losesCells() const { return keptCellCount_ < cellCount_; }
 
     Grid grid() const {
@@ -269,12 +275,6 @@ private:
         });
     }
 
-    /// As a loader names it: like the only piece, else like the file.
-    std::string zoneName() const {
-        const std::string name = document_.pieces.front().element.nameAttribute();
-        return document_.pieces.size() == 1 && !name.empty() ? name : document_.path.stem().string();
-    }
-
     /// Nothing in field data keeps a file from being loaded.
     void dropFieldData() {
         constexpr std::uint64_t tupleLimit = 1000;
@@ -371,6 +371,8 @@ Conversion repairFile(Host& host, const std::filesystem::path& input, const Requ
         throw WriteError("A repaired file is written as .vtu or .vtkhdf.");
     const Repair repair{input};
     Losses losses = repair.losses();
+    if (request.format == FileFormat::vtu)
+        addXmlRenaming(repair.zoneName(), losses);
     requireAllowed(losses, request.isStrict);
     Outputs outputs{request.permission};
     outputs.add(request.path, [&](const std::filesystem::path& temporary) {

@@ -1,5 +1,6 @@
 #include "krohost/write/vtuFile.h"
 
+#include "krohost/text/printable.h"
 #include "krohost/write/OutputFile.h"
 #include "krohost/write/encodeArray.h"
 
@@ -9,10 +10,10 @@ namespace krohost::write {
 
 namespace {
 
-/// Text for an attribute. Characters that XML cannot hold become blanks.
+/// Text for an attribute.
 std::string escaped(const std::string& text) {
     std::string result;
-    for (const char character : text) {
+    for (const char character : inXml(text)) {
         if (character == '&')
             result += "&amp;";
         else if (character == '<')
@@ -24,7 +25,7 @@ std::string escaped(const std::string& text) {
         else if (character == '\t' || character == '\n' || character == '\r')
             result += fmt::format("&#{};", static_cast<int>(character));
         else
-            result += static_cast<unsigned char>(character) < 0x20 ? ' ' : character;
+            result += character;
     }
     return result;
 }
@@ -112,6 +113,12 @@ void writeText(const std::filesystem::path& path, const std::string& text) {
 }
 
 } // namespace
+
+void addXmlRenaming(const std::string& name, Losses& losses) {
+    if (const std::string other = inXml(name); other != name)
+        losses.add({"renamed",
+                    fmt::format("\"{}\" is called \"{}\" in the file, since XML cannot hold all of it.", name, other)});
+}
 
 void writeVtu(const std::filesystem::path& path, const Encoding& encoding, const Grid& grid) {
     VtuWriter{path, encoding}.write(grid);

@@ -3,6 +3,7 @@
 
 #include "krohost/write/Encoding.h"
 #include "krohost/write/Grid.h"
+#include "krohost/write/Loss.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -11,6 +12,9 @@
 #include <vector>
 
 namespace krohost::write {
+
+/// Adds a loss where XML cannot hold all characters of a zone's name; it is written without these.
+void addXmlRenaming(const std::string& name, Losses& losses);
 
 /// Writes a grid as a .vtu file of one piece, array by array. Throws WriteError, FileError and Interrupted.
 void writeVtu(const std::filesystem::path& path, const Encoding& encoding, const Grid& grid);

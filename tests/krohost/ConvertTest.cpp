@@ -125,6 +125,10 @@ TEST_F(Convert, AFailureLeavesNothingAndSaysWhy) {
         {"a.vtu -o bad.vtu", 2, "The file \"bad.vtu\" cannot be written: it exists; --force replaces it\n"},
         {"a.vtu -o . --to vtu --force", 2, "The file \".\" cannot be written: it exists and is not a regular file\n"},
         {"a.vtu -o a.xyz", 2, "The format of \"a.xyz\" does not follow from its extension; name it with --to.\n"},
+        {"a.vtu -o ...vtm", 2,
+         "The collection \"...vtm\" cannot be written: its members would be in the folder \"..\".\n"},
+        {"a.vtu -o \"$(printf 'b\\001.vtm')\"", 2, "\" cannot be written: XML cannot hold the names of its members.\n"},
+        {"a.vtu -o \"$(printf 'b\\377.pvd')\"", 2, "\" cannot be written: XML cannot hold the names of its members.\n"},
         {"a.vtu -o b.vtu --encoding utf8", 2, "--encoding"},
         {"a.vtu -o b.vtu --to h5", 2, "--to"},
         {"a.vtu -o no/b.vtu", 1, "The file \"no/b.vtu\" cannot be written: No such file or directory\n"},
@@ -299,6 +303,14 @@ TEST_F(Convert, NamesAreMadeSafeAndStayDifferent) {
     EXPECT_NE(run("convert a.vtu -o b.csv").errors.find("\"=1+1\" is called \"'=1+1\" in the table"),
               std::string::npos);
     EXPECT_EQ(readFile(folder / "b.csv").substr(0, header.size()), header);
+    const Outcome outcome = runShell(folder, "for c in '\\001' '\\357\\277\\277' '\\377'; do n=$(printf \"c$c.vtu\");"
+                                             " cp a.vtu $n && $krohost convert $n -o c.vtm --force && "
+                                             "$krohost --demand c.vtm && $krohost convert $n -o c.vtu --force --repair "
+                                             "&& $krohost --demand c.vtu || exit 1; done");
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors;
+    EXPECT_EQ(std::count(outcome.errors.begin(), outcome.errors.end(), '\n'), 5) // a loader has U+FFFD for a byte
+        << outcome.errors;
+    EXPECT_NE(outcome.errors.find("\" is called \"c_\" in the file"), std::string::npos) << outcome.errors;
     EXPECT_EQ(run("dump a.vtu --format csv --range :0 --variable '=1+1'").output, "\"'=1+1\"\n");
 }
 
