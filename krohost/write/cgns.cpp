@@ -83,10 +83,8 @@ void sortBySection(std::vector<Value>& values, const Zone& zone, const std::vect
 class CgnsWriter {
 public:
     CgnsWriter(Host& host, const std::filesystem::path& path, Losses& losses)
-        : host_{host}, dataset_{host.dataset()}, losses_{losses}, zoneNames_{nameLength,
-                                                                             "CGNS",
-                                                                             losses,
-                                                                             {"SimulationType", "TimeIterValues"}} {
+        : host_{host}, dataset_{host.dataset()}, losses_{losses},
+          zoneNames_{nameLength, "CGNS", losses, false, {"SimulationType", "TimeIterValues"}} {
         require(cg_set_file_type(CG_FILE_HDF5));
         require(cg_open(path.c_str(), CG_MODE_WRITE, &file_));
     }
@@ -197,7 +195,7 @@ private:
 
     void writeSolution(const Zone& zone, ValueLocation_e location, const char* name, GridLocation_t gridLocation,
                        const std::vector<CellRun>& runs) {
-        Names names{nameLength, "CGNS", losses_, {"GridLocation"}};
+        Names names{nameLength, "CGNS", losses_, false, {"GridLocation"}};
         int solution = 0;
         for (const ArrayVariables& array : arrayVariables(dataset_, zone, location))
             for (std::size_t component = 0; component < array.numbers.size(); ++component) {

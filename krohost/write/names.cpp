@@ -15,6 +15,11 @@ std::string safe(std::string name) {
     return name.empty() ? "unnamed" : name == "." || name == ".." ? std::string(name.size(), '_') : name;
 }
 
+std::string withoutBlanks(const std::string& name) {
+    const std::size_t begin = name.find_first_not_of(' ');
+    return begin == name.npos ? "" : name.substr(begin, name.find_last_not_of(' ') + 1 - begin);
+}
+
 /// The first bytes, without a part of a character at the end.
 std::string cut(const std::string& text, std::size_t byteLimit) {
     std::size_t end = std::min(text.size(), byteLimit);
@@ -26,8 +31,10 @@ std::string cut(const std::string& text, std::size_t byteLimit) {
 } // namespace
 
 std::string Names::claim(const std::string& wanted) {
-    const std::string stem = safe(wanted);
+    const std::string stem = safe(areBlanksKept_ ? wanted : withoutBlanks(wanted));
     std::string name = cut(stem, byteLimit_);
+    if (!areBlanksKept_)
+        name = withoutBlanks(name); // which its end may be now
     for (std::size_t& number = lastNumbers_.emplace(name, 1).first->second; !taken_.insert(name).second;) {
         const std::string suffix = fmt::format("_{}", ++number);
         name = cut(stem, byteLimit_ - suffix.size()) + suffix;

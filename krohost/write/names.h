@@ -13,9 +13,12 @@ namespace krohost::write {
 /// nor "..", each once. What has to be changed is a loss.
 class Names {
 public:
-    /// `format` is how the sentence calls the file: "CGNS". `reserved` names are the file's own.
-    Names(std::size_t byteLimit, std::string format, Losses& losses, std::set<std::string> reserved = {})
-        : byteLimit_{byteLimit}, format_{std::move(format)}, losses_{losses}, taken_{std::move(reserved)} {}
+    /// `format` is how the sentence calls the file: "CGNS". `reserved` names are the file's own. Where blanks at the
+    /// beginning and end of a name are not kept, they are left out.
+    Names(std::size_t byteLimit, std::string format, Losses& losses, bool areBlanksKept,
+          std::set<std::string> reserved = {})
+        : byteLimit_{byteLimit}, format_{std::move(format)}, losses_{losses},
+          areBlanksKept_{areBlanksKept}, taken_{std::move(reserved)} {}
 
     std::string claim(const std::string& wanted);
 
@@ -23,6 +26,7 @@ private:
     std::size_t byteLimit_;
     std::string format_;
     Losses& losses_;
+    bool areBlanksKept_;
     std::set<std::string> taken_;
     std::map<std::string, std::size_t> lastNumbers_; // by the name that had to get one
 };

@@ -152,7 +152,7 @@ void writeFields(hid_t root, const char* groupName, bool isCompressed, const std
                  std::vector<Array> Grid::*fields, Losses& losses) {
     constexpr std::size_t nameLength = 1024;
     const Handle fieldGroup = group(root, groupName);
-    Names names{nameLength, "VTKHDF", losses};
+    Names names{nameLength, "VTKHDF", losses, true};
     for (std::size_t index = 0; index < (grids.front().*fields).size(); ++index) {
         const std::string name = names.claim((grids.front().*fields)[index].name);
         writeArrays(fieldGroup, isCompressed, grids,
