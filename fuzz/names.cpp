@@ -54,10 +54,12 @@ bool isHarmless(std::string_view text, std::string_view allowed) {
 
 void checkLines(std::string_view text) {
     const std::string line = krohost::printableLine(text), lines = krohost::printable(text);
-    fuzz::require(isHarmless(line, "") && isHarmless(krohost::quoted(text), ""), "a name is one harmless line");
+    fuzz::require(isHarmless(line, "") && isHarmless(krohost::quoted(text), ""), "a text is one harmless line");
     fuzz::require(isHarmless(lines, "\n\t"), "lines are harmless");
     fuzz::require(krohost::printableLine(line) == line && krohost::printable(lines) == lines,
                   "harmless text stays as it is");
+    const std::string name = krohost::printableName(text);
+    fuzz::require(isHarmless(name, "") && krohost::printableLine(name) == name, "a name is one harmless line");
     const std::string dialog = krohost::printableDialog(text);
     fuzz::require(isHarmless(dialog, "\n"), "a dialog is harmless");
     std::istringstream paragraph{dialog};

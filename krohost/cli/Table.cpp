@@ -25,7 +25,7 @@ Table::Table(std::vector<Column> columns) : columns_{std::move(columns)} {
 
 void Table::addRow(std::vector<std::string> row) {
     for (std::size_t index = 0; index < row.size(); ++index) {
-        row[index] = printableLine(row[index]);
+        row[index] = printableName(row[index]);
         widths_[index] = std::max(widths_[index], width(row[index]));
     }
     rows_.push_back(std::move(row));

@@ -68,9 +68,9 @@ std::string tableReport(const Report& report, const Dataset& dataset, Style styl
         return result + summaryReport(report, dataset, style);
     result += zoneTable(dataset, dataset.zones.size(), style);
     for (const Zone& zone : dataset.zones) {
-        result += '\n' + style.heading(fmt::format("Zone {}, {}", zone.number, printableLine(zone.name))) + '\n';
+        result += '\n' + style.heading(fmt::format("Zone {}, {}", zone.number, printableName(zone.name))) + '\n';
         for (const auto& [name, value] : zone.auxiliaryData)
-            result += fmt::format("  {} = {}\n", printableLine(name), printableLine(value));
+            result += fmt::format("  {} = {}\n", printableName(name), printableName(value));
         result += sectionTable(report, zone, style) + variableTable(report, dataset, zone, style);
     }
     return result;

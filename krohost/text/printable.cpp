@@ -120,6 +120,17 @@ std::string printableLine(std::string_view text, std::string_view marked) {
     });
 }
 
+std::string printableName(std::string_view name) {
+    std::string whole;
+    for (std::size_t index = 0; index < name.size(); ++index) {
+        const std::string_view rest = name.substr(index + 1);
+        const bool isBeforeEscape = !rest.empty() && (std::string_view{"\\ntxuU"}.find(rest.front()) != rest.npos ||
+                                                      isHidden(firstCharacter(rest)));
+        whole.append(name[index] == '\\' && isBeforeEscape ? 2 : 1, name[index]);
+    }
+    return printableLine(whole);
+}
+
 std::string printableDialog(std::string_view text) {
     std::string result;
     bool isReasonSaid = false;

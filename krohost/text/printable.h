@@ -16,6 +16,10 @@ std::string printable(std::string_view text);
 /// On one line: a line feed becomes `\n` and a tab `\t`. The ASCII characters in `marked` get a backslash.
 std::string printableLine(std::string_view text, std::string_view marked = {});
 
+/// A name on one line, where a backslash that would be taken for a part of an escape becomes two, so that no two names
+/// become the same.
+std::string printableName(std::string_view name);
+
 /// A dialog: a message and often, on a line of its own, "Reason: " with what the message is about. Any further line is
 /// indented, because it may begin within a name.
 std::string printableDialog(std::string_view text);

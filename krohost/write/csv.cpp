@@ -87,7 +87,7 @@ void writeTable(Host& host, ValueLocation_e location, const char* rowTitle, cons
 /// As it is shown, with an apostrophe before what looks like a formula.
 std::string nameInTable(const std::string& name) {
     const bool isFormula = !name.empty() && std::string_view{"=+-@\t\r\n"}.find(name.front()) != std::string_view::npos;
-    return (isFormula ? "'" : "") + printableLine(name);
+    return (isFormula ? "'" : "") + printableName(name);
 }
 
 } // namespace

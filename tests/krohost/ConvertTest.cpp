@@ -290,7 +290,7 @@ TEST_F(Convert, WhatIsLostIsSaidAndNotDoneWithStrict) {
 TEST_F(Convert, NamesAreMadeSafeAndStayDifferent) {
     MeshPiece cube = hexahedron();
     for (const char* name :
-         {"/", ".", "..", "_", "a&#9;b", "=1+1", "-x", "n234567890123456789012345678901234", "t", "t ", " t"})
+         {"/", ".", "..", "_", "a&#9;b", "a\\tb", "=1+1", "-x", "n234567890123456789012345678901234", "t", "t ", " t"})
         cube = cube.withPointData(variedValues(name, ElementType::Float32, 8));
     vtu().piece(cube).write(folder / "a.vtu");
     for (const std::string output : {"b.vtkhdf", "b.cgns"}) {
@@ -303,7 +303,7 @@ TEST_F(Convert, NamesAreMadeSafeAndStayDifferent) {
             EXPECT_EQ(errors.find(renaming) != std::string::npos, output == "b.cgns") << errors;
     }
     const std::string header =
-        "zone,node,X,Y,Z,/,.,..,_,a\\tb,\"'=1+1\",\"'-x\",n234567890123456789012345678901234,t,t , t\n";
+        "zone,node,X,Y,Z,/,.,..,_,a\\tb,a\\\\tb,\"'=1+1\",\"'-x\",n234567890123456789012345678901234,t,t , t\n";
     EXPECT_NE(run("convert a.vtu -o b.csv").errors.find("\"=1+1\" is called \"'=1+1\" in the table"),
               std::string::npos);
     EXPECT_EQ(readFile(folder / "b.csv").substr(0, header.size()), header);
