@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -73,6 +74,16 @@ struct TextArray {
     Section section{};
 };
 
+/// What a tag says of an array besides its values and nobody reads, each once: "the role \"Scalars\"" or "the key
+/// \"UNITS_LABEL\"".
+struct Remark {
+    Section section{};
+    std::string array;
+    std::string what;
+
+    auto operator<=>(const Remark&) const = default;
+};
+
 struct Piece {
     Element element;
     std::optional<std::uint64_t> pointCount; ///< 0 when the file says none
@@ -109,6 +120,7 @@ struct Document {
     std::vector<Piece> pieces;
     std::vector<Array> fieldData;
     std::vector<TextArray> textArrays;
+    std::set<Remark> remarks;
     std::vector<Member> members;
     std::vector<Element> strays; ///< DataSet and Block elements of a file that is no multi-block one
     std::optional<Element> appendedData;

@@ -246,11 +246,13 @@ private:
     void dispatch(Element element) {
         const std::optional<Section> section = sectionNamed(element.name);
         if (section && (isInPiece_ || section == Section::fieldData))
-            section_ = section;
+            beginSection(*section, element);
         else if (element.name == "DataArray" && section_)
             addArray(std::move(element));
         else if (element.name == "Array" && section_)
             document_.textArrays.push_back({std::move(element), *section_});
+        else if (element.name == "InformationKey" && section_ && !arrays().empty())
+            addKey(element.nameAttribute());
         else if (element.name == "Piece")
             addPiece(std::move(element));
         else if (element.name == "VTKFile" && document_.type.empty())
@@ -259,6 +261,18 @@ private:
             addToCollection(std::move(element));
         else if (element.name == "AppendedData")
             beginAppendedData(std::move(element));
+    }
+
+    void beginSection(Section section, const Element& element) {
+        section_ = section;
+        for (const Attribute& role : element.attributes)
+            document_.remarks.insert({section, role.value, fmt::format("the role \"{}\"", role.name)});
+    }
+
+    /// Ranges follow from the values.
+    void addKey(const std::string& key) {
+        if (!key.ends_with("RANGE"))
+            document_.remarks.insert({*section_, arrays().back().name, fmt::format("the key \"{}\"", key)});
     }
 
     void readRoot(Element element) {

@@ -117,7 +117,7 @@ std::vector<Grid> grids(Host& host, const Originals& originals) {
 
 void write(Host& host, const Request& request, const Originals& originals, Outputs& outputs, Losses& losses) {
     if (request.format == FileFormat::csv)
-        return writeCsv(host, request.path, outputs, losses);
+        return writeCsv(host, request.path, request.permission.isReplacing, outputs, losses);
     outputs.add(request.path, [&](const fs::path& temporary) {
         switch (request.format) {
         case FileFormat::vtu:

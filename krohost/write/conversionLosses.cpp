@@ -38,6 +38,7 @@ public:
         for (const auto location : {ValueLocation_Nodal, ValueLocation_CellCentered})
             addArrays(location);
         addSurplusComponents();
+        addRemarks();
         addFields();
     }
 
@@ -54,8 +55,13 @@ private:
         const bool isNodal = location == ValueLocation_Nodal;
         const std::vector<ArrayVariables> written = arrayVariables(dataset_, zone_, location);
         std::set<std::pair<std::string, std::size_t>> writtenArrays;
-        for (const ArrayVariables& array : written)
+        joinedVariables_.clear();
+        for (const ArrayVariables& array : written) {
             writtenArrays.emplace(array.name, array.numbers.size());
+            if (array.numbers.size() == vectorLength)
+                for (const char* suffix : {"_X", "_Y", "_Z"})
+                    joinedVariables_.insert(array.name + suffix);
+        }
         std::set<std::string> vectors;
         if (!document_.pieces.empty()) {
             const vtu::Piece& piece = document_.pieces.front();
@@ -78,12 +84,14 @@ private:
     void addArray(const vtu::Array& array, const std::set<std::pair<std::string, std::size_t>>& written) {
         const std::uint64_t count = array.componentCount.value_or(0);
         const std::vector<std::string> names = vtu::variableNames(array);
+        const auto isJoined = [&](const std::string& name) { return joinedVariables_.contains(name); };
         const bool isWritten = std::all_of(names.begin(), names.end(), [&](const std::string& name) {
-            return written.contains({name, 1});
+            return written.contains({name, 1}) || isJoined(name);
         });
         if (count == 0 || names.size() != count || (!isWritten && !written.contains({array.name, count})))
             return drop(array.name, array.section, array.tupleCount * count, "an array that is not loaded");
-        if (holdsVectors(format_) && !written.contains({array.name, count}))
+        if (holdsVectors(format_) && !written.contains({array.name, count}) &&
+            std::none_of(names.begin(), names.end(), isJoined))
             losses_.add(
                 {"split",
                  fmt::format("The {} components of the array \"{}\" ({}) of \"{}\" are written as arrays of "
@@ -108,6 +116,21 @@ private:
                          static_cast<std::uint64_t>(count),
                          {},
                          "names of components"});
+    }
+
+    /// What tags say of arrays and nothing reads.
+    void addRemarks() {
+        for (const vtu::Remark& remark : document_.remarks)
+            losses_.add({"dropped",
+                         fmt::format("That the array \"{}\" ({}) of \"{}\" has {} is left out.", remark.array,
+                                     locationWord(remark.section), file_, remark.what),
+                         remark.array,
+                         locationWord(remark.section),
+                         file_,
+                         1,
+                         1,
+                         {},
+                         remark.what});
     }
 
     void addSurplusComponents() {
@@ -157,6 +180,7 @@ private:
     FileFormat format_;
     Losses& losses_;
     std::set<std::string> keptFields_;
+    std::set<std::string> joinedVariables_; // at the location that is looked at
 };
 
 /// The field data of the inputs that are collections; their members' zones have them all.
@@ -187,6 +211,7 @@ void addZoneProperties(const Dataset& dataset, FileFormat format, Losses& losses
     const auto isAny = [](const Zone&) { return true; };
     if (format == FileFormat::csv)
         addForZones(dataset, losses, "The nodes of cells are", hasCells);
+    addForZones(dataset, losses, "Strands are", [](const Zone& zone) { return zone.strand != -1; });
     if ((format == FileFormat::csv || format == FileFormat::vtkhdf) && dataset.zones.size() > 1)
         addForZones(dataset, losses, "Names are", isAny);
     if (format == FileFormat::csv)
@@ -239,6 +264,10 @@ Losses conversionLosses(const Dataset& dataset, const std::vector<fs::path>& inp
             ZoneLosses{dataset, dataset.zones[index], document, format, losses}.add();
     }
     addZoneProperties(dataset, format, losses);
+    const bool isNamed =
+        files.size() == 1 && dataset.zones.size() == 1 && dataset.zones.front().name != files.front().stem().string();
+    if (isNamed && (format == FileFormat::csv || format == FileFormat::vtkhdf))
+        addForZones(dataset, losses, "Names are", [](const Zone&) { return true; });
     if (format != FileFormat::csv)
         addMissingCoordinates(dataset, losses);
     return losses;

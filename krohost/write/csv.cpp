@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <fstream>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -84,6 +85,12 @@ void writeTable(Host& host, ValueLocation_e location, const char* rowTitle, cons
     file.close();
 }
 
+bool beginsWith(const std::filesystem::path& path, std::string_view text) {
+    std::string beginning(text.size(), '\0');
+    std::ifstream file{path, std::ios::binary};
+    return file.read(beginning.data(), static_cast<std::streamsize>(beginning.size())) && beginning == text;
+}
+
 /// As it is shown, with an apostrophe before what looks like a formula.
 std::string nameInTable(const std::string& name) {
     const bool isFormula = !name.empty() && std::string_view{"=+-@\t\r\n"}.find(name.front()) != std::string_view::npos;
@@ -111,7 +118,7 @@ std::string csvText(const std::string& text) {
     return cell + '"';
 }
 
-void writeCsv(Host& host, const std::filesystem::path& path, Outputs& outputs, Losses& losses) {
+void writeCsv(Host& host, const std::filesystem::path& path, bool isReplacing, Outputs& outputs, Losses& losses) {
     addCsvRenamings(host.dataset().variables, losses);
     const auto add = [&](ValueLocation_e location, const char* rowTitle, const std::vector<std::int32_t>& columns,
                          const std::filesystem::path& table) {
@@ -121,9 +128,12 @@ void writeCsv(Host& host, const std::filesystem::path& path, Outputs& outputs, L
     };
     add(ValueLocation_Nodal, "node", columnsAt(host.dataset(), ValueLocation_Nodal), path);
     const std::vector<std::int32_t> atCells = columnsAt(host.dataset(), ValueLocation_CellCentered);
+    const std::filesystem::path cellPath =
+        path.parent_path() / (path.stem().string() + "-cells" + path.extension().string());
     if (!atCells.empty())
-        add(ValueLocation_CellCentered, "cell", atCells,
-            path.parent_path() / (path.stem().string() + "-cells" + path.extension().string()));
+        add(ValueLocation_CellCentered, "cell", atCells, cellPath);
+    else if (isReplacing && beginsWith(path, "zone,node,") && beginsWith(cellPath, "zone,cell,"))
+        outputs.removeOld(cellPath);
 }
 
 } // namespace krohost::write

@@ -11,9 +11,10 @@ namespace krohost::write {
 
 /// Writes the nodal variables of all zones as a table and, when there are any, those at cells as another one whose name
 /// ends in "-cells": a row per node or cell, columns "zone", "node" or "cell" (both from 1) and the variables. A
-/// variable that a zone does not supply is left empty. Says which names had to be changed. Holds the variables of one
-/// zone in memory. Throws WriteError and Interrupted.
-void writeCsv(Host& host, const std::filesystem::path& path, Outputs& outputs, Losses& losses);
+/// variable that a zone does not supply is left empty. Where tables are replaced and
+/// there are none at cells, an older one of these goes too. Says which names had to be changed. Holds the variables of
+/// one zone in memory. Throws WriteError and Interrupted.
+void writeCsv(Host& host, const std::filesystem::path& path, bool isReplacing, Outputs& outputs, Losses& losses);
 
 /// A name as a cell of a table: in quotes where it needs them, with an apostrophe before what a spreadsheet would run
 /// as a formula.

@@ -136,6 +136,8 @@ private:
         };
         for (const vtu::TextArray& array : document_.textArrays)
             add(array.element.nameAttribute(), array.section, "the array of texts");
+        for (const vtu::Remark& remark : document_.remarks)
+            add(remark.array, remark.section, (remark.what + " of the array").c_str());
         for (const vtu::Piece& piece : document_.pieces)
             for (const vtu::Array& array : piece.cells)
                 if (!isOneOf(array.name, {"connectivity", "offsets", "types"}))

@@ -281,6 +281,22 @@ TEST_F(Convert, WhatIsLostIsSaidAndNotDoneWithStrict) {
         .write(folder / "f.vtu");
     vtu().piece(hexahedron()).fieldData(reals("TimeValue", ElementType::Float32, {NAN})).write(folder / "nan.vtu");
     EXPECT_EQ(run("convert --strict f.vtu -o g.vtu").exitCode + run("convert nan.vtu -o h.vtu").exitCode, 0);
+    vtu() // each of these once, in what is left out, and v and v_Z neither there nor split
+        .piece(hexahedron()
+                   .withPointData(variedValues("v", ElementType::Float32, 8, 2))
+                   .withPointData(variedValues("v_Z", ElementType::Float32, 8)))
+        .attribute("Piece", "Name", "orig")
+        .markup("<PointData", "<PointData Scalars=\"v\"")
+        .markup("</PointData>", "<InformationKey name=\"L2_NORM_RANGE\"/><InformationKey name=\"UNITS\"/></PointData>")
+        .write(folder / "v.vtu");
+    EXPECT_EQ(
+        run("convert v.vtu -o v.vtkhdf --strand 3").errors,
+        "krohost: warning: The arrays \"v_X\", \"v_Y\" and \"v_Z\" (nodal) of \"v.vtu\" are written as one vector "
+        "\"v\".\n"
+        "krohost: warning: That the array \"v\" (nodal) of \"v.vtu\" has the role \"Scalars\" is left out.\n"
+        "krohost: warning: That the array \"v_Z\" (nodal) of \"v.vtu\" has the key \"UNITS\" is left out.\n"
+        "krohost: warning: Strands are left out, of 1 zone.\n"
+        "krohost: warning: Names are left out, of 1 zone.\n");
     const std::string types = readFile(folder / "g.vtu") + readFile(folder / "h.vtu");
     EXPECT_NE(types.find(R"("Float32" Name="TIMEVALUE")"), types.npos) << types;
     EXPECT_NE(types.find(R"("Float64" Name="three")"), types.npos) << types;
@@ -353,6 +369,14 @@ TEST_F(Convert, TheReportSaysWhatWasWritten) {
     EXPECT_EQ(document["bytes"], nodal + cell);
     EXPECT_EQ(run("convert a.vtu -o c.csv").output,
               "c.csv: 1 zone in 2 files, " + std::to_string(nodal + cell) + " bytes\n");
+    vtu().piece(hexahedron()).write(folder / "d.vtu");
+    for (const auto& [options, isThere] :
+         {std::pair{"c.csv", true}, {"e.csv --force", true}, {"c.csv --force", false}}) {
+        folder.write("e-cells.csv", "zone,cell,mine\n"); // belongs to no table of nodes
+        run(fmt::format("convert d.vtu -o {}", options));
+        EXPECT_EQ(std::filesystem::exists(folder / "c-cells.csv"), isThere) << options;
+        EXPECT_TRUE(std::filesystem::exists(folder / "e-cells.csv")) << options;
+    }
 }
 
 TEST_F(Convert, RepairKeepsTheCellsOfTheHighestDimension) {
