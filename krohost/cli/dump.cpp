@@ -7,7 +7,6 @@
 #include "krohost/itemType.h"
 #include "krohost/write/WriteError.h"
 #include "krohost/write/csv.h"
-#include "krohost/write/damage.h"
 #include "krohost/write/zoneFiles.h"
 
 #include <fmt/compile.h>
@@ -258,8 +257,7 @@ write::Losses lossesOf(const Dataset& dataset, const Selection& selection, const
     const bool areNodesNarrow = selection.isNodeMap && selection.zone.nodeMap->itemByteCount() == sizeof(std::int32_t);
     try {
         const std::vector<std::filesystem::path> files = filesOf(dataset, selection.zone, plan);
-        write::Losses losses = write::damageLosses(files, isWanted);
-        losses.add(write::narrowingLosses(files, {isWanted, areNodesNarrow}));
+        write::Losses losses = write::narrowingLosses(files, {isWanted, areNodesNarrow, isWanted});
         if (line.dump.format == DumpFormat::csv && !line.isJson)
             write::addCsvRenamings(wanted, losses);
         return losses;

@@ -63,7 +63,7 @@ int exitCode(const Host& host, const Report& report) {
         return Exit_Interrupted;
     const bool hasDemands = std::all_of(report.demands.begin(), report.demands.end(),
                                         [](const DemandResult& result) { return result.isLoaded; });
-    const bool isSound = report.isLoaded && hasDemands && !write::hasDamage(report.losses);
+    const bool isSound = report.isLoaded && hasDemands && !write::firstDamage(report.losses);
     return isSound && host.violations().empty() ? Exit_Done : Exit_Failed;
 }
 
@@ -168,8 +168,8 @@ int finishDump(Host& host, const CommandLine& line, const Console& console, cons
     const int code = exitCode(host, report);
     if (line.isStrict && !report.losses.empty())
         return refuseLosses(host, line, console, report);
-    const std::string error =
-        write::hasDamage(report.losses) ? report.losses.list().front().message : errorText(host, code);
+    const write::Loss* damage = write::firstDamage(report.losses);
+    const std::string error = damage && !Host::isInterrupted() ? damage->message : errorText(host, code);
     if (output)
         finishDump(*output, line, report, dialogTexts(host), host.violations(), error);
     else if (line.isJson)
@@ -202,7 +202,9 @@ int finish(Host& host, const CommandLine& line, const Console& console, const Co
     const int code = ownCode == Exit_Done && !outcome.isDone() ? int{Exit_Failed} : ownCode;
     if (!line.isJson)
         return console.print(convertText(line, outcome), code);
+    const write::Loss* damage = write::firstDamage(outcome.conversion.losses);
     const std::string error = !outcome.error.empty()            ? outcome.error
+                              : damage                          ? damage->message
                               : outcome.conversion.isIncomplete ? outcome.conversion.losses.list().front().message
                                                                 : errorText(host, code);
     return console.print(jsonText(convertDocument(outcome), dialogTexts(host), host.violations(), error), code);

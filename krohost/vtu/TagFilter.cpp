@@ -44,11 +44,11 @@ std::size_t TagFilter::filter(std::span<char> bytes, bool isLast) {
 }
 
 std::size_t TagFilter::passOverText(std::span<char> bytes, std::size_t next) const {
-    const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(next);
-    const auto end = std::find(begin, bytes.end(), '<');
+    const std::string_view text{bytes.data(), bytes.size()};
+    const std::size_t end = std::min(text.find('<', next), bytes.size());
     if (hasRoot_)
-        blank({begin, end});
-    return static_cast<std::size_t>(end - bytes.begin());
+        blank(bytes.subspan(next, end - next));
+    return end;
 }
 
 std::size_t TagFilter::passTag(std::span<char> bytes, std::size_t next) {

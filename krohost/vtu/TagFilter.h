@@ -8,9 +8,8 @@ namespace krohost::vtu {
 
 /// Blanks what is between the tags of a document, which a loader passes over whatever it is, so that an XML library
 /// sees nothing there that it would refuse. Every byte keeps its place, and so do ends of lines and `_`; columns count
-/// bytes there. A comment, an
-/// instruction or a CDATA section becomes an instruction of five bytes and blanks. Text before the root element and all
-/// from a document type on stay as they are.
+/// bytes there. A comment, an instruction or a CDATA section becomes an instruction of five bytes and blanks. Text
+/// before the root element and all from a document type on stay as they are.
 class TagFilter {
 public:
     /// Takes the next bytes of the document, and gives how many of these are settled; the others, nine at most, are to

@@ -2,6 +2,7 @@
 
 #include "krohost/Host.h"
 #include "krohost/write/WriteError.h"
+#include "krohost/write/damage.h"
 
 #include <fmt/format.h>
 
@@ -71,7 +72,8 @@ std::string sentence(const Loss& loss) {
                               : loss.message;
 }
 
-void forEachDocument(const std::vector<fs::path>& files, const std::function<void(const vtu::Document&)>& use) {
+Losses narrowingLosses(const std::vector<fs::path>& files, const UsedArrays& used) {
+    Losses losses;
     std::set<fs::path> seen;
     std::vector<fs::path> waiting{files.rbegin(), files.rend()};
     while (!waiting.empty()) {
@@ -83,13 +85,10 @@ void forEachDocument(const std::vector<fs::path>& files, const std::function<voi
         const vtu::Document document = vtu::readDocument(next, pollInterrupt);
         for (auto member = document.members.rbegin(); member != document.members.rend(); ++member)
             waiting.push_back(member->path);
-        use(document);
+        if (used.isVerified)
+            addDamage(document, used.isVerified, losses);
+        addNarrowings(document, used, losses);
     }
-}
-
-Losses narrowingLosses(const std::vector<fs::path>& files, const UsedArrays& used) {
-    Losses losses;
-    forEachDocument(files, [&](const vtu::Document& document) { addNarrowings(document, used, losses); });
     return losses;
 }
 

@@ -48,18 +48,15 @@ private:
 /// The sentence, with the number of files where there are several.
 std::string sentence(const Loss& loss);
 
-/// Hands out these files and those that they name, each once. Throws Interrupted.
-void forEachDocument(const std::vector<std::filesystem::path>& files,
-                     const std::function<void(const vtu::Document&)>& use);
-
 /// What of the arrays is used.
 struct UsedArrays {
-    std::function<bool(const vtu::Array&)> isVariable; ///< whether some component of it is
-    bool areNodes = false;                             ///< whether node numbers are, in 32 bits
+    std::function<bool(const vtu::Array&)> isVariable;      ///< whether some component of it is
+    bool areNodes = false;                                  ///< whether node numbers are, in 32 bits
+    std::function<bool(const vtu::Array&)> isVerified = {}; ///< whether damage of it is looked for; empty: of none
 };
 
-/// The values of these files, and of those that they name, that the host holds otherwise. A file is read once. Throws
-/// Interrupted.
+/// The values of these files, and of those that they name, that the host holds otherwise, and damage. A file is read
+/// once. Throws Interrupted.
 Losses narrowingLosses(const std::vector<std::filesystem::path>& files, const UsedArrays& used);
 
 /// Throws Interrupted when the user wants it.

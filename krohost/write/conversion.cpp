@@ -165,7 +165,7 @@ Conversion convertZones(Host& host, const std::vector<fs::path>& inputs, const R
     write(host, request, originals, outputs, losses);
     requireAllowed(losses, request.isStrict); // names are found out while they are written
     pollInterrupt();
-    conversion.isIncomplete = hasDamage(losses);
+    conversion.isIncomplete = firstDamage(losses) != nullptr;
     conversion.files = outputs.publish();
     return conversion;
 }

@@ -32,7 +32,7 @@ struct Conversion {
     std::vector<Outputs::Published> files; ///< the one that was asked for comes first
     std::size_t zoneCount = 0;
     Losses losses;             ///< also when nothing was written because of them
-    bool isIncomplete = false; ///< cells of the mesh are among the losses, or damaged values, which come first
+    bool isIncomplete = false; ///< cells of the mesh are among the losses, or damaged values
 };
 
 /// Nothing is written, because there are losses and none are allowed; the first one says which.

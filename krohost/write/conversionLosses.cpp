@@ -1,6 +1,5 @@
 #include "krohost/write/conversionLosses.h"
 
-#include "krohost/write/damage.h"
 #include "krohost/write/fieldData.h"
 #include "krohost/write/vtuFile.h"
 #include "krohost/write/zoneFiles.h"
@@ -251,8 +250,7 @@ bool areNodesNarrow(const Dataset& dataset) {
 Losses conversionLosses(const Dataset& dataset, const std::vector<fs::path>& inputs, FileFormat format) {
     const bool usesNodes = format != FileFormat::csv && areNodesNarrow(dataset);
     const auto isUsed = [](const vtu::Array&) { return true; };
-    Losses losses = damageLosses(inputs, isUsed);
-    losses.add(narrowingLosses(inputs, {isUsed, usesNodes}));
+    Losses losses = narrowingLosses(inputs, {isUsed, usesNodes, isUsed});
     const auto [files, collections, areKnown] = zoneFiles(inputs, dataset.zones.size());
     if (areKnown)
         addCollections(dataset, inputs, format, losses);

@@ -64,30 +64,25 @@ private:
 
 } // namespace
 
-Losses damageLosses(const std::vector<std::filesystem::path>& files,
-                    const std::function<bool(const vtu::Array&)>& isUsed) {
-    Losses losses;
-    forEachDocument(files, [&](const vtu::Document& document) {
-        if (document.compressor == vtu::Compressor::none)
-            return; // header words are held against the file when it is loaded
-        Verifier verifier{document, losses};
-        for (const vtu::PiecewiseArray& array : vtu::piecewiseArrays(document))
-            if (!array.isConnectivity() && isUsed(array.first()))
-                for (const vtu::Array* part : array.parts)
-                    verifier.verify(*part);
-        for (const vtu::Array* array : document.arrays()) {
-            const bool isOfVariable =
-                array->section != vtu::Section::cells && array->section != vtu::Section::fieldData;
-            if (!isOfVariable && isUsed(*array))
-                verifier.verify(*array);
-        }
-    });
-    return losses;
+void addDamage(const vtu::Document& document, const std::function<bool(const vtu::Array&)>& isUsed, Losses& losses) {
+    if (document.compressor == vtu::Compressor::none)
+        return; // header words are held against the file when it is loaded
+    Verifier verifier{document, losses};
+    for (const vtu::PiecewiseArray& array : vtu::piecewiseArrays(document))
+        if (!array.isConnectivity() && isUsed(array.first()))
+            for (const vtu::Array* part : array.parts)
+                verifier.verify(*part);
+    for (const vtu::Array* array : document.arrays()) {
+        const bool isOfVariable = array->section != vtu::Section::cells && array->section != vtu::Section::fieldData;
+        if (!isOfVariable && isUsed(*array))
+            verifier.verify(*array);
+    }
 }
 
-bool hasDamage(const Losses& losses) {
-    return std::any_of(losses.list().begin(), losses.list().end(),
-                       [](const Loss& loss) { return loss.what == damaged; });
+const Loss* firstDamage(const Losses& losses) {
+    const auto found =
+        std::find_if(losses.list().begin(), losses.list().end(), [](const Loss& loss) { return loss.what == damaged; });
+    return found == losses.list().end() ? nullptr : &*found;
 }
 
 } // namespace krohost::write

@@ -2,19 +2,16 @@
 
 #include "krohost/write/Loss.h"
 
-#include <filesystem>
 #include <functional>
-#include <vector>
 
 namespace krohost::write {
 
-/// The arrays of these files, and of those that they name, whose compressed data are damaged within the values that are
-/// needed. A host gets for these what could be inflated, and zeros. Decodes the compressed arrays that are used; of the
-/// pieces' arrays of one variable the first is asked for. Throws Interrupted.
-Losses damageLosses(const std::vector<std::filesystem::path>& files,
-                    const std::function<bool(const vtu::Array&)>& isUsed);
+/// Adds the arrays of a file whose compressed data are damaged within the values that are needed. A host gets for these
+/// what could be inflated, and zeros. Decodes the compressed arrays that are used; of the pieces' arrays of one
+/// variable the first is asked for. Throws Interrupted.
+void addDamage(const vtu::Document& document, const std::function<bool(const vtu::Array&)>& isUsed, Losses& losses);
 
-/// Whether there is one of these.
-bool hasDamage(const Losses& losses);
+/// The first loss of this kind; null when there is none.
+const Loss* firstDamage(const Losses& losses);
 
 } // namespace krohost::write
