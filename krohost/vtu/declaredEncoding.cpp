@@ -5,8 +5,10 @@
 #include <expat.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <iterator>
+#include <string_view>
 
 #include <iconv.h>
 
@@ -62,10 +64,24 @@ int takeSingleBytes(iconv_t converter, XML_Encoding& encoding) {
     return count < leastCount ? XML_STATUS_ERROR : XML_STATUS_OK;
 }
 
+/// The library loads code for each encoding that it knows, so that a file may not choose among all of them.
+bool isSingleByteName(std::string_view name) {
+    constexpr std::array<std::string_view, 5> families{"iso-8859-", "windows-", "cp", "koi8-", "latin"};
+    const bool isInFamily = std::ranges::any_of(families, [name](std::string_view family) {
+        return equalsIgnoringCase(name.substr(0, family.size()), family);
+    });
+    return isInFamily && std::ranges::all_of(name, [](char letter) {
+               return letter == '-' || (letter >= '0' && letter <= '9') || (letter >= 'a' && letter <= 'z') ||
+                      (letter >= 'A' && letter <= 'Z');
+           });
+}
+
 int take(void*, const XML_Char* name, XML_Encoding* encoding) {
     *encoding = {};
     if (equalsIgnoringCase(name, "UTF8"))
         return takeUtf8(*encoding);
+    if (!isSingleByteName(name))
+        return XML_STATUS_ERROR;
     const iconv_t converter = iconv_open("UTF-32LE", name);
     if (converter == reinterpret_cast<iconv_t>(-1)) // NOLINT
         return XML_STATUS_ERROR;

@@ -11,6 +11,7 @@
 #include <array>
 #include <fstream>
 #include <memory>
+#include <new>
 #include <span>
 #include <utility>
 
@@ -126,9 +127,11 @@ private:
     }
 
     void fail() {
+        const XML_Error error = XML_GetErrorCode(parser_.get());
+        if (error == XML_ERROR_NO_MEMORY)
+            throw std::bad_alloc(); // which says nothing of the document
         if (!isOver_)
-            stop("xml", fmt::format("the document is not well-formed XML: {}",
-                                    XML_ErrorString(XML_GetErrorCode(parser_.get()))));
+            stop("xml", fmt::format("the document is not well-formed XML: {}", XML_ErrorString(error)));
     }
 
     /// Nothing further is read; without a code, because everything has been.

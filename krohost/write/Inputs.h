@@ -20,6 +20,8 @@ public:
     /// compare with; with one that cannot be read to its end, any file that is there counts as one that it names.
     /// Throws std::bad_alloc.
     bool contains(const std::filesystem::path& path);
+    /// Whether that was said of any file, because a collection could not be read to its end.
+    bool areUnknown() const { return areUnknown_; }
 
 private:
     using Identity = std::pair<dev_t, ino_t>;

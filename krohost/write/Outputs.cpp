@@ -75,7 +75,9 @@ void Permission::require(const fs::path& path) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0)
         return;
-    const char* reason = inputs.contains(path)      ? "it is one of the files that are read, which are never replaced"
+    const char* reason = inputs.contains(path) && inputs.areUnknown()
+                             ? "it may be one of the files that are read, of which not all are known"
+                         : inputs.contains(path)    ? "it is one of the files that are read, which are never replaced"
                          : !S_ISREG(status.st_mode) ? "it exists and is not a regular file"
                          : !isReplacing             ? "it exists; --force replaces it"
                                                     : nullptr;

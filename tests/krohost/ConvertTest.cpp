@@ -191,12 +191,12 @@ TEST_F(Convert, AnInputIsNeverReplaced) {
                                                                 {"replay odd.json --record ", "b/b_0.vtu"}};
     for (const auto& [command, output] : rows) {
         const Outcome outcome = run(command + output + " --force");
-        const bool isMember = command == "convert b/b_0.vtu -o ";
+        const bool isMember = command == "convert b/b_0.vtu -o ", isUnknown = command.find("odd") != command.npos;
         EXPECT_EQ(outcome.exitCode, 2) << command << output;
         EXPECT_EQ(outcome.errors,
-                  fmt::format("The file \"{}\" cannot be written: it is one of the files that are read, "
-                              "which are never replaced\n",
-                              isMember ? "b/b_0.vtu" : output))
+                  fmt::format("The file \"{}\" cannot be written: it {} one of the files that are read, {}\n",
+                              isMember ? "b/b_0.vtu" : output, isUnknown ? "may be" : "is",
+                              isUnknown ? "of which not all are known" : "which are never replaced"))
             << command << output;
         EXPECT_EQ(readFile(folder / "b/b_0.vtu"), member) << command << output;
     }

@@ -219,6 +219,7 @@ TEST_F(Faults, RefusedCallsAreToldOrTheHostsOwnAffair) {
         vtkFile + "Failed to open VTK file for reading",
         callback + "Malformed or missing STANDARDSYNTAX preamble in the $!READDATASET command",
         callback + "Unrecognized load parameter: ",
+        callback + "Invalid parameter value: \"\" is not a number, which leaves 1 solution times for 2 files",
         callback + "Unexpected value for STRAND_ID instruction. Found, \"\" but was expecting an integer value.",
         unknown};
     for (const std::string& loader : {vtkLoader, trixLoader})
