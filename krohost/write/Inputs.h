@@ -18,7 +18,7 @@ public:
 
     /// Whether this is another name of an input, or one of its names. Collections are read when there is a file to
     /// compare with; with one that cannot be read to its end, any file that is there counts as one that it names.
-    /// Throws std::bad_alloc.
+    /// Throws std::bad_alloc and Interrupted.
     bool contains(const std::filesystem::path& path);
     /// Whether that was said of any file, because a collection could not be read to its end.
     bool areUnknown() const { return areUnknown_; }
