@@ -6,6 +6,7 @@
 #include "krohost/contract.h"
 #include "krohost/entries.h"
 #include "krohost/strandGroups.h"
+#include "krohost/text/letterCase.h"
 
 #include <fmt/format.h>
 
@@ -23,13 +24,6 @@ namespace krohost {
 namespace {
 
 std::atomic<HostState*> currentHost{nullptr};
-
-std::string lowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char character) {
-        return static_cast<char>(character >= 'A' && character <= 'Z' ? character + ('a' - 'A') : character);
-    });
-    return text;
-}
 
 } // namespace
 

@@ -1,5 +1,6 @@
 #include "krohost/check/arrayChecks.h"
 
+#include "krohost/text/letterCase.h"
 #include "krohost/text/printable.h"
 #include "krohost/vtu/narrowing.h"
 #include "krohost/vtu/values.h"
@@ -7,7 +8,6 @@
 #include <fmt/format.h>
 
 #include <cmath>
-#include <map>
 #include <utility>
 
 namespace krohost::check {
@@ -22,10 +22,8 @@ vtu::Position dataPosition(const Array& array, std::uint64_t byte) {
     return {byte, array.element.position.line, array.element.position.column};
 }
 
-constexpr std::uint64_t componentLimit = 32767;
-
 bool isNamed(const Array& array, const char* name) {
-    return vtu::equalsIgnoringCase(array.name, name);
+    return equalsIgnoringCase(array.name, name);
 }
 
 bool isOfCells(const Array& array) {
@@ -37,23 +35,6 @@ bool isRead(const Array& array) {
     return !isOfCells(array) || isNamed(array, "connectivity") || isNamed(array, "offsets") || isNamed(array, "types");
 }
 
-/// What arrays that share their data have in common. Inline data are nobody else's.
-template <class Result>
-class Shared {
-public:
-    template <class Make>
-    Result get(const Array& array, const Make& make) {
-        if (array.format != vtu::Format::appended)
-            return make();
-        const auto key = std::pair{array.begin, array.type};
-        const auto found = results_.find(key);
-        return found != results_.end() ? found->second : results_.emplace(key, make()).first->second;
-    }
-
-private:
-    std::map<std::pair<std::uint64_t, std::optional<vtu::ElementType>>, Result> results_;
-};
-
 /// Compares what the tags say of arrays with what the headers of their data say.
 class HeaderChecker {
 public:
@@ -63,7 +44,7 @@ public:
     void check(const Array& array) {
         if (!isRead(array) || !array.type || !array.format)
             return;
-        const auto needed = neededValueCount(array);
+        const auto needed = vtu::neededValueCount(array);
         if (needed == 0)
             return; // such an array may lack even its header
         if (!needed && isOverflow(array))
@@ -85,7 +66,7 @@ public:
 private:
     static bool isOverflow(const Array& array) {
         return array.section != vtu::Section::fieldData && !isOfCells(array) &&
-               array.componentCount.value_or(componentLimit + 1) <= componentLimit;
+               array.componentCount.value_or(vtu::componentLimit + 1) <= vtu::componentLimit;
     }
 
     void checkTextLength(const Array& array, std::uint64_t needed) {
@@ -99,7 +80,7 @@ private:
     const Document& document_;
     Findings& findings_;
     const Poll& poll_;
-    Shared<vtu::ArrayHeader> headers_;
+    vtu::Shared<vtu::ArrayHeader> headers_;
 };
 
 /// What comes of the data of an array.
@@ -138,7 +119,7 @@ void checkTupleCount(const Array& array, std::uint64_t heldCount, Findings& find
 }
 
 void checkContent(const Array& array, const Content& content, Findings& findings) {
-    const std::uint64_t needed = neededValueCount(array).value_or(0);
+    const std::uint64_t needed = vtu::neededValueCount(array).value_or(0);
     reportFaults(array, content.faults, needed, findings);
     if (content.faults.empty()) {
         checkValueCount(array, content.heldCount, findings);
@@ -151,7 +132,7 @@ void checkContent(const Array& array, const Content& content, Findings& findings
 }
 
 bool needsData(const Array& array) {
-    return array.type && array.format && neededValueCount(array) != 0;
+    return array.type && array.format && vtu::neededValueCount(array) != 0;
 }
 
 } // namespace
@@ -161,21 +142,8 @@ std::string nameInText(const Array& array) {
     return fmt::format("DataArray \"{}\"", beginning(array.name, lengthLimit));
 }
 
-std::optional<std::uint64_t> neededValueCount(const Array& array) {
-    if (isOfCells(array) && isNamed(array, "connectivity"))
-        return array.tupleCount == 0 ? std::optional<std::uint64_t>{0} : std::nullopt;
-    if (isOfCells(array))
-        return array.tupleCount;
-    if (array.section == vtu::Section::fieldData)
-        return std::nullopt; // one of any length is left out, or taken when it has one value
-    std::uint64_t count = 0;
-    const bool isOverflow = array.componentCount.value_or(componentLimit + 1) > componentLimit ||
-                            __builtin_mul_overflow(array.tupleCount, *array.componentCount, &count);
-    return isOverflow ? std::nullopt : std::optional{count};
-}
-
 void checkValueCount(const Array& array, std::uint64_t heldCount, Findings& findings) {
-    const auto needed = neededValueCount(array);
+    const auto needed = vtu::neededValueCount(array);
     if (needed && heldCount != *needed)
         findings.add(heldCount < *needed ? Severity::error : Severity::warning, "value-count",
                      dataPosition(array, array.begin),
@@ -208,7 +176,7 @@ void checkArrayHeaders(const Document& document, Findings& findings, const Poll&
 }
 
 void checkArrayValues(const Document& document, Findings& findings, const Poll& poll) {
-    Shared<Content> contents;
+    vtu::Shared<Content> contents;
     for (const Array* array : document.arrays())
         if (!isOfCells(*array) && needsData(*array))
             checkContent(*array, contents.get(*array, [&] { return readContent(document, *array, poll); }), findings);

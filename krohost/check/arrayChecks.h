@@ -2,20 +2,16 @@
 
 #include "krohost/check/Finding.h"
 #include "krohost/vtu/decode.h"
+#include "krohost/vtu/pieceArrays.h"
 
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 
 namespace krohost::check {
 
 /// `DataArray "pressure"`
 std::string nameInText(const vtu::Array& array);
-
-/// How many values the piece asks of an array; nothing where only the data say so, as for connectivity, and where the
-/// numbers in the tags are none or overflow.
-std::optional<std::uint64_t> neededValueCount(const vtu::Array& array);
 
 /// Compares the number of values with what is needed, where that is known. Fewer are an error; more are passed over by
 /// a loader, and a warning.

@@ -121,10 +121,7 @@ public:
 private:
     static constexpr std::uint64_t anyCount = std::numeric_limits<std::uint64_t>::max();
 
-    const Array& array(std::string_view name) const {
-        return *std::find_if(piece_.cells.begin(), piece_.cells.end(),
-                             [name](const Array& entry) { return vtu::equalsIgnoringCase(entry.name, name); });
-    }
+    const Array& array(std::string_view name) const { return *piece_.cellArray(name); }
 
     /// What is wrong with an array of which so many values were taken. False when there are not as many as cells.
     bool report(vtu::IntegerReader& reader, const Array& array, std::uint64_t count) {
@@ -185,10 +182,9 @@ bool hasCells(const Document& document, const Piece& piece, const Poll& poll) {
     if (piece.cellCount.value_or(0) == 0 || piece.cells.size() != 3)
         return false;
     const auto isThere = [&](std::string_view name) {
-        return std::any_of(piece.cells.begin(), piece.cells.end(), [&](const Array& array) {
-            return vtu::equalsIgnoringCase(array.name, name) && array.type && array.format &&
-                   !vtu::isFloatingPoint(*array.type) && !vtu::readHeader(document, array, poll).fault;
-        });
+        const Array* array = piece.cellArray(name);
+        return array && array->type && array->format && !vtu::isFloatingPoint(*array->type) &&
+               !vtu::readHeader(document, *array, poll).fault;
     };
     return isThere("connectivity") && isThere("offsets") && isThere("types");
 }

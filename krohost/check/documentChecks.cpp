@@ -1,6 +1,7 @@
 #include "krohost/check/documentChecks.h"
 
 #include "krohost/check/arrayChecks.h"
+#include "krohost/text/letterCase.h"
 #include "krohost/text/printable.h"
 
 #include <fmt/format.h>
@@ -84,7 +85,7 @@ void checkWord(const WordRule& rule, const Checked& checked, Findings& findings)
     if (!value && !rule.isRequired)
         return;
     const auto fits = [&](std::string_view word) {
-        return rule.letters == Case::ignored ? vtu::equalsIgnoringCase(*value, word) : *value == word;
+        return rule.letters == Case::ignored ? equalsIgnoringCase(*value, word) : *value == word;
     };
     if (value && std::any_of(rule.words.begin(), rule.words.end(), fits))
         return;
@@ -213,7 +214,7 @@ void checkCellArrays(const Document& document, Findings& findings) {
     for (const Piece& piece : document.pieces) {
         const auto count = [&piece](std::string_view name) {
             return std::count_if(piece.cells.begin(), piece.cells.end(),
-                                 [name](const Array& array) { return vtu::equalsIgnoringCase(array.name, name); });
+                                 [name](const Array& array) { return equalsIgnoringCase(array.name, name); });
         };
         if (piece.cells.size() != 3 || count("connectivity") != 1 || count("offsets") != 1 || count("types") != 1) {
             std::vector<std::string> names;
@@ -232,18 +233,6 @@ void checkCellArrays(const Document& document, Findings& findings) {
     }
 }
 
-/// The names of the variables that an array's components become.
-std::vector<std::string> variableNames(const Array& array) {
-    constexpr std::array<const char*, 3> axes{"X", "Y", "Z"};
-    const std::uint64_t count = array.componentCount.value_or(0);
-    std::vector<std::string> names;
-    for (std::uint64_t component = 0; component < count; ++component)
-        names.push_back(count == 1             ? array.name
-                        : count <= axes.size() ? array.name + '_' + axes[component]
-                                               : fmt::format("{}_{}", array.name, component + 1));
-    return names;
-}
-
 void checkVariables(const Document& document, Findings& findings) {
     constexpr std::uint64_t variableLimit = 100000;
     if (document.pieces.empty())
@@ -253,15 +242,14 @@ void checkVariables(const Document& document, Findings& findings) {
     for (const auto* arrays : {&piece.pointData, &piece.cellData}) {
         std::set<std::string> names;
         if (arrays == &piece.pointData && !piece.points.empty())
-            for (std::uint64_t axis = 0;
-                 axis < std::min<std::uint64_t>(piece.points.front().componentCount.value_or(0), 3); ++axis)
-                names.insert(std::string(1, static_cast<char>('X' + axis)));
+            for (std::string& axis : vtu::variableNames(piece.points.front()))
+                names.insert(std::move(axis));
         for (const Array& array : *arrays) {
             variableCount += std::min(array.componentCount.value_or(0), variableLimit + 1);
             if (variableCount > variableLimit)
                 return findings.error("too-many-variables", array.element.position,
                                       fmt::format("the arrays have more than {} components", variableLimit));
-            for (const std::string& name : variableNames(array))
+            for (const std::string& name : vtu::variableNames(array))
                 if (!names.insert(name).second)
                     findings.error("duplicate-variable", array.element.position,
                                    fmt::format("{} gives a second variable {} (accepted: one of each name)",

@@ -8,8 +8,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
-#include <map>
-#include <set>
 #include <utility>
 
 namespace krohost::check {
@@ -19,54 +17,16 @@ namespace {
 using vtu::Array;
 using vtu::Piece;
 
-std::string lowerCase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    });
-    return text;
-}
-
-/// Finds a piece's arrays that continue others: by their exact names first, then by type and name without regard to
-/// case among those not taken.
-class ArrayIndex {
-public:
-    explicit ArrayIndex(const std::vector<Array>& arrays) {
-        for (const Array& array : arrays) {
-            exact_.emplace(array.name, &array);
-            anyCase_.emplace(std::pair{array.type, lowerCase(array.name)}, &array);
-        }
-    }
-
-    const Array* takeExact(const Array& array) { return take(exact_, array.name); }
-    const Array* takeAnyCase(const Array& array) { return take(anyCase_, {array.type, lowerCase(array.name)}); }
-
-private:
-    template <class Index>
-    const Array* take(Index& index, const typename Index::key_type& key) {
-        for (auto [entry, end] = index.equal_range(key); entry != end; entry = index.erase(entry))
-            if (taken_.insert(entry->second).second)
-                return entry->second;
-        return nullptr;
-    }
-
-    std::multimap<std::string, const Array*> exact_;
-    std::multimap<std::pair<std::optional<vtu::ElementType>, std::string>, const Array*> anyCase_;
-    std::set<const Array*> taken_;
-};
-
 /// What keeps a piece's arrays from continuing those of the first piece; empty when nothing does. Unequal numbers are
 /// enough, so that the work for each piece is in proportion to its own size.
 std::string difference(const std::vector<Array>& first, const std::vector<Array>& arrays, const char* where) {
     if (arrays.size() != first.size())
         return fmt::format("a Piece has {} arrays of {} where the first one has {}", arrays.size(), where,
                            first.size());
-    ArrayIndex index{arrays};
-    std::vector<const Array*> matches;
-    for (const Array& array : first)
-        matches.push_back(index.takeExact(array));
+    const std::vector<const Array*> matches = vtu::continuations(first, arrays);
     for (std::size_t place = 0; place < first.size(); ++place) {
         const Array& array = first[place];
-        const Array* match = matches[place] ? matches[place] : index.takeAnyCase(array);
+        const Array* match = matches[place];
         if (!match || match->type != array.type)
             return fmt::format("a Piece lacks {} of the first one, or has it in another type", nameInText(array));
         if (match->componentCount < array.componentCount && match->tupleCount > 0)
@@ -85,9 +45,9 @@ std::uint64_t pointByteCount(const Piece& piece) {
     std::uint64_t sum = 0;
     for (const Array& array : piece.points) {
         std::uint64_t byteCount = 0;
-        if (array.type &&
-            (__builtin_mul_overflow(neededValueCount(array).value_or(0), vtu::byteCount(*array.type), &byteCount) ||
-             __builtin_add_overflow(sum, byteCount, &sum)))
+        if (array.type && (__builtin_mul_overflow(vtu::neededValueCount(array).value_or(0), vtu::byteCount(*array.type),
+                                                  &byteCount) ||
+                           __builtin_add_overflow(sum, byteCount, &sum)))
             return std::numeric_limits<std::uint64_t>::max();
     }
     return sum;

@@ -1,5 +1,7 @@
 #include "krohost/vtu/Document.h"
 
+#include "krohost/text/letterCase.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -57,6 +59,12 @@ Compressor compressorNamed(const std::string* word) {
     return Compressor::unknown;
 }
 
+const Array* Piece::cellArray(std::string_view name) const {
+    const auto found = std::find_if(cells.begin(), cells.end(),
+                                    [name](const Array& array) { return equalsIgnoringCase(array.name, name); });
+    return found == cells.end() ? nullptr : &*found;
+}
+
 bool Document::mayNameMore() const {
     const bool isOther = !beginsAsMarkup || (malformation && malformation->code == "file-type");
     return malformation && !isOther && (root.name.empty() || isCollection());
@@ -88,14 +96,6 @@ void placeAppendedArrays(Document& document) {
         for (auto* arrays : {&piece.points, &piece.cells, &piece.pointData, &piece.cellData})
             std::for_each(arrays->begin(), arrays->end(), place);
     std::for_each(document.fieldData.begin(), document.fieldData.end(), place);
-}
-
-bool equalsIgnoringCase(std::string_view left, std::string_view right) {
-    const auto lower = [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    };
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [&](char one, char other) { return lower(one) == lower(other); });
 }
 
 } // namespace krohost::vtu

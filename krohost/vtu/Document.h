@@ -92,6 +92,9 @@ struct Piece {
     std::vector<Array> cells;
     std::vector<Array> pointData;
     std::vector<Array> cellData;
+
+    /// The first of the cells with this name, whatever its case; null when there is none.
+    const Array* cellArray(std::string_view name) const;
 };
 
 /// A file that a collection names.
@@ -146,8 +149,5 @@ using Poll = std::function<void()>;
 /// Reads the tags of a file up to its appended data. Memory does not grow with inline data. Whatever is wrong with the
 /// file, also that it cannot be opened, is in the `malformation`; what was read before it is there. [any thread]
 Document readDocument(const std::filesystem::path& path, const Poll& poll = {});
-
-/// Whether the words are the same but for the case of ASCII letters.
-bool equalsIgnoringCase(std::string_view left, std::string_view right);
 
 } // namespace krohost::vtu

@@ -1,5 +1,6 @@
 #include "krohost/vtu/declaredEncoding.h"
 
+#include "krohost/text/letterCase.h"
 #include "krohost/vtu/Document.h"
 
 #include <expat.h>

@@ -6,12 +6,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <map>
-#include <set>
 #include <span>
 #include <type_traits>
 #include <utility>
@@ -19,8 +16,6 @@
 namespace krohost::vtu {
 
 namespace {
-
-constexpr std::array<const char*, 3> axes{"X", "Y", "Z"};
 
 /// A real number as the integer that a host stores: by way of 32 bits, of which the least number stands for all that do
 /// not fit.
@@ -103,69 +98,6 @@ void compareAll(const Run& run, const std::function<void(const NarrowedValue&)>&
     });
 }
 
-using Arrays = std::vector<Array> Piece::*;
-
-std::string lowerCase(std::string text) {
-    for (char& letter : text)
-        letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-    return text;
-}
-
-/// Finds the arrays of a list's first piece for those of later pieces. Looks at each array of these twice.
-class Matcher {
-public:
-    Matcher(std::vector<PiecewiseArray>& arrays, std::size_t firstIndex) : arrays_{arrays} {
-        for (std::size_t index = firstIndex; index < arrays.size(); ++index) {
-            byName_.emplace(arrays[index].first().name, index);
-            byLowerCase_.emplace(lowerCase(arrays[index].first().name), index);
-        }
-    }
-
-    void add(const std::vector<Array>& ofPiece) {
-        std::set<std::size_t> taken;
-        std::vector<const Array*> others;
-        for (const Array& array : ofPiece)
-            if (!take(byName_.equal_range(array.name), array, taken))
-                others.push_back(&array);
-        for (const Array* array : others)
-            take(byLowerCase_.equal_range(lowerCase(array->name)), *array, taken);
-    }
-
-private:
-    using Indices = std::multimap<std::string, std::size_t>;
-
-    bool take(std::pair<Indices::const_iterator, Indices::const_iterator> range, const Array& array,
-              std::set<std::size_t>& taken) {
-        const auto free =
-            std::find_if(range.first, range.second, [&](const auto& entry) { return !taken.contains(entry.second); });
-        if (free == range.second)
-            return false;
-        taken.insert(free->second);
-        arrays_[free->second].parts.push_back(&array);
-        return true;
-    }
-
-    std::vector<PiecewiseArray>& arrays_;
-    Indices byName_, byLowerCase_;
-};
-
-void addList(const Document& document, Arrays list, std::vector<PiecewiseArray>& arrays) {
-    const std::size_t firstIndex = arrays.size();
-    for (const Array& array : document.pieces.front().*list)
-        if (array.section != Section::cells || equalsIgnoringCase(array.name, "connectivity"))
-            arrays.push_back({{&array}});
-    Matcher matcher{arrays, firstIndex};
-    for (std::size_t index = 1; index < document.pieces.size(); ++index)
-        matcher.add(document.pieces[index].*list);
-}
-
-/// The values that count; those beyond are passed over.
-std::uint64_t neededCount(const Array& array) {
-    std::uint64_t count = 0;
-    const bool isOverflow = __builtin_mul_overflow(array.tupleCount, array.componentCount.value_or(0), &count);
-    return isOverflow || array.section == Section::cells ? UINT64_MAX : count;
-}
-
 } // namespace
 
 ElementType hostType(ElementType type) {
@@ -184,32 +116,6 @@ ElementType hostType(ElementType type) {
     }
 }
 
-bool PiecewiseArray::isConnectivity() const {
-    return first().section == Section::cells;
-}
-
-std::vector<PiecewiseArray> piecewiseArrays(const Document& document) {
-    std::vector<PiecewiseArray> arrays;
-    if (!document.pieces.empty())
-        for (const Arrays list : {&Piece::points, &Piece::cells, &Piece::pointData, &Piece::cellData})
-            addList(document, list, arrays);
-    return arrays;
-}
-
-std::vector<std::string> variableNames(const Array& array) {
-    const std::uint64_t count = std::min<std::uint64_t>(array.componentCount.value_or(0), INT16_MAX);
-    std::vector<std::string> names;
-    for (std::uint64_t component = 0; component < count; ++component)
-        if (array.section == Section::points)
-            names.push_back(component < axes.size() ? axes[component] : "");
-        else if (count == 1)
-            names.push_back(array.name);
-        else
-            names.push_back(array.name + '_' +
-                            (count <= axes.size() ? axes[component] : std::to_string(component + 1)));
-    return names;
-}
-
 void forEachNarrowedValue(const Document& document, const PiecewiseArray& array,
                           const std::function<void(const NarrowedValue&)>& use, const Poll& poll) {
     std::uint64_t firstTuple = 0;
@@ -219,7 +125,7 @@ void forEachNarrowedValue(const Document& document, const PiecewiseArray& array,
         const std::uint64_t componentCount = part->componentCount.value_or(0);
         if (componentCount == 0 || !part->type)
             continue;
-        const std::uint64_t needed = held == *part->type ? 0 : neededCount(*part);
+        const std::uint64_t needed = held == *part->type ? 0 : neededValueCount(*part).value_or(UINT64_MAX);
         const std::size_t byteCountOfOne = byteCount(*part->type);
         std::uint64_t index = 0;
         const auto compareBlock = [&](std::span<const std::byte> bytes) {
@@ -242,7 +148,7 @@ Narrowing narrowingOf(const Document& document, const PiecewiseArray& array, con
     Narrowing narrowing;
     for (const Array* part : array.parts)
         if (!array.isConnectivity())
-            narrowing.valueCount += neededCount(*part);
+            narrowing.valueCount += neededValueCount(*part).value_or(UINT64_MAX);
     forEachNarrowedValue(
         document, array,
         [&](const NarrowedValue& value) {

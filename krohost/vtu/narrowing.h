@@ -1,12 +1,11 @@
 /// Values that a host does not hold as a file has them: its integers have 8, 16 or 32 bits.
 #pragma once
 
-#include "krohost/vtu/Document.h"
+#include "krohost/vtu/pieceArrays.h"
 
 #include <cstdint>
 #include <functional>
 #include <string>
-#include <vector>
 
 namespace krohost::vtu {
 
@@ -20,24 +19,6 @@ struct NarrowedValue {
     long double value = 0;
     long double held = 0;
 };
-
-/// An array of the same name in the pieces of a file. A later piece's array is found by its exact name first, then
-/// without regard to case among those not taken.
-struct PiecewiseArray {
-    std::vector<const Array*> parts; ///< one for each piece that has it, the first one always
-
-    const Array& first() const { return *parts.front(); }
-    bool isConnectivity() const;
-};
-
-/// The arrays of the first piece's points, connectivity, point data and cell data, with those of later pieces.
-std::vector<PiecewiseArray> piecewiseArrays(const Document& document);
-
-/// The names of the variables that an array becomes, component by component.
-std::vector<std::string> variableNames(const Array& array);
-
-/// Called again and again during long work; may throw to end it.
-using Poll = std::function<void()>;
 
 /// Hands out the values that a host holds otherwise, node numbers as those of 32 bits. All pieces' values are held in
 /// the type that the first piece's have. Decodes only arrays of other types than that. What cannot be decoded gives

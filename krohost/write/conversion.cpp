@@ -1,5 +1,6 @@
 #include "krohost/write/conversion.h"
 
+#include "krohost/text/letterCase.h"
 #include "krohost/vtu/Document.h"
 #include "krohost/write/WriteError.h"
 #include "krohost/write/cellOrder.h"
@@ -141,7 +142,7 @@ void write(Host& host, const Request& request, const Originals& originals, Outpu
 std::optional<FileFormat> fileFormat(std::string_view nameOrExtension) {
     const std::string_view name = nameOrExtension.substr(nameOrExtension.starts_with('.') ? 1 : 0);
     const auto found = std::find_if(formatNames.begin(), formatNames.end(),
-                                    [&](const FormatName& entry) { return vtu::equalsIgnoringCase(entry.name, name); });
+                                    [&](const FormatName& entry) { return equalsIgnoringCase(entry.name, name); });
     return found == formatNames.end() ? std::nullopt : std::optional{found->format};
 }
 

@@ -1,13 +1,12 @@
 #include "krohost/write/damage.h"
 
 #include "krohost/vtu/decode.h"
+#include "krohost/vtu/pieceArrays.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <map>
 #include <optional>
-#include <utility>
 
 namespace krohost::write {
 
@@ -21,10 +20,11 @@ public:
     Verifier(const vtu::Document& document, Losses& losses) : document_{document}, losses_{losses} {}
 
     void verify(const vtu::Array& array) {
-        if (!array.type || neededByteCount(array) == 0)
+        const std::uint64_t needed = vtu::neededValueCount(array).value_or(UINT64_MAX);
+        if (!array.type || needed == 0)
             return;
         const std::optional<vtu::Fault> fault = firstFault(array);
-        if (!fault || fault->valueByte >= neededByteCount(array))
+        if (!fault || fault->valueByte / vtu::byteCount(*array.type) >= needed)
             return;
         const std::string location = locationWord(array.section), file = document_.path.string();
         losses_.add({.what = damaged,
@@ -37,29 +37,16 @@ public:
 
 private:
     std::optional<vtu::Fault> firstFault(const vtu::Array& array) {
-        const auto [found, isNew] = firstFaults_.try_emplace(array.begin);
-        if (isNew) {
+        return firstFaults_.get(array, [&]() -> std::optional<vtu::Fault> {
             const vtu::Decoded decoded = vtu::decode(
                 document_, array, [](auto) {}, pollInterrupt);
-            if (!decoded.faults.empty())
-                found->second = decoded.faults.front();
-        }
-        return found->second;
-    }
-
-    /// Of connectivity and of field data all values count.
-    static std::uint64_t neededByteCount(const vtu::Array& array) {
-        const bool isCounted =
-            array.section != vtu::Section::fieldData && !vtu::equalsIgnoringCase(array.name, "connectivity");
-        std::uint64_t count = 0;
-        const bool isOverflow = __builtin_mul_overflow(array.tupleCount, array.componentCount.value_or(0), &count) ||
-                                __builtin_mul_overflow(count, vtu::byteCount(*array.type), &count);
-        return isOverflow || (!isCounted && count > 0) ? UINT64_MAX : count;
+            return decoded.faults.empty() ? std::nullopt : std::optional{decoded.faults.front()};
+        });
     }
 
     const vtu::Document& document_;
     Losses& losses_;
-    std::map<std::uint64_t, std::optional<vtu::Fault>> firstFaults_; // by where the data begin
+    vtu::Shared<std::optional<vtu::Fault>> firstFaults_;
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "krohost/write/documentValues.h"
 
-#include "krohost/Host.h"
+#include "krohost/text/letterCase.h"
+#include "krohost/write/Loss.h"
 #include "krohost/write/WriteError.h"
 
 #include <fmt/format.h>
@@ -17,19 +18,13 @@ namespace krohost::write {
 
 namespace {
 
-const vtu::Poll poll = [] {
-    if (Host::isInterrupted())
-        throw Interrupted();
-};
-
 const vtu::Array& cellArray(const vtu::Document& document, const vtu::Piece& piece, const char* name) {
-    for (const vtu::Array& array : piece.cells)
-        if (vtu::equalsIgnoringCase(array.name, name)) {
-            if (array.type && vtu::isFloatingPoint(*array.type))
-                throw WriteError("The cells of the file are not given by integers.");
-            return array;
-        }
-    throw WriteError(fmt::format("The file \"{}\" has a piece without \"{}\".", document.path.string(), name));
+    const vtu::Array* array = piece.cellArray(name);
+    if (!array)
+        throw WriteError(fmt::format("The file \"{}\" has a piece without \"{}\".", document.path.string(), name));
+    if (array->type && vtu::isFloatingPoint(*array->type))
+        throw WriteError("The cells of the file are not given by integers.");
+    return *array;
 }
 
 [[noreturn]] void failToRead(const vtu::Document& document, const std::string& name, const vtu::Fault& fault) {
@@ -48,7 +43,7 @@ std::pair<int, int> knownVersion(const vtu::Document& document) {
     for (const auto& [attribute, first, second] :
          {std::tuple{"byte_order", "LittleEndian", "BigEndian"}, {"header_type", "UInt32", "UInt64"}}) {
         const std::string* word = document.root.find(attribute);
-        require(!word || vtu::equalsIgnoringCase(*word, first) || vtu::equalsIgnoringCase(*word, second), attribute);
+        require(!word || equalsIgnoringCase(*word, first) || equalsIgnoringCase(*word, second), attribute);
     }
     const std::string* version = document.root.find("version");
     std::pair<int, int> numbers{0, 0};
@@ -59,7 +54,7 @@ std::pair<int, int> knownVersion(const vtu::Document& document) {
 void produceValues(const vtu::Document& document, const vtu::Array& array, std::uint64_t valueCount, const Sink& sink) {
     const std::size_t valueByteCount = vtu::byteCount(*array.type);
     const auto block = std::make_unique_for_overwrite<std::array<std::byte, 65536>>();
-    vtu::ArrayReader reader{document, array, poll};
+    vtu::ArrayReader reader{document, array, pollInterrupt};
     std::uint64_t left = valueCount;
     while (left > 0) {
         const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(left, block->size() / valueByteCount));
@@ -80,10 +75,10 @@ void produceValues(const vtu::Document& document, const vtu::Array& array, std::
 
 std::uint64_t heldTupleCount(const vtu::Document& document, const vtu::Array& array, std::uint64_t limit) {
     const std::uint64_t componentCount = array.componentCount.value_or(0);
-    if (!array.type || componentCount == 0 || componentCount > componentLimit || array.declaredTupleCount == 0u)
+    if (!array.type || componentCount == 0 || componentCount > vtu::componentLimit || array.declaredTupleCount == 0u)
         return 0;
     const std::uint64_t tupleByteCount = componentCount * vtu::byteCount(*array.type);
-    vtu::ArrayReader reader{document, array, poll};
+    vtu::ArrayReader reader{document, array, pollInterrupt};
     std::array<std::byte, 8192> block;
     std::uint64_t byteCount = 0;
     while (const std::size_t count = reader.read(block)) {
@@ -100,8 +95,8 @@ CellReader::CellReader(const vtu::Document& document, const vtu::Piece& piece)
     : document_{document}, cellCount_{piece.cellCount.value_or(0)}, leftCount_{cellCount_} {
     if (cellCount_ == 0)
         return;
-    types_.emplace(document, cellArray(document, piece, "types"), poll);
-    offsets_.emplace(document, cellArray(document, piece, "offsets"), poll);
+    types_.emplace(document, cellArray(document, piece, "types"), pollInterrupt);
+    offsets_.emplace(document, cellArray(document, piece, "offsets"), pollInterrupt);
 }
 
 void CellReader::requireSound(const vtu::IntegerReader& reader, const char* name) const {
@@ -129,7 +124,7 @@ std::optional<Cell> CellReader::next() {
 }
 
 NodeReader::NodeReader(const vtu::Document& document, const vtu::Piece& piece)
-    : document_{document}, nodes_{document, cellArray(document, piece, "connectivity"), poll} {}
+    : document_{document}, nodes_{document, cellArray(document, piece, "connectivity"), pollInterrupt} {}
 
 std::uint64_t NodeReader::next() {
     const auto node = nodes_.next();

@@ -3,6 +3,7 @@
 
 #include "krohost/vtu/Document.h"
 #include "krohost/vtu/IntegerReader.h"
+#include "krohost/vtu/pieceArrays.h"
 #include "krohost/write/Grid.h"
 
 #include <cstdint>
@@ -18,9 +19,6 @@ std::pair<int, int> knownVersion(const vtu::Document& document);
 /// Hands out the first values of an array, whose type is known, as they are. Throws WriteError for the first thing that
 /// is wrong with them, also where there are fewer, and Interrupted.
 void produceValues(const vtu::Document& document, const vtu::Array& array, std::uint64_t valueCount, const Sink& sink);
-
-/// More components than this no array has.
-constexpr std::uint64_t componentLimit = 32767;
 
 /// How many tuples field data hold, which their tags need not say; `limit + 1` where that is more than the limit. 0
 /// where they are not sound: what cannot be decoded, is no whole number of tuples or less than its tag says. Throws

@@ -1,5 +1,6 @@
 #include "krohost/write/fieldData.h"
 
+#include "krohost/text/letterCase.h"
 #include "krohost/vtu/decode.h"
 #include "krohost/vtu/values.h"
 #include "krohost/write/Loss.h"
@@ -72,7 +73,7 @@ std::vector<Array> fieldData(const Zone& zone, const Documents& documents) {
 } // namespace
 
 bool isTimeName(const std::string& name) {
-    return vtu::equalsIgnoringCase(name, "TimeValue") || vtu::equalsIgnoringCase(name, "time");
+    return equalsIgnoringCase(name, "TimeValue") || equalsIgnoringCase(name, "time");
 }
 
 std::optional<FieldValue> onlyValue(const vtu::Document& document, const vtu::Array& array) {

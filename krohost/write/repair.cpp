@@ -1,4 +1,5 @@
 #include "host/nodeOrder.h"
+#include "krohost/text/letterCase.h"
 #include "krohost/vtu/Document.h"
 #include "krohost/vtu/cellTypes.h"
 #include "krohost/write/WriteError.h"
@@ -151,7 +152,7 @@ private:
     }
 
     static bool isOneOf(const std::string& name, std::initializer_list<std::string_view> names) {
-        return std::ranges::any_of(names, [&](std::string_view other) { return vtu::equalsIgnoringCase(name, other); });
+        return std::ranges::any_of(names, [&](std::string_view other) { return equalsIgnoringCase(name, other); });
     }
 
     [[noreturn]] void fail(const std::string& reason) const {
@@ -187,10 +188,8 @@ private:
     }
 
     void requireNodes(const vtu::Piece& piece, std::uint64_t nodeCount) const {
-        const auto connectivity = std::find_if(piece.cells.begin(), piece.cells.end(), [](const vtu::Array& array) {
-            return vtu::equalsIgnoringCase(array.name, "connectivity");
-        });
-        if (connectivity == piece.cells.end() || !connectivity->type)
+        const vtu::Array* connectivity = piece.cellArray("connectivity");
+        if (!connectivity || !connectivity->type)
             fail("a piece has cells without connectivity");
         produceValues(document_, *connectivity, nodeCount, [](std::span<const std::byte>) {});
     }
@@ -215,9 +214,9 @@ private:
     void requireComponents(const vtu::Array& array) const {
         if (!array.type)
             fail(fmt::format("the array \"{}\" has no known type", array.name));
-        if (array.componentCount.value_or(0) == 0 || *array.componentCount > componentLimit)
+        if (array.componentCount.value_or(0) == 0 || *array.componentCount > vtu::componentLimit)
             fail(fmt::format("the number of components of the array \"{}\" is none from 1 to {}", array.name,
-                             componentLimit));
+                             vtu::componentLimit));
     }
 
     Array arrayLike(const vtu::Array& first, std::uint64_t tupleCount) const {
