@@ -1,5 +1,6 @@
 #include "krohost/vtu/Document.h"
 
+#include "krohost/text/letterCase.h"
 #include "krohost/text/printable.h"
 #include "krohost/vtu/TagFilter.h"
 #include "krohost/vtu/declaredEncoding.h"
@@ -248,22 +249,29 @@ private:
 
     void dispatch(Element element) {
         const std::optional<Section> section = sectionNamed(element.name);
-        if (section && (isInPiece_ || section == Section::fieldData))
+        if (element.name == "AppendedData")
+            beginAppendedData(std::move(element));
+        else if (section_)
+            addToSection(std::move(element));
+        else if (section && (isInPiece_ || section == Section::fieldData))
             beginSection(*section, element);
-        else if (element.name == "DataArray" && section_)
-            addArray(std::move(element));
-        else if (element.name == "Array" && section_)
-            document_.textArrays.push_back({std::move(element), *section_});
-        else if (element.name == "InformationKey" && section_ && !arrays().empty())
-            addKey(element.nameAttribute());
+        else if (isInPiece_)
+            return;
         else if (element.name == "Piece")
             addPiece(std::move(element));
         else if (element.name == "VTKFile" && document_.type.empty())
             readRoot(std::move(element));
         else if (element.name == "DataSet" || element.name == "Block")
             addToCollection(std::move(element));
-        else if (element.name == "AppendedData")
-            beginAppendedData(std::move(element));
+    }
+
+    void addToSection(Element element) {
+        if (element.name == "DataArray")
+            addArray(std::move(element));
+        else if (element.name == "Array")
+            document_.textArrays.push_back({std::move(element), *section_});
+        else if (element.name == "InformationKey" && !arrays().empty())
+            addKey(element.nameAttribute());
     }
 
     void beginSection(Section section, const Element& element) {
@@ -293,7 +301,7 @@ private:
     void addPiece(Element element) {
         if (document_.type == "PUnstructuredGrid")
             return addMember(std::move(element), "Source");
-        if (document_.isCollection() || isInPiece_)
+        if (document_.isCollection())
             return; // in a multi-block file a piece only wraps data sets
         isInPiece_ = true;
         Piece& piece = document_.pieces.emplace_back();
@@ -403,11 +411,11 @@ private:
             return;
         --depth_;
         name = localName(name);
-        if (name == "Piece")
+        if (section_ && sectionNamed(name) == section_)
+            section_.reset(); // at the first end of its name; what is within counts for nothing else
+        else if (!section_ && name == "Piece")
             isInPiece_ = false;
-        if (sectionNamed(name))
-            section_.reset();
-        if (name == "Block")
+        else if (!section_ && name == "Block")
             block_.clear();
         if (name == "AppendedData")
             stop("appended-prefix", "the appended data lack the \"_\" that stands before them");
