@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <new>
 #include <span>
-#include <type_traits>
 #include <utility>
 
 namespace veltra::vtkfile {
@@ -47,8 +46,9 @@ Node* sectionStorage(KroNodeMap* nodeMap, std::int32_t sectionNumber) {
 /// Shifts a node number; one that does not fit wraps, as a number that the file got wrong may do.
 template <class Node>
 Node shifted(Node node, std::uint64_t nodeOffset) {
-    using Unsigned = std::make_unsigned_t<Node>;
-    return static_cast<Node>(static_cast<Unsigned>(static_cast<Unsigned>(node) + static_cast<Unsigned>(nodeOffset)));
+    Node sum{};
+    static_cast<void>(__builtin_add_overflow(node, static_cast<Node>(nodeOffset), &sum));
+    return sum;
 }
 
 /// Fills the node lists of all sections of a zone. `Node` is how the host stores node numbers.
