@@ -1,6 +1,7 @@
 #include "krohost/vtu/ByteSource.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace krohost::vtu {
 
@@ -8,16 +9,34 @@ namespace {
 
 constexpr unsigned foreign = 64;
 
-unsigned base64Digit(char character) {
-    if (character >= 'A' && character <= 'Z')
-        return static_cast<unsigned>(character - 'A');
-    if (character >= 'a' && character <= 'z')
-        return static_cast<unsigned>(character - 'a') + 26;
-    if (character >= '0' && character <= '9')
-        return static_cast<unsigned>(character - '0') + 52;
-    if (character == '+')
-        return 62;
-    return character == '/' ? 63 : foreign;
+constexpr std::array<std::uint8_t, 256> base64Digits = [] {
+    std::array<std::uint8_t, 256> digits{};
+    digits.fill(foreign);
+    std::uint8_t value = 0;
+    for (const char character : std::string_view{"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"})
+        digits[static_cast<unsigned char>(character)] = value++;
+    return digits;
+}();
+
+unsigned base64Digit(std::byte character) {
+    return base64Digits[static_cast<std::size_t>(character)];
+}
+
+/// Decodes the first groups of four digits, of which nearly all text consists; gives how many there are.
+std::size_t decodeGroups(std::span<const std::byte> text, std::span<std::byte> bytes) {
+    const std::size_t limit = std::min(text.size() / 4, bytes.size() / 3);
+    for (std::size_t group = 0; group < limit; ++group) {
+        const std::byte* const characters = &text[4 * group];
+        const unsigned one = base64Digit(characters[0]), two = base64Digit(characters[1]),
+                       three = base64Digit(characters[2]), four = base64Digit(characters[3]);
+        if ((one | two | three | four) >= foreign)
+            return group;
+        const unsigned bits = one << 18 | two << 12 | three << 6 | four;
+        bytes[3 * group] = std::byte(bits >> 16);
+        bytes[3 * group + 1] = std::byte(bits >> 8 & 0xFF);
+        bytes[3 * group + 2] = std::byte(bits & 0xFF);
+    }
+    return limit;
 }
 
 } // namespace
@@ -48,8 +67,18 @@ Base64Source::Base64Source(const std::filesystem::path& path, std::uint64_t begi
 
 std::size_t Base64Source::read(std::span<std::byte> bytes) {
     std::size_t count = 0;
-    while (count < bytes.size() && (groupNext_ < groupEnd_ || decodeGroup()))
-        bytes[count++] = group_[groupNext_++];
+    while (count < bytes.size()) {
+        while (groupNext_ < groupEnd_ && count < bytes.size())
+            bytes[count++] = group_[groupNext_++];
+        if (foreign_)
+            break;
+        const std::size_t groupCount =
+            decodeGroups(std::span{characters_}.subspan(next_, charactersEnd_ - next_), bytes.subspan(count));
+        next_ += 4 * groupCount;
+        count += 3 * groupCount;
+        if (groupCount == 0 && count < bytes.size() && !decodeGroup())
+            break;
+    }
     return count;
 }
 
@@ -86,7 +115,7 @@ bool Base64Source::decodeGroup() {
         if (!character)
             return false;
         const bool isPadding = *character == '=' && place >= 2;
-        const unsigned digit = isPadding ? 0 : base64Digit(*character);
+        const unsigned digit = isPadding ? 0 : base64Digit(std::byte(*character));
         if (digit == foreign || (!isPadding && digitCount < static_cast<std::size_t>(place))) {
             foreign_ = Fault{.kind = FaultKind::foreignText, .byte = position() - 1, .text = {*character}};
             return false;

@@ -59,14 +59,16 @@ CellOrder readOrder(const std::filesystem::path& file, const Zone& zone) {
     for (const vtu::Piece& piece : document.pieces) {
         CellReader cells{document, piece};
         while (const auto cell = cells.next()) {
+            if (!order.runs.empty() && kinds[order.runs.back().sectionIndex] == CellKind{cell->type, cell->nodeCount}) {
+                ++order.runs.back().cellCount;
+                continue;
+            }
             const auto [section, isNew] = sections.emplace(CellKind{cell->type, cell->nodeCount}, kinds.size());
             if (isNew) {
                 kinds.push_back(section->first);
                 order.types.push_back(cell->type);
             }
-            if (order.runs.empty() || order.runs.back().sectionIndex != section->second)
-                order.runs.push_back({section->second, 0});
-            ++order.runs.back().cellCount;
+            order.runs.push_back({section->second, 1});
         }
     }
     return fits(order, kinds, zone) ? order : CellOrder{};
