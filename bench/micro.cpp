@@ -1,15 +1,15 @@
 // The steps of a load, one at a time, from memory or from small files in a temporary folder.
 
-#include "host/ByteInputStream.h"
-#include "host/base64.h"
-#include "krohost/Host.h"
-#include "mesh/sections.h"
-#include "streams/Inflater.h"
-#include "streams/InterleavedInflater.h"
-#include "streams/readValues.h"
+#include "krohost/host/runtime/Host.h"
+#include "loader/mesh/sections.h"
+#include "loader/sdk/ByteInputStream.h"
+#include "loader/sdk/base64.h"
+#include "loader/streams/Inflater.h"
+#include "loader/streams/InterleavedInflater.h"
+#include "loader/streams/readValues.h"
+#include "loader/xml/VtkFileXMLParser.h"
 #include "tests/support/VtuBuilder.h"
 #include "tests/support/meshes.h"
-#include "xml/VtkFileXMLParser.h"
 
 #include <benchmark/benchmark.h>
 #include <zlib.h>

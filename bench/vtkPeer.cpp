@@ -1,6 +1,6 @@
 // vtkPeer FILE... reads files with VTK's own readers, keeps their data, and prints seconds and memory as JSON.
 
-#include "krohost/cli/Stopwatch.h"
+#include "krohost/cli/terminal/Stopwatch.h"
 
 #include <vtkDataObject.h>
 #include <vtkErrorCode.h>

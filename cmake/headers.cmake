@@ -1,9 +1,9 @@
-# kro_check_headers(target): compiles each header of the current folder alone, in each build without sanitizers.
+# kro_check_headers(target): compiles each header of the current folder and those below it alone, in each build without sanitizers.
 function(kro_check_headers target)
   if(KRO_SANITIZE)
     return()
   endif()
-  file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.h)
+  file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} *.h)
   set(sources)
   foreach(header ${headers})
     set(source ${CMAKE_CURRENT_BINARY_DIR}/headers/${header}.cpp)

@@ -16,7 +16,7 @@ set_target_properties(krohost_hdf PROPERTIES INSTALL_RPATH "$ORIGIN" BUILD_WITH_
 install(TARGETS krohost krohost_library RUNTIME LIBRARY DESTINATION ${library_folder})
 install(TARGETS krohost_hdf LIBRARY DESTINATION ${library_folder})
 install(TARGETS vtk-data-loader LIBRARY DESTINATION ${library_folder}/addons)
-install(FILES host/kro.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/krohost)
+install(FILES interface/kro.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/krohost)
 install(FILES packaging/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN *.md PATTERN *.json)
 install(FILES samples/wing.vtu DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)

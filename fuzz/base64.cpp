@@ -3,10 +3,10 @@
 
 #include "fuzz/fuzz.h"
 
-#include "host/Base64InputStream.h"
-#include "host/ByteInputStream.h"
-#include "host/base64.h"
-#include "host/exceptions.h"
+#include "loader/sdk/Base64InputStream.h"
+#include "loader/sdk/ByteInputStream.h"
+#include "loader/sdk/base64.h"
+#include "loader/sdk/exceptions.h"
 
 #include <vector>
 

@@ -3,9 +3,9 @@
 
 #include "fuzz/fuzz.h"
 
-#include "xml/XMLParser.h"
+#include "loader/xml/XMLParser.h"
 
-#include "host/exceptions.h"
+#include "loader/sdk/exceptions.h"
 
 #include <QXmlStreamReader>
 

@@ -2,9 +2,9 @@
 
 #include "fuzz/fuzz.h"
 
-#include "xml/VtkFileXMLParser.h"
+#include "loader/xml/VtkFileXMLParser.h"
 
-#include "host/exceptions.h"
+#include "loader/sdk/exceptions.h"
 
 #include <stdexcept>
 

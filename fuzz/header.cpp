@@ -3,11 +3,11 @@
 
 #include "fuzz/fuzz.h"
 
-#include "streams/VtkDataInputStream.h"
-#include "streams/VtkZLibDataInputStream.h"
+#include "loader/streams/VtkDataInputStream.h"
+#include "loader/streams/VtkZLibDataInputStream.h"
 
-#include "host/ByteInputStream.h"
-#include "host/exceptions.h"
+#include "loader/sdk/ByteInputStream.h"
+#include "loader/sdk/exceptions.h"
 
 #include <limits>
 #include <optional>

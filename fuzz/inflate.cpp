@@ -2,10 +2,10 @@
 
 #include "fuzz/fuzz.h"
 
-#include "streams/VtkZLibDataInputStream.h"
+#include "loader/streams/VtkZLibDataInputStream.h"
 
-#include "host/ByteInputStream.h"
-#include "host/exceptions.h"
+#include "loader/sdk/ByteInputStream.h"
+#include "loader/sdk/exceptions.h"
 #include "tests/support/deflate.h"
 
 #include <zlib.h>

@@ -2,10 +2,10 @@
 
 #include "fuzz/fuzz.h"
 
-#include "addon/VtkFileLoaderInstructions.h"
+#include "loader/addon/VtkFileLoaderInstructions.h"
 
-#include "host/exceptions.h"
-#include "krohost/Host.h"
+#include "krohost/host/runtime/Host.h"
+#include "loader/sdk/exceptions.h"
 
 #include <cmath>
 

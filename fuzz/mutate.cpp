@@ -1,6 +1,6 @@
 #include "fuzz/mutate.h"
 
-#include "host/base64.h"
+#include "loader/sdk/base64.h"
 #include "tests/support/encoding.h"
 
 #include <algorithm>

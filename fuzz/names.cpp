@@ -3,9 +3,10 @@
 
 #include "fuzz/fuzz.h"
 
-#include "krohost/Journal.h"
-#include "krohost/cli/Table.h"
+#include "krohost/cli/terminal/Table.h"
+#include "krohost/host/line/Journal.h"
 #include "krohost/text/printable.h"
+#include "krohost/text/quoted.h"
 
 #include <nlohmann/json.hpp>
 

@@ -3,11 +3,11 @@
 
 #include "fuzz/fuzz.h"
 
-#include "streams/AsciiTokenizer.h"
-#include "streams/elementTypes.h"
+#include "loader/streams/AsciiTokenizer.h"
+#include "loader/streams/elementTypes.h"
 
-#include "host/ByteInputStream.h"
-#include "host/exceptions.h"
+#include "loader/sdk/ByteInputStream.h"
+#include "loader/sdk/exceptions.h"
 
 #include <strings.h>
 

@@ -3,8 +3,8 @@
 #include "fuzz/fuzz.h"
 #include "fuzz/hostLoad.h"
 
-#include "krohost/vtu/decode.h"
-#include "krohost/vtu/values.h"
+#include "krohost/reader/decode.h"
+#include "krohost/reader/values.h"
 
 #include <algorithm>
 #include <array>
@@ -15,7 +15,7 @@
 
 namespace {
 
-using namespace krohost::vtu;
+using namespace krohost::reader;
 
 constexpr std::uint64_t largestByteCount = 1 << 20; // of the values of an array
 

@@ -3,15 +3,15 @@
 #include "fuzz/fuzz.h"
 #include "fuzz/hostLoad.h"
 
-#include "krohost/vtu/decode.h"
-#include "krohost/write/WriteError.h"
-#include "krohost/write/conversion.h"
+#include "krohost/convert/WriteError.h"
+#include "krohost/convert/conversion.h"
+#include "krohost/reader/decode.h"
 
 #include <vector>
 
 namespace {
 
-using namespace krohost::vtu;
+using namespace krohost::reader;
 
 /// All that the pieces need of one of their arrays.
 std::string bytesOf(const Document& document, std::vector<Array> Piece::*list, std::size_t index) {
@@ -49,19 +49,19 @@ void compare(const Document& source, const Document& result, bool isComplete) {
 std::string fuzz::outcome(Bytes input) {
     const std::filesystem::path path = scratchFile("mesh.vtu", asText(input));
     const std::filesystem::path target = path.parent_path() / "repaired.vtu";
-    krohost::write::Conversion conversion;
+    krohost::convert::Conversion conversion;
     std::filesystem::remove(target);
     try {
         krohost::HostOptions options;
         options.storageByteLimit = 1 << 24;
         krohost::Host host(std::move(options));
         host.loadAddOn(ADD_ON);
-        krohost::write::Request request;
+        krohost::convert::Request request;
         request.path = target;
-        conversion = krohost::write::repairFile(host, path, request);
+        conversion = krohost::convert::repairFile(host, path, request);
         host.shutDown();
         require(host.violations().empty(), "no rule of the interface is broken");
-    } catch (const krohost::write::WriteError& error) {
+    } catch (const krohost::convert::WriteError& error) {
         require(!std::filesystem::exists(target), "a repair that fails leaves nothing");
         return sentence(error.what());
     }

@@ -4,10 +4,10 @@
 #include "fuzz/fuzz.h"
 #include "fuzz/meshInput.h"
 
-#include "mesh/sections.h"
-#include "xml/VtkFileXMLParser.h"
+#include "loader/mesh/sections.h"
+#include "loader/xml/VtkFileXMLParser.h"
 
-#include "host/exceptions.h"
+#include "loader/sdk/exceptions.h"
 #include "tests/support/VtuBuilder.h"
 #include "tests/support/meshes.h"
 

@@ -3,9 +3,9 @@
 #include "fuzz/fuzz.h"
 
 #include "krohost/cli/Failure.h"
-#include "krohost/cli/layout.h"
-#include "krohost/cli/series.h"
-#include "krohost/timesFromFileNames.h"
+#include "krohost/cli/input/layout.h"
+#include "krohost/cli/input/series.h"
+#include "krohost/host/model/timesFromFileNames.h"
 
 #include <array>
 #include <cmath>

@@ -3,10 +3,10 @@
 
 #include "fuzz/fuzz.h"
 
-#include "streams/elementTypes.h"
-#include "streams/readValues.h"
+#include "loader/streams/elementTypes.h"
+#include "loader/streams/readValues.h"
 
-#include "host/ByteInputStream.h"
+#include "loader/sdk/ByteInputStream.h"
 
 #include <cmath>
 #include <limits>

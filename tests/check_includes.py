@@ -1,29 +1,52 @@
-"""Holds the direction in which the folders depend on each other: a folder includes itself and those named behind it."""
+"""Holds the direction in which the rooms depend on each other: a room includes itself and those named after it."""
 
 import pathlib
 import re
 import sys
 
-ALLOWED = {
-    "host": "",
-    "xml": "host",
-    "streams": "xml host",
-    "mesh": "streams xml host",
-    "output": "mesh streams xml host",
-    "addon": "output mesh streams xml host",
-    "krohost": "host/kro.h host/nodeOrder.h",
+LINE = "interface/kro.h"
+ROOMS = {
+    "interface": "",
+    "loader/cells": "",
+    "loader/sdk": LINE,
+    "loader/xml": f"loader/sdk {LINE}",
+    "loader/streams": f"loader/xml loader/sdk {LINE}",
+    "loader/mesh": f"loader/streams loader/xml loader/sdk loader/cells {LINE}",
+    "loader/output": f"loader/mesh loader/streams loader/xml loader/sdk {LINE}",
+    "loader/addon": f"loader/output loader/mesh loader/streams loader/xml loader/sdk {LINE}",
+    "krohost/text": "",
+    "krohost/host/line": f"krohost/text {LINE}",
+    "krohost/host/model": f"krohost/host/line krohost/text {LINE}",
+    "krohost/host/runtime": f"krohost/host/model krohost/host/line krohost/text {LINE}",
+    "krohost/host/api": f"krohost/host/runtime krohost/host/model krohost/host/line krohost/text {LINE}",
+    "krohost/reader": "krohost/text",
+    "krohost/check": "krohost/reader krohost/text",
+    "krohost/convert": "krohost/reader krohost/host/runtime krohost/host/model krohost/text loader/cells",
+    "krohost/cli": "krohost/convert krohost/check krohost/reader krohost/host/runtime krohost/host/model krohost/host/line "
+    "krohost/text",
 }
 
 
+def room_of(path):
+    return max((room for room in ROOMS if path.startswith(room + "/")), key=len, default=None)
+
+
 def violations(root):
-    for folder, others in ALLOWED.items():
-        prefixes = tuple(name if name.endswith(".h") else name + "/" for name in [folder, *others.split()])
-        sources = [path for path in (root / folder).rglob("*") if path.suffix in (".h", ".cpp", ".inc")]
-        assert sources, f"no sources in {folder}"
-        for source in sources:
-            for included in re.findall(r'^\s*#\s*include\s*"([^"]+)"', source.read_text(), re.MULTILINE):
-                if not included.startswith(prefixes):
-                    yield f"{source.relative_to(root)} includes {included}"
+    seen = set()
+    for source in [path for top in ("interface", "loader", "krohost") for path in (root / top).rglob("*.*")]:
+        if source.suffix not in (".h", ".cpp"):
+            continue
+        name = str(source.relative_to(root))
+        room = room_of(name)
+        if not room:
+            yield f"{name} is in no room"
+            continue
+        seen.add(room)
+        prefixes = tuple(other if other.endswith(".h") else other + "/" for other in [room, *ROOMS[room].split()])
+        for included in re.findall(r'^\s*#\s*include\s*"([^"]+)"', source.read_text(), re.MULTILINE):
+            if not included.startswith(prefixes):
+                yield f"{name} includes {included}"
+    yield from (f"no sources in {room}" for room in ROOMS.keys() - seen)
 
 
 found = list(violations(pathlib.Path(sys.argv[1])))

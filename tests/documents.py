@@ -108,7 +108,7 @@ class Tests(report.Report):
         """The functions of the platform interface, and the exit codes."""
         page = self.pages[self.root / "docs/platform-interface.md"]
         listed = re.findall(r"^\| `(KroUtil\w+)` \| .+ \|$", page, re.MULTILINE)
-        declared = re.findall(r"^\w.*?\b(KroUtil\w+)\(", (self.root / "host/kro.h").read_text(), re.MULTILINE)
+        declared = re.findall(r"^\w.*?\b(KroUtil\w+)\(", (self.root / "interface/kro.h").read_text(), re.MULTILINE)
         self.expect(sorted(listed) == sorted(declared),
                     f"platform-interface.md: {sorted(set(listed) ^ set(declared))} or one twice")
         codes = re.findall(r"^\| (\d+) \|", self.pages[self.root / "docs/guide.md"], re.MULTILINE)

@@ -14,7 +14,7 @@ constexpr std::size_t findingLimit = 1000; // of each severity
 
 } // namespace
 
-void Findings::add(Severity severity, std::string_view code, const vtu::Position& position, std::string message) {
+void Findings::add(Severity severity, std::string_view code, const reader::Position& position, std::string message) {
     if (counts_[severity]++ < findingLimit)
         list_.push_back({severity, std::string(code), file_, position, std::move(message), {}});
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/vtu/Document.h"
+#include "krohost/reader/Document.h"
 
 #include <cstddef>
 #include <map>
@@ -16,9 +16,9 @@ enum class Severity { error, warning };
 
 struct Finding {
     Severity severity = Severity::error;
-    std::string code;                      ///< a word for programs, the same in all versions
-    std::string file;                      ///< empty where it is not known
-    std::optional<vtu::Position> position; ///< of the element; the byte is that of the data where these are meant
+    std::string code;                         ///< a word for programs, the same in all versions
+    std::string file;                         ///< empty where it is not known
+    std::optional<reader::Position> position; ///< of the element; the byte is that of the data where these are meant
     std::string message;
     std::string reason = {}; ///< what the loader says in a dialog; empty for what the host has found itself
 };
@@ -28,14 +28,14 @@ class Findings {
 public:
     explicit Findings(std::string file) : file_{std::move(file)} {}
 
-    void error(std::string_view code, const vtu::Position& position, std::string message) {
+    void error(std::string_view code, const reader::Position& position, std::string message) {
         add(Severity::error, code, position, std::move(message));
     }
-    void warning(std::string_view code, const vtu::Position& position, std::string message) {
+    void warning(std::string_view code, const reader::Position& position, std::string message) {
         add(Severity::warning, code, position, std::move(message));
     }
 
-    void add(Severity severity, std::string_view code, const vtu::Position& position, std::string message);
+    void add(Severity severity, std::string_view code, const reader::Position& position, std::string message);
 
     /// In the order of their positions; a last one of each severity says how many were left out.
     std::vector<Finding> take();

@@ -1,9 +1,9 @@
 #include "krohost/check/arrayChecks.h"
 
+#include "krohost/reader/narrowing.h"
+#include "krohost/reader/values.h"
 #include "krohost/text/letterCase.h"
 #include "krohost/text/printable.h"
-#include "krohost/vtu/narrowing.h"
-#include "krohost/vtu/values.h"
 
 #include <fmt/format.h>
 
@@ -14,11 +14,11 @@ namespace krohost::check {
 
 namespace {
 
-using vtu::Array;
-using vtu::Document;
+using reader::Array;
+using reader::Document;
 
 /// Line and column of the array, with the byte of its data.
-vtu::Position dataPosition(const Array& array, std::uint64_t byte) {
+reader::Position dataPosition(const Array& array, std::uint64_t byte) {
     return {byte, array.element.position.line, array.element.position.column};
 }
 
@@ -27,7 +27,7 @@ bool isNamed(const Array& array, const char* name) {
 }
 
 bool isOfCells(const Array& array) {
-    return array.section == vtu::Section::cells;
+    return array.section == reader::Section::cells;
 }
 
 /// Of the cells there may be arrays that no loader reads, such as the faces of polyhedra.
@@ -44,20 +44,20 @@ public:
     void check(const Array& array) {
         if (!isRead(array) || !array.type || !array.format)
             return;
-        const auto needed = vtu::neededValueCount(array);
+        const auto needed = reader::neededValueCount(array);
         if (needed == 0)
             return; // such an array may lack even its header
         if (!needed && isOverflow(array))
             findings_.error("size-overflow", array.element.position,
                             fmt::format("{} would have {} tuples of {} components, more than any file holds",
                                         nameInText(array), array.tupleCount, *array.componentCount));
-        const auto header = headers_.get(array, [&] { return vtu::readHeader(document_, array, poll_); });
+        const auto header = headers_.get(array, [&] { return reader::readHeader(document_, array, poll_); });
         if (header.fault) {
-            if (header.fault->kind != vtu::FaultKind::undecodable) // that is in the tags
+            if (header.fault->kind != reader::FaultKind::undecodable) // that is in the tags
                 findings_.add(severityFor(array), header.fault->code(), dataPosition(array, header.fault->byte),
                               nameInText(array) + ' ' + header.fault->message());
-        } else if (needed && array.format != vtu::Format::ascii) {
-            checkValueCount(array, header.byteCount / vtu::byteCount(*array.type), findings_);
+        } else if (needed && array.format != reader::Format::ascii) {
+            checkValueCount(array, header.byteCount / reader::byteCount(*array.type), findings_);
         } else if (needed) {
             checkTextLength(array, *needed);
         }
@@ -65,8 +65,8 @@ public:
 
 private:
     static bool isOverflow(const Array& array) {
-        return array.section != vtu::Section::fieldData && !isOfCells(array) &&
-               array.componentCount.value_or(vtu::componentLimit + 1) <= vtu::componentLimit;
+        return array.section != reader::Section::fieldData && !isOfCells(array) &&
+               array.componentCount.value_or(reader::componentLimit + 1) <= reader::componentLimit;
     }
 
     void checkTextLength(const Array& array, std::uint64_t needed) {
@@ -80,7 +80,7 @@ private:
     const Document& document_;
     Findings& findings_;
     const Poll& poll_;
-    vtu::Shared<vtu::ArrayHeader> headers_;
+    reader::Shared<reader::ArrayHeader> headers_;
 };
 
 /// What comes of the data of an array.
@@ -88,23 +88,23 @@ struct Content {
     std::uint64_t heldCount = 0;
     std::uint64_t nanCount = 0;
     std::uint64_t infinityCount = 0;
-    std::vector<vtu::Fault> faults;
+    std::vector<reader::Fault> faults;
 };
 
 Content readContent(const Document& document, const Array& array, const Poll& poll) {
     Content content;
-    vtu::Decoded decoded = vtu::decode(
+    reader::Decoded decoded = reader::decode(
         document, array,
         [&](std::span<const std::byte> bytes) {
-            vtu::forEachReal(*array.type, bytes, [&content](double value) {
+            reader::forEachReal(*array.type, bytes, [&content](double value) {
                 content.nanCount += std::isnan(value) ? 1 : 0;
                 content.infinityCount += std::isinf(value) ? 1 : 0;
             });
         },
         poll);
-    if (array.format == vtu::Format::appended && decoded.faults.size() > 10)
+    if (array.format == reader::Format::appended && decoded.faults.size() > 10)
         decoded.faults.resize(10); // they are kept as long as there are arrays
-    content.heldCount = decoded.byteCount / vtu::byteCount(*array.type);
+    content.heldCount = decoded.byteCount / reader::byteCount(*array.type);
     content.faults = std::move(decoded.faults);
     return content;
 }
@@ -119,7 +119,7 @@ void checkTupleCount(const Array& array, std::uint64_t heldCount, Findings& find
 }
 
 void checkContent(const Array& array, const Content& content, Findings& findings) {
-    const std::uint64_t needed = vtu::neededValueCount(array).value_or(0);
+    const std::uint64_t needed = reader::neededValueCount(array).value_or(0);
     reportFaults(array, content.faults, needed, findings);
     if (content.faults.empty()) {
         checkValueCount(array, content.heldCount, findings);
@@ -132,7 +132,7 @@ void checkContent(const Array& array, const Content& content, Findings& findings
 }
 
 bool needsData(const Array& array) {
-    return array.type && array.format && vtu::neededValueCount(array) != 0;
+    return array.type && array.format && reader::neededValueCount(array) != 0;
 }
 
 } // namespace
@@ -143,7 +143,7 @@ std::string nameInText(const Array& array) {
 }
 
 void checkValueCount(const Array& array, std::uint64_t heldCount, Findings& findings) {
-    const auto needed = vtu::neededValueCount(array);
+    const auto needed = reader::neededValueCount(array);
     if (needed && heldCount != *needed)
         findings.add(heldCount < *needed ? Severity::error : Severity::warning, "value-count",
                      dataPosition(array, array.begin),
@@ -151,13 +151,13 @@ void checkValueCount(const Array& array, std::uint64_t heldCount, Findings& find
 }
 
 Severity severityFor(const Array& array) {
-    return array.section == vtu::Section::fieldData ? Severity::warning : Severity::error;
+    return array.section == reader::Section::fieldData ? Severity::warning : Severity::error;
 }
 
-void reportFaults(const Array& array, const std::vector<vtu::Fault>& faults, std::uint64_t neededCount,
+void reportFaults(const Array& array, const std::vector<reader::Fault>& faults, std::uint64_t neededCount,
                   Findings& findings) {
-    for (const vtu::Fault& fault : faults) {
-        const bool isNeeded = fault.valueByte / vtu::byteCount(*array.type) < neededCount;
+    for (const reader::Fault& fault : faults) {
+        const bool isNeeded = fault.valueByte / reader::byteCount(*array.type) < neededCount;
         findings.add(isNeeded ? severityFor(array) : Severity::warning, fault.code(), dataPosition(array, fault.byte),
                      nameInText(array) + ' ' + fault.message());
     }
@@ -167,7 +167,7 @@ void checkArrayHeaders(const Document& document, Findings& findings, const Poll&
     HeaderChecker checker{document, findings, poll};
     bool isMissing = false; // said once
     for (const Array* array : document.arrays()) {
-        if (array->format != vtu::Format::appended || document.appendedBegin)
+        if (array->format != reader::Format::appended || document.appendedBegin)
             checker.check(*array);
         else if (!document.malformation && !document.appendedData && !std::exchange(isMissing, true))
             findings.add(severityFor(*array), "no-appended-data", array->element.position,
@@ -176,22 +176,22 @@ void checkArrayHeaders(const Document& document, Findings& findings, const Poll&
 }
 
 void checkArrayValues(const Document& document, Findings& findings, const Poll& poll) {
-    vtu::Shared<Content> contents;
+    reader::Shared<Content> contents;
     for (const Array* array : document.arrays())
         if (!isOfCells(*array) && needsData(*array))
             checkContent(*array, contents.get(*array, [&] { return readContent(document, *array, poll); }), findings);
 }
 
 void checkNarrowing(const Document& document, Findings& findings, const Poll& poll) {
-    for (const vtu::PiecewiseArray& array : vtu::piecewiseArrays(document)) {
+    for (const reader::PiecewiseArray& array : reader::piecewiseArrays(document)) {
         if (array.isConnectivity())
             continue; // node numbers beyond the points are errors
-        const vtu::Narrowing narrowing = vtu::narrowingOf(document, array, poll);
+        const reader::Narrowing narrowing = reader::narrowingOf(document, array, poll);
         if (narrowing.narrowedCount > 0)
             findings.warning("narrowed", array.first().element.position,
                              fmt::format("{} holds {} of {} values that a host holds otherwise: {}",
                                          nameInText(array.first()), narrowing.narrowedCount, narrowing.valueCount,
-                                         vtu::inWords(narrowing.first, array.first())));
+                                         reader::inWords(narrowing.first, array.first())));
     }
 }
 

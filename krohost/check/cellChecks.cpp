@@ -1,6 +1,6 @@
 #include "krohost/check/arrayChecks.h"
-#include "krohost/vtu/IntegerReader.h"
-#include "krohost/vtu/cellTypes.h"
+#include "krohost/reader/IntegerReader.h"
+#include "krohost/reader/cellTypes.h"
 
 #include <fmt/format.h>
 
@@ -13,10 +13,10 @@ namespace krohost::check {
 
 namespace {
 
-using vtu::Array;
-using vtu::CellType;
-using vtu::Document;
-using vtu::Piece;
+using reader::Array;
+using reader::CellType;
+using reader::Document;
+using reader::Piece;
 
 /// What is said of the first of many like things, and of how many there are.
 class Tally {
@@ -70,7 +70,7 @@ public:
           cellCount_{*piece.cellCount}, types_{array("types")}, offsets_{array("offsets")} {}
 
     void checkTypes(Kinds& kinds) {
-        vtu::IntegerReader types{document_, types_, poll_}, offsets{document_, offsets_, poll_};
+        reader::IntegerReader types{document_, types_, poll_}, offsets{document_, offsets_, poll_};
         std::uint64_t typeCount = 0, offsetCount = 0;
         for (std::uint64_t cell = 0; cell < cellCount_; ++cell) {
             const auto type = types.next(), offset = offsets.next();
@@ -78,7 +78,7 @@ public:
                 break;
             typeCount += type ? 1 : 0;
             offsetCount += offset ? 1 : 0;
-            const CellType* known = type ? vtu::findCellType(*type) : nullptr;
+            const CellType* known = type ? reader::findCellType(*type) : nullptr;
             if (type)
                 checkType(cell, *type, known);
             if (offset)
@@ -96,7 +96,7 @@ public:
         const Array& connectivity = array("connectivity");
         const std::uint64_t pointCount = piece_.pointCount.value_or(0);
         const auto needed = hasOffsets_ ? static_cast<std::uint64_t>(lastOffset_) : anyCount;
-        vtu::IntegerReader nodes{document_, connectivity, poll_};
+        reader::IntegerReader nodes{document_, connectivity, poll_};
         Tally outside;
         std::uint64_t place = 0;
         for (; place < needed; ++place) {
@@ -124,7 +124,7 @@ private:
     const Array& array(std::string_view name) const { return *piece_.cellArray(name); }
 
     /// What is wrong with an array of which so many values were taken. False when there are not as many as cells.
-    bool report(vtu::IntegerReader& reader, const Array& array, std::uint64_t count) {
+    bool report(reader::IntegerReader& reader, const Array& array, std::uint64_t count) {
         const bool hasMore = reader.next().has_value();
         reportFaults(array, reader.decoded().faults, cellCount_, findings_);
         if (count == cellCount_ && hasMore)
@@ -183,8 +183,8 @@ bool hasCells(const Document& document, const Piece& piece, const Poll& poll) {
         return false;
     const auto isThere = [&](std::string_view name) {
         const Array* array = piece.cellArray(name);
-        return array && array->type && array->format && !vtu::isFloatingPoint(*array->type) &&
-               !vtu::readHeader(document, *array, poll).fault;
+        return array && array->type && array->format && !reader::isFloatingPoint(*array->type) &&
+               !reader::readHeader(document, *array, poll).fault;
     };
     return isThere("connectivity") && isThere("offsets") && isThere("types");
 }

@@ -10,7 +10,7 @@ namespace krohost::check {
 
 namespace {
 
-std::vector<Finding> checkOne(const vtu::Document& document, const Depth& depth, const Poll& poll) {
+std::vector<Finding> checkOne(const reader::Document& document, const Depth& depth, const Poll& poll) {
     Findings findings{document.path.string()};
     if (depth.isExplaining)
         checkDocument(document, findings);
@@ -24,7 +24,7 @@ std::vector<Finding> checkOne(const vtu::Document& document, const Depth& depth,
     return findings.take();
 }
 
-std::vector<Finding> checkMember(const vtu::Document& member, const Depth& depth, const Poll& poll) {
+std::vector<Finding> checkMember(const reader::Document& member, const Depth& depth, const Poll& poll) {
     if (!member.isCollection())
         return checkOne(member, depth, poll);
     Findings findings{member.path.string()};
@@ -40,15 +40,15 @@ void append(std::vector<Finding>& list, std::vector<Finding> more) {
 } // namespace
 
 std::vector<Finding> checkFile(const std::filesystem::path& path, const Depth& depth, const Poll& poll) {
-    const vtu::Document document = vtu::readDocument(path, poll);
+    const reader::Document document = reader::readDocument(path, poll);
     std::vector<Finding> list = checkOne(document, depth, poll);
     std::set<std::filesystem::path> seen;
     std::error_code ignored;
-    for (const vtu::Member& member : document.members) {
+    for (const reader::Member& member : document.members) {
         if (poll)
             poll();
         if (std::filesystem::is_regular_file(member.path, ignored) && seen.insert(member.path).second)
-            append(list, checkMember(vtu::readDocument(member.path, poll), depth, poll));
+            append(list, checkMember(reader::readDocument(member.path, poll), depth, poll));
     }
     return list;
 }

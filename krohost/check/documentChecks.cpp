@@ -18,10 +18,10 @@ namespace krohost::check {
 
 namespace {
 
-using vtu::Array;
-using vtu::Document;
-using vtu::Element;
-using vtu::Piece;
+using reader::Array;
+using reader::Document;
+using reader::Element;
+using reader::Piece;
 
 enum class Case { respected, ignored };
 
@@ -226,10 +226,10 @@ void checkCellArrays(const Document& document, Findings& findings) {
                                        piece.cells.size(), fmt::join(names, ", ")));
         }
         for (const Array& array : piece.cells)
-            if (piece.cellCount != 0 && array.type && vtu::isFloatingPoint(*array.type))
+            if (piece.cellCount != 0 && array.type && reader::isFloatingPoint(*array.type))
                 findings.error("cell-arrays", array.element.position,
                                fmt::format("{} of the cells is of type {} (accepted: whole numbers)", nameInText(array),
-                                           vtu::elementTypeName(*array.type)));
+                                           reader::elementTypeName(*array.type)));
     }
 }
 
@@ -242,14 +242,14 @@ void checkVariables(const Document& document, Findings& findings) {
     for (const auto* arrays : {&piece.pointData, &piece.cellData}) {
         std::set<std::string> names;
         if (arrays == &piece.pointData && !piece.points.empty())
-            for (std::string& axis : vtu::variableNames(piece.points.front()))
+            for (std::string& axis : reader::variableNames(piece.points.front()))
                 names.insert(std::move(axis));
         for (const Array& array : *arrays) {
             variableCount += std::min(array.componentCount.value_or(0), variableLimit + 1);
             if (variableCount > variableLimit)
                 return findings.error("too-many-variables", array.element.position,
                                       fmt::format("the arrays have more than {} components", variableLimit));
-            for (const std::string& name : vtu::variableNames(array))
+            for (const std::string& name : reader::variableNames(array))
                 if (!names.insert(name).second)
                     findings.error("duplicate-variable", array.element.position,
                                    fmt::format("{} gives a second variable {} (accepted: one of each name)",
@@ -263,7 +263,7 @@ void checkCollection(const Document& document, Findings& findings) {
         findings.error("stray-element", stray.position,
                        fmt::format("{} in a file of another type (accepted: in one of type \"vtkMultiBlockDataSet\")",
                                    stray.name));
-    for (const vtu::Member& member : document.members) {
+    for (const reader::Member& member : document.members) {
         const bool isDataSet = member.element.name == "DataSet";
         const char* attribute = isDataSet ? "file" : "Source";
         std::error_code ignored;

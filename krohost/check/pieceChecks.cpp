@@ -1,7 +1,7 @@
 #include "krohost/check/arrayChecks.h"
 #include "krohost/check/documentChecks.h"
-#include "krohost/vtu/inflate.h"
-#include "krohost/vtu/narrowing.h"
+#include "krohost/reader/inflate.h"
+#include "krohost/reader/narrowing.h"
 
 #include <fmt/format.h>
 
@@ -14,8 +14,8 @@ namespace krohost::check {
 
 namespace {
 
-using vtu::Array;
-using vtu::Piece;
+using reader::Array;
+using reader::Piece;
 
 /// What keeps a piece's arrays from continuing those of the first piece; empty when nothing does. Unequal numbers are
 /// enough, so that the work for each piece is in proportion to its own size.
@@ -23,7 +23,7 @@ std::string difference(const std::vector<Array>& first, const std::vector<Array>
     if (arrays.size() != first.size())
         return fmt::format("a Piece has {} arrays of {} where the first one has {}", arrays.size(), where,
                            first.size());
-    const std::vector<const Array*> matches = vtu::continuations(first, arrays);
+    const std::vector<const Array*> matches = reader::continuations(first, arrays);
     for (std::size_t place = 0; place < first.size(); ++place) {
         const Array& array = first[place];
         const Array* match = matches[place];
@@ -45,8 +45,8 @@ std::uint64_t pointByteCount(const Piece& piece) {
     std::uint64_t sum = 0;
     for (const Array& array : piece.points) {
         std::uint64_t byteCount = 0;
-        if (array.type && (__builtin_mul_overflow(vtu::neededValueCount(array).value_or(0), vtu::byteCount(*array.type),
-                                                  &byteCount) ||
+        if (array.type && (__builtin_mul_overflow(reader::neededValueCount(array).value_or(0),
+                                                  reader::byteCount(*array.type), &byteCount) ||
                            __builtin_add_overflow(sum, byteCount, &sum)))
             return std::numeric_limits<std::uint64_t>::max();
     }
@@ -55,8 +55,8 @@ std::uint64_t pointByteCount(const Piece& piece) {
 
 } // namespace
 
-void checkSurplusComponents(const vtu::Document& document, Findings& findings) {
-    for (const vtu::PiecewiseArray& array : vtu::piecewiseArrays(document))
+void checkSurplusComponents(const reader::Document& document, Findings& findings) {
+    for (const reader::PiecewiseArray& array : reader::piecewiseArrays(document))
         for (const Array* part : array.parts) {
             const std::uint64_t kept = array.first().componentCount.value_or(0);
             if (part->componentCount.value_or(0) > kept && part->tupleCount > 0 && !array.isConnectivity())
@@ -68,14 +68,14 @@ void checkSurplusComponents(const vtu::Document& document, Findings& findings) {
         }
 }
 
-void checkPiecesAgree(const vtu::Document& document, Findings& findings) {
+void checkPiecesAgree(const reader::Document& document, Findings& findings) {
     for (std::size_t index = 1; index < document.pieces.size(); ++index)
         if (std::string message = difference(document.pieces.front(), document.pieces[index]); !message.empty())
             findings.error("pieces-differ", document.pieces[index].element.position, std::move(message));
 }
 
-void checkPiecesFit(const vtu::Document& document, Findings& findings) {
-    const std::uint64_t most = document.byteCount * vtu::largestRatio(vtu::Compressor::zlib);
+void checkPiecesFit(const reader::Document& document, Findings& findings) {
+    const std::uint64_t most = document.byteCount * reader::largestRatio(reader::Compressor::zlib);
     std::uint64_t byteRoom = most, cellRoom = most;
     for (const Piece& piece : document.pieces) {
         const std::uint64_t byteCount = pointByteCount(piece), cellCount = piece.cellCount.value_or(0);

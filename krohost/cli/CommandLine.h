@@ -1,8 +1,8 @@
 #pragma once
 
-#include "krohost/cli/ConvertOptions.h"
-#include "krohost/cli/DumpOptions.h"
-#include "krohost/cli/compareItems.h"
+#include "krohost/cli/commands/ConvertOptions.h"
+#include "krohost/cli/commands/DumpOptions.h"
+#include "krohost/cli/commands/compareItems.h"
 
 #include <cstdint>
 #include <filesystem>

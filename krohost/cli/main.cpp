@@ -1,6 +1,6 @@
-#include "krohost/Host.h"
 #include "krohost/cli/CommandLine.h"
 #include "krohost/cli/run.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <fcntl.h>
 #include <malloc.h>

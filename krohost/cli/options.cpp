@@ -1,6 +1,6 @@
 #include "krohost/cli/options.h"
 
-#include "krohost/cli/series.h"
+#include "krohost/cli/input/series.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,26 +1,26 @@
 #include "krohost/cli/run.h"
 
-#include "krohost/Host.h"
-#include "krohost/cli/Console.h"
 #include "krohost/cli/Failure.h"
-#include "krohost/cli/ProgressBar.h"
-#include "krohost/cli/Report.h"
-#include "krohost/cli/addOnPath.h"
-#include "krohost/cli/addons.h"
-#include "krohost/cli/bench.h"
-#include "krohost/cli/check.h"
-#include "krohost/cli/convert.h"
-#include "krohost/cli/diff.h"
-#include "krohost/cli/dump.h"
-#include "krohost/cli/info.h"
-#include "krohost/cli/jsonReport.h"
-#include "krohost/cli/loading.h"
-#include "krohost/cli/lossReport.h"
-#include "krohost/cli/tableReport.h"
-#include "krohost/cli/trace.h"
+#include "krohost/cli/commands/addons.h"
+#include "krohost/cli/commands/bench.h"
+#include "krohost/cli/commands/check.h"
+#include "krohost/cli/commands/convert.h"
+#include "krohost/cli/commands/diff.h"
+#include "krohost/cli/commands/dump.h"
+#include "krohost/cli/commands/info.h"
+#include "krohost/cli/commands/trace.h"
+#include "krohost/cli/input/addOnPath.h"
+#include "krohost/cli/input/loading.h"
+#include "krohost/cli/report/Report.h"
+#include "krohost/cli/report/jsonReport.h"
+#include "krohost/cli/report/lossReport.h"
+#include "krohost/cli/report/tableReport.h"
+#include "krohost/cli/terminal/Console.h"
+#include "krohost/cli/terminal/ProgressBar.h"
+#include "krohost/convert/WriteError.h"
+#include "krohost/convert/damage.h"
+#include "krohost/host/runtime/Host.h"
 #include "krohost/text/printable.h"
-#include "krohost/write/WriteError.h"
-#include "krohost/write/damage.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -63,7 +63,7 @@ int exitCode(const Host& host, const Report& report) {
         return Exit_Interrupted;
     const bool hasDemands = std::all_of(report.demands.begin(), report.demands.end(),
                                         [](const DemandResult& result) { return result.isLoaded; });
-    const bool isSound = report.isLoaded && hasDemands && !write::firstDamage(report.losses);
+    const bool isSound = report.isLoaded && hasDemands && !convert::firstDamage(report.losses);
     return isSound && host.violations().empty() ? Exit_Done : Exit_Failed;
 }
 
@@ -151,7 +151,7 @@ int finish(Host& host, const CommandLine& line, const Console& console, const Ch
 
 /// Ends a dump that is not to be because of what would be lost.
 int refuseLosses(const Host& host, const CommandLine& line, const Console& console, const Report& report) {
-    const std::string message = write::LossesNotAllowed{report.losses}.what();
+    const std::string message = convert::LossesNotAllowed{report.losses}.what();
     console.error(message);
     if (!line.isJson)
         return Exit_Failed;
@@ -168,7 +168,7 @@ int finishDump(Host& host, const CommandLine& line, const Console& console, cons
     const int code = exitCode(host, report);
     if (line.isStrict && !report.losses.empty())
         return refuseLosses(host, line, console, report);
-    const write::Loss* damage = write::firstDamage(report.losses);
+    const convert::Loss* damage = convert::firstDamage(report.losses);
     const std::string error = damage && !Host::isInterrupted() ? damage->message : errorText(host, code);
     if (output)
         finishDump(*output, line, report, dialogTexts(host), host.violations(), error);
@@ -202,7 +202,7 @@ int finish(Host& host, const CommandLine& line, const Console& console, const Co
     const int code = ownCode == Exit_Done && !outcome.isDone() ? int{Exit_Failed} : ownCode;
     if (!line.isJson)
         return console.print(convertText(line, outcome), code);
-    const write::Loss* damage = write::firstDamage(outcome.conversion.losses);
+    const convert::Loss* damage = convert::firstDamage(outcome.conversion.losses);
     const std::string error = !outcome.error.empty()            ? outcome.error
                               : damage                          ? damage->message
                               : outcome.conversion.isIncomplete ? outcome.conversion.losses.list().front().message
@@ -266,7 +266,7 @@ int runHost(const CommandLine& line, const Console& console) {
     } catch (const Failure& failure) {
         progress.clear();
         return fail(line, console, failure.what(), failure.exitCode());
-    } catch (const write::Interrupted&) {
+    } catch (const convert::Interrupted&) {
         progress.clear();
         return fail(line, console, "Interrupted.", Exit_Interrupted);
     } catch (const AddOnError& error) {

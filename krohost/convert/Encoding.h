@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 enum class Format : std::uint8_t { ascii, base64, raw, appendedBase64 };
 
@@ -18,4 +18,4 @@ struct Encoding {
     bool hasZlib() const { return isCompressed && format != Format::ascii; }
 };
 
-} // namespace krohost::write
+} // namespace krohost::convert

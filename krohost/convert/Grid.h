@@ -1,7 +1,7 @@
 /// What is about to be written, as arrays that come in pieces: no writer holds a whole one.
 #pragma once
 
-#include "krohost/vtu/ElementType.h"
+#include "krohost/reader/ElementType.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-namespace krohost::write {
+namespace krohost::convert {
 
-using vtu::ElementType;
+using reader::ElementType;
 
 /// Takes some more of an array: whole values, in this machine's byte order.
 using Sink = std::function<void(std::span<const std::byte>)>;
@@ -51,4 +51,4 @@ Array singleValue(std::string name, ElementType type, Value value) {
     return {std::move(name), type, 1, 1, [value](const Sink& sink) { sink(std::as_bytes(std::span{&value, 1})); }};
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

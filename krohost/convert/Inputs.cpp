@@ -1,13 +1,13 @@
-#include "krohost/write/Inputs.h"
+#include "krohost/convert/Inputs.h"
 
-#include "krohost/vtu/Document.h"
-#include "krohost/write/Loss.h"
+#include "krohost/convert/Loss.h"
+#include "krohost/reader/Document.h"
 
 #include <sys/stat.h>
 
 #include <optional>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
@@ -44,12 +44,12 @@ void Inputs::addMembers(const std::filesystem::path& path) {
     const auto status = statusOf(path);
     if (!status || !S_ISREG(status->st_mode) || !readFiles_.emplace(status->st_dev, status->st_ino).second)
         return;
-    const vtu::Document document = vtu::readDocument(path, pollInterrupt);
+    const reader::Document document = reader::readDocument(path, pollInterrupt);
     areUnknown_ = areUnknown_ || document.mayNameMore();
-    for (const vtu::Member& member : document.members) {
+    for (const reader::Member& member : document.members) {
         addIdentity(member.path);
         named_.push_back(member.path);
     }
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -7,7 +7,7 @@
 
 #include <sys/types.h>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// The files that a run reads, known by what they are: two names of one file are the same file. Collections stand for
 /// the files that they name too, at any depth. [one thread]
@@ -35,4 +35,4 @@ private:
     bool areUnknown_ = false;      // some of the members
 };
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,10 +1,10 @@
-#include "krohost/write/Loaded.h"
+#include "krohost/convert/Loaded.h"
 
-#include "krohost/write/WriteError.h"
+#include "krohost/convert/WriteError.h"
 
 #include <fmt/format.h>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 Loaded::Loaded(Host& host, Target target) : hold_{host.hold(host.dataset(), target)} {
     if (Host::isInterrupted())
@@ -20,4 +20,4 @@ SectionNodes::SectionNodes(const Loaded& nodeMap, std::size_t sectionIndex) {
         narrow_ = nodeMap.items<std::int32_t>(sectionIndex);
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "krohost/Host.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// One variable or node map of the host's dataset, held for as long as the object lives.
 class Loaded {
@@ -40,4 +40,4 @@ private:
     std::span<const std::int64_t> wide_;
 };
 
-} // namespace krohost::write
+} // namespace krohost::convert

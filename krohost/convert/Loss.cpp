@@ -1,22 +1,22 @@
-#include "krohost/write/Loss.h"
+#include "krohost/convert/Loss.h"
 
-#include "krohost/Host.h"
-#include "krohost/write/WriteError.h"
-#include "krohost/write/damage.h"
+#include "krohost/convert/WriteError.h"
+#include "krohost/convert/damage.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <fmt/format.h>
 
 #include <set>
 #include <utility>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
 namespace fs = std::filesystem;
 
-void addNarrowing(const vtu::Document& document, const vtu::PiecewiseArray& array, Losses& losses) {
-    const vtu::Narrowing narrowing = vtu::narrowingOf(document, array, pollInterrupt);
+void addNarrowing(const reader::Document& document, const reader::PiecewiseArray& array, Losses& losses) {
+    const reader::Narrowing narrowing = reader::narrowingOf(document, array, pollInterrupt);
     if (narrowing.narrowedCount == 0)
         return;
     const std::string location = locationWord(array.first().section);
@@ -26,22 +26,22 @@ void addNarrowing(const vtu::Document& document, const vtu::PiecewiseArray& arra
                                    : fmt::format("{} of {}", narrowing.narrowedCount, narrowing.valueCount);
     losses.add({"narrowed",
                 fmt::format("The host holds {} values of the array \"{}\" ({}) of \"{}\" otherwise: {}.", number,
-                            array.first().name, location, file, vtu::inWords(narrowing.first, array.first())),
+                            array.first().name, location, file, reader::inWords(narrowing.first, array.first())),
                 array.first().name, location, file, 1, narrowing.narrowedCount, narrowing.first});
 }
 
-bool isUsed(const vtu::PiecewiseArray& array, const UsedArrays& used) {
+bool isUsed(const reader::PiecewiseArray& array, const UsedArrays& used) {
     return array.isConnectivity() ? used.areNodes : used.isVariable(array.first());
 }
 
-void addNarrowings(const vtu::Document& document, const UsedArrays& used, Losses& losses) {
+void addNarrowings(const reader::Document& document, const UsedArrays& used, Losses& losses) {
     const std::string file = document.path.string();
     if (document.malformation)
         losses.add(
             {.what = "changed",
              .message = fmt::format("What is lost of \"{}\" cannot be told: {}.", file, document.malformation->message),
              .file = file});
-    for (const vtu::PiecewiseArray& array : vtu::piecewiseArrays(document))
+    for (const reader::PiecewiseArray& array : reader::piecewiseArrays(document))
         if (isUsed(array, used))
             addNarrowing(document, array, losses);
 }
@@ -82,7 +82,7 @@ Losses narrowingLosses(const std::vector<fs::path>& files, const UsedArrays& use
         if (!seen.insert(next).second)
             continue;
         pollInterrupt();
-        const vtu::Document document = vtu::readDocument(next, pollInterrupt);
+        const reader::Document document = reader::readDocument(next, pollInterrupt);
         for (auto member = document.members.rbegin(); member != document.members.rend(); ++member)
             waiting.push_back(member->path);
         if (used.isVerified)
@@ -97,20 +97,20 @@ void pollInterrupt() {
         throw Interrupted();
 }
 
-std::string locationWord(vtu::Section section) {
+std::string locationWord(reader::Section section) {
     switch (section) {
-    case vtu::Section::points:
+    case reader::Section::points:
         return "points";
-    case vtu::Section::cells:
+    case reader::Section::cells:
         return "cells";
-    case vtu::Section::pointData:
+    case reader::Section::pointData:
         return "nodal";
-    case vtu::Section::cellData:
+    case reader::Section::cellData:
         return "cell";
-    case vtu::Section::fieldData:
+    case reader::Section::fieldData:
         break;
     }
     return "field";
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

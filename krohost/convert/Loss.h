@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/vtu/narrowing.h"
+#include "krohost/reader/narrowing.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -11,7 +11,7 @@
 #include <tuple>
 #include <vector>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// Something of the files that were read which is not, or is otherwise, in what is shown or written.
 struct Loss {
@@ -23,7 +23,7 @@ struct Loss {
     std::string file = {};     ///< that it is in, the first of several; empty where it is not known
     std::uint64_t fileCount = 1;
     std::uint64_t count = 1; ///< of values, for what is narrowed and dropped
-    std::optional<vtu::NarrowedValue> first = {};
+    std::optional<reader::NarrowedValue> first = {};
     std::string kind = {}; ///< tells losses of one array apart whose sentences are about different things
 };
 
@@ -50,9 +50,9 @@ std::string sentence(const Loss& loss);
 
 /// What of the arrays is used.
 struct UsedArrays {
-    std::function<bool(const vtu::Array&)> isVariable;      ///< whether some component of it is
-    bool areNodes = false;                                  ///< whether node numbers are, in 32 bits
-    std::function<bool(const vtu::Array&)> isVerified = {}; ///< whether damage of it is looked for; empty: of none
+    std::function<bool(const reader::Array&)> isVariable;      ///< whether some component of it is
+    bool areNodes = false;                                     ///< whether node numbers are, in 32 bits
+    std::function<bool(const reader::Array&)> isVerified = {}; ///< whether damage of it is looked for; empty: of none
 };
 
 /// The values of these files, and of those that they name, that the host holds otherwise, and damage. A file is read
@@ -63,6 +63,6 @@ Losses narrowingLosses(const std::vector<std::filesystem::path>& files, const Us
 void pollInterrupt();
 
 /// "points", "cells", "nodal", "cell" or "field".
-std::string locationWord(vtu::Section section);
+std::string locationWord(reader::Section section);
 
-} // namespace krohost::write
+} // namespace krohost::convert

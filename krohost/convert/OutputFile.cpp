@@ -1,11 +1,11 @@
-#include "krohost/write/OutputFile.h"
+#include "krohost/convert/OutputFile.h"
 
-#include "krohost/write/WriteError.h"
+#include "krohost/convert/WriteError.h"
 
 #include <cerrno>
 #include <cstring>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 OutputFile::OutputFile(const std::filesystem::path& path) : file_{std::fopen(path.c_str(), "wbx"), std::fclose} {
     if (!file_)
@@ -39,4 +39,4 @@ void OutputFile::fail() {
     throw FileError(std::strerror(errno));
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -8,7 +8,7 @@
 #include <span>
 #include <string_view>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// A new file that is written from its beginning to its end, with places that are filled in later. Everything throws
 /// FileError when the file cannot be written.
@@ -34,4 +34,4 @@ private:
     std::uint64_t position_ = 0;
 };
 
-} // namespace krohost::write
+} // namespace krohost::convert

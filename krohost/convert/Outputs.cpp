@@ -1,6 +1,6 @@
-#include "krohost/write/Outputs.h"
+#include "krohost/convert/Outputs.h"
 
-#include "krohost/write/WriteError.h"
+#include "krohost/convert/WriteError.h"
 
 #include <fmt/format.h>
 
@@ -19,7 +19,7 @@
 #include <system_error>
 #include <utility>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace fs = std::filesystem;
 
@@ -207,4 +207,4 @@ std::optional<int> namedDescriptor(fs::path path) {
     return std::nullopt;
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/write/Inputs.h"
+#include "krohost/convert/Inputs.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// What may be written over. Inputs never are.
 struct Permission {
@@ -76,4 +76,4 @@ bool isStream(const std::filesystem::path& path);
 /// The descriptor that a name such as /dev/stdout or /dev/fd/3 stands for.
 std::optional<int> namedDescriptor(std::filesystem::path path);
 
-} // namespace krohost::write
+} // namespace krohost::convert

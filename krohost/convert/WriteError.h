@@ -3,7 +3,7 @@
 #include <exception>
 #include <stdexcept>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// What keeps a file from being written, as a sentence for the user.
 class WriteError : public std::runtime_error {
@@ -23,4 +23,4 @@ class FileError : public std::runtime_error {
 /// The user has asked to stop.
 class Interrupted : public std::exception {};
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,14 +1,14 @@
-#include "krohost/write/blocks.h"
+#include "krohost/convert/blocks.h"
 
-#include "krohost/Host.h"
-#include "krohost/write/WriteError.h"
+#include "krohost/convert/WriteError.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <vector>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
@@ -23,7 +23,7 @@ std::uint64_t product(const Array& array, std::uint64_t left, std::uint64_t righ
 
 void produceInBlocks(const Array& array, std::size_t tuplesPerBlock,
                      const std::function<void(std::span<std::byte>)>& receive) {
-    const std::uint64_t tupleByteCount = product(array, array.componentCount, vtu::byteCount(array.type));
+    const std::uint64_t tupleByteCount = product(array, array.componentCount, reader::byteCount(array.type));
     const std::uint64_t blockByteCount = product(array, tuplesPerBlock, tupleByteCount);
     std::uint64_t missingByteCount = product(array, array.tupleCount, tupleByteCount);
     std::vector<std::byte> block; // grows with what comes, whatever is announced
@@ -52,4 +52,4 @@ void produceInBlocks(const Array& array, std::size_t tuplesPerBlock,
         receive(block);
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

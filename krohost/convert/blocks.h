@@ -1,12 +1,12 @@
 #pragma once
 
-#include "krohost/write/Grid.h"
+#include "krohost/convert/Grid.h"
 
 #include <cstddef>
 #include <functional>
 #include <span>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// Has the array produce its values and hands them on in blocks of `tuplesPerBlock`, the last one perhaps smaller; the
 /// receiver may change the bytes. Throws WriteError when other than the announced number of values comes, and
@@ -14,4 +14,4 @@ namespace krohost::write {
 void produceInBlocks(const Array& array, std::size_t tuplesPerBlock,
                      const std::function<void(std::span<std::byte>)>& receive);
 
-} // namespace krohost::write
+} // namespace krohost::convert

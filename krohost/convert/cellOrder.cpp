@@ -1,10 +1,10 @@
-#include "krohost/write/cellOrder.h"
+#include "krohost/convert/cellOrder.h"
 
-#include "krohost/write/Loss.h"
-#include "krohost/write/WriteError.h"
-#include "krohost/write/documentValues.h"
-#include "krohost/write/vtkCells.h"
-#include "krohost/write/zoneFiles.h"
+#include "krohost/convert/Loss.h"
+#include "krohost/convert/WriteError.h"
+#include "krohost/convert/documentValues.h"
+#include "krohost/convert/vtkCells.h"
+#include "krohost/convert/zoneFiles.h"
 
 #include <fmt/format.h>
 
@@ -13,11 +13,11 @@
 #include <optional>
 #include <utility>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
-using vtu::Document;
+using reader::Document;
 
 bool hasValuesAtCells(const Zone& zone) {
     return std::any_of(zone.variables.begin(), zone.variables.end(), [](const ZoneVariable& variable) {
@@ -50,13 +50,13 @@ bool fits(const CellOrder& order, const std::vector<CellKind>& kinds, const Zone
 
 /// Not known where the file does not fit the zone.
 CellOrder readOrder(const std::filesystem::path& file, const Zone& zone) {
-    const Document document = vtu::readDocument(file, pollInterrupt);
+    const Document document = reader::readDocument(file, pollInterrupt);
     if (document.malformation)
         throw WriteError(document.malformation->message);
     std::map<CellKind, std::size_t> sections;
     std::vector<CellKind> kinds;
     CellOrder order{file};
-    for (const vtu::Piece& piece : document.pieces) {
+    for (const reader::Piece& piece : document.pieces) {
         CellReader cells{document, piece};
         while (const auto cell = cells.next()) {
             if (!order.runs.empty() && kinds[order.runs.back().sectionIndex] == CellKind{cell->type, cell->nodeCount}) {
@@ -117,9 +117,9 @@ void forEachVertex(const Zone& zone, const CellOrder& order, const std::function
             use(node);
         return;
     }
-    const Document document = vtu::readDocument(order.file);
+    const Document document = reader::readDocument(order.file);
     std::int64_t shift = 0;
-    for (const vtu::Piece& piece : document.pieces) {
+    for (const reader::Piece& piece : document.pieces) {
         const std::uint64_t cellCount = piece.cellCount.value_or(0);
         const auto pointCount = static_cast<std::int64_t>(piece.pointCount.value_or(0));
         std::optional<NodeReader> nodes;
@@ -140,4 +140,4 @@ void requirePoint(const Zone& zone, std::int64_t node, std::int64_t pointCount) 
                                      zone.name, node, pointCount));
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,8 +1,8 @@
 /// What a zone's file says of its cells and the host does not.
 #pragma once
 
-#include "krohost/Dataset.h"
-#include "krohost/write/Loss.h"
+#include "krohost/convert/Loss.h"
+#include "krohost/host/model/Dataset.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -10,7 +10,7 @@
 #include <functional>
 #include <vector>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// Cells of one section that follow each other in a file.
 struct CellRun {
@@ -38,4 +38,4 @@ void forEachVertex(const Zone& zone, const CellOrder& order, const std::function
 /// Throws WriteError unless the zone has this node of a cell, from 0, as one of so many points.
 void requirePoint(const Zone& zone, std::int64_t node, std::int64_t pointCount);
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,10 +1,10 @@
-#include "krohost/write/cgns.h"
+#include "krohost/convert/cgns.h"
 
-#include "krohost/itemType.h"
-#include "krohost/write/Loaded.h"
-#include "krohost/write/WriteError.h"
-#include "krohost/write/names.h"
-#include "krohost/write/vtkCells.h"
+#include "krohost/convert/Loaded.h"
+#include "krohost/convert/WriteError.h"
+#include "krohost/convert/names.h"
+#include "krohost/convert/vtkCells.h"
+#include "krohost/host/model/itemType.h"
 
 #include <cgnslib.h>
 #include <fmt/format.h>
@@ -15,7 +15,7 @@
 #include <numeric>
 #include <utility>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
@@ -239,4 +239,4 @@ void writeCgns(Host& host, const std::filesystem::path& path, const CellOrders& 
     CgnsWriter{host, path, losses}.write(orders);
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

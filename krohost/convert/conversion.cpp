@@ -1,16 +1,16 @@
-#include "krohost/write/conversion.h"
+#include "krohost/convert/conversion.h"
 
+#include "krohost/convert/WriteError.h"
+#include "krohost/convert/cellOrder.h"
+#include "krohost/convert/conversionLosses.h"
+#include "krohost/convert/csv.h"
+#include "krohost/convert/damage.h"
+#include "krohost/convert/fieldData.h"
+#include "krohost/convert/hdfWriters.h"
+#include "krohost/convert/vtuFile.h"
+#include "krohost/convert/zoneGrid.h"
+#include "krohost/reader/Document.h"
 #include "krohost/text/letterCase.h"
-#include "krohost/vtu/Document.h"
-#include "krohost/write/WriteError.h"
-#include "krohost/write/cellOrder.h"
-#include "krohost/write/conversionLosses.h"
-#include "krohost/write/csv.h"
-#include "krohost/write/damage.h"
-#include "krohost/write/fieldData.h"
-#include "krohost/write/hdfWriters.h"
-#include "krohost/write/vtuFile.h"
-#include "krohost/write/zoneGrid.h"
 
 #include <fmt/format.h>
 
@@ -20,7 +20,7 @@
 #include <set>
 #include <utility>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
@@ -67,11 +67,11 @@ std::string memberName(const std::string& stem, std::size_t index) {
 void removeOldMembers(const Request& request, const std::string& stem, std::size_t memberCount, Outputs& outputs) {
     if (!request.permission.isReplacing)
         return;
-    const vtu::Document old = vtu::readDocument(request.path, pollInterrupt);
+    const reader::Document old = reader::readDocument(request.path, pollInterrupt);
     std::set<std::string> named;
-    for (const vtu::Member& member : old.members)
+    for (const reader::Member& member : old.members)
         named.insert(member.file);
-    for (const vtu::Element& element : old.strays) // of a .pvd
+    for (const reader::Element& element : old.strays) // of a .pvd
         if (const std::string* file = element.find("file"))
             named.insert(*file);
     for (std::size_t index = memberCount; named.contains(memberName(stem, index)); ++index)
@@ -181,4 +181,4 @@ void requireAllowed(const Losses& losses, bool isStrict) {
         throw LossesNotAllowed(losses);
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "krohost/Host.h"
-#include "krohost/write/Encoding.h"
-#include "krohost/write/Loss.h"
-#include "krohost/write/Outputs.h"
-#include "krohost/write/WriteError.h"
+#include "krohost/convert/Encoding.h"
+#include "krohost/convert/Loss.h"
+#include "krohost/convert/Outputs.h"
+#include "krohost/convert/WriteError.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <filesystem>
 #include <optional>
@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 enum class FileFormat { vtu, vtm, pvd, vtkhdf, cgns, csv };
 
@@ -59,4 +59,4 @@ Conversion convertZones(Host& host, const std::vector<std::filesystem::path>& in
 /// Interrupted.
 Conversion repairFile(Host& host, const std::filesystem::path& input, const Request& request);
 
-} // namespace krohost::write
+} // namespace krohost::convert

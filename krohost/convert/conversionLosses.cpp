@@ -1,9 +1,9 @@
-#include "krohost/write/conversionLosses.h"
+#include "krohost/convert/conversionLosses.h"
 
-#include "krohost/write/fieldData.h"
-#include "krohost/write/vtuFile.h"
-#include "krohost/write/zoneFiles.h"
-#include "krohost/write/zoneGrid.h"
+#include "krohost/convert/fieldData.h"
+#include "krohost/convert/vtuFile.h"
+#include "krohost/convert/zoneFiles.h"
+#include "krohost/convert/zoneGrid.h"
 
 #include <fmt/format.h>
 
@@ -11,12 +11,12 @@
 #include <optional>
 #include <set>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
 namespace fs = std::filesystem;
-using vtu::Document;
+using reader::Document;
 
 /// What a format has room for.
 bool holdsFieldData(FileFormat format) {
@@ -43,9 +43,9 @@ public:
 
     /// Those of a zone's file, or of the collection that it is a member of.
     void addFields() {
-        for (const vtu::Array& array : document_.fieldData)
+        for (const reader::Array& array : document_.fieldData)
             addFieldData(array);
-        for (const vtu::TextArray& array : document_.textArrays)
+        for (const reader::TextArray& array : document_.textArrays)
             drop(array.element.nameAttribute(), array.section, 1, "an array of texts");
     }
 
@@ -63,8 +63,8 @@ private:
         }
         std::set<std::string> vectors;
         if (!document_.pieces.empty()) {
-            const vtu::Piece& piece = document_.pieces.front();
-            for (const vtu::Array& array : isNodal ? piece.pointData : piece.cellData) {
+            const reader::Piece& piece = document_.pieces.front();
+            for (const reader::Array& array : isNodal ? piece.pointData : piece.cellData) {
                 addArray(array, writtenArrays);
                 if (array.componentCount == vectorLength)
                     vectors.insert(array.name);
@@ -80,9 +80,9 @@ private:
                      array.name, inWords(location), file_, 1, vectorLength});
     }
 
-    void addArray(const vtu::Array& array, const std::set<std::pair<std::string, std::size_t>>& written) {
+    void addArray(const reader::Array& array, const std::set<std::pair<std::string, std::size_t>>& written) {
         const std::uint64_t count = array.componentCount.value_or(0);
-        const std::vector<std::string> names = vtu::variableNames(array);
+        const std::vector<std::string> names = reader::variableNames(array);
         const auto isJoined = [&](const std::string& name) { return joinedVariables_.contains(name); };
         const bool isWritten = std::all_of(names.begin(), names.end(), [&](const std::string& name) {
             return written.contains({name, 1}) || isJoined(name);
@@ -100,10 +100,10 @@ private:
         addComponentNames(array);
     }
 
-    void addComponentNames(const vtu::Array& array) {
-        const auto count =
-            std::count_if(array.element.attributes.begin(), array.element.attributes.end(),
-                          [](const vtu::Attribute& attribute) { return attribute.name.starts_with("ComponentName"); });
+    void addComponentNames(const reader::Array& array) {
+        const auto count = std::count_if(
+            array.element.attributes.begin(), array.element.attributes.end(),
+            [](const reader::Attribute& attribute) { return attribute.name.starts_with("ComponentName"); });
         if (count > 0)
             losses_.add({"dropped",
                          fmt::format("The names of components of the array \"{}\" ({}) of \"{}\" are left out: {}.",
@@ -119,7 +119,7 @@ private:
 
     /// What tags say of arrays and nothing reads.
     void addRemarks() {
-        for (const vtu::Remark& remark : document_.remarks)
+        for (const reader::Remark& remark : document_.remarks)
             losses_.add({"dropped",
                          fmt::format("That the array \"{}\" ({}) of \"{}\" has {} is left out.", remark.array,
                                      locationWord(remark.section), file_, remark.what),
@@ -133,8 +133,8 @@ private:
     }
 
     void addSurplusComponents() {
-        for (const vtu::PiecewiseArray& array : vtu::piecewiseArrays(document_))
-            for (const vtu::Array* part : array.parts) {
+        for (const reader::PiecewiseArray& array : reader::piecewiseArrays(document_))
+            for (const reader::Array* part : array.parts) {
                 const std::uint64_t kept = array.first().componentCount.value_or(0);
                 const std::uint64_t count = part->componentCount.value_or(0);
                 if (count > kept && part->tupleCount > 0 && !array.isConnectivity())
@@ -144,13 +144,13 @@ private:
     }
 
     /// Whether the array is written, as field data of the zone; a member of a collection may have others of its own.
-    bool isWritten(const vtu::Array& array, const FieldValue& value) {
+    bool isWritten(const reader::Array& array, const FieldValue& value) {
         const auto found = zone_.auxiliaryData.find(array.name);
         return holdsFieldData(format_) && found != zone_.auxiliaryData.end() && found->second == value.text &&
                isFieldOf(zone_, array.name, value.text) && keptFields_.insert(array.name).second;
     }
 
-    void addFieldData(const vtu::Array& array) {
+    void addFieldData(const reader::Array& array) {
         const std::optional<FieldValue> value = onlyValue(document_, array);
         const bool isTime =
             value && format_ == FileFormat::cgns && isTimeName(array.name) && value->number == zone_.solutionTime;
@@ -158,7 +158,7 @@ private:
             drop(array.name, array.section, array.tupleCount * array.componentCount.value_or(0), "field data");
     }
 
-    void drop(const std::string& name, vtu::Section section, std::uint64_t count, const char* what) {
+    void drop(const std::string& name, reader::Section section, std::uint64_t count, const char* what) {
         losses_.add(
             {"dropped",
              fmt::format("The array \"{}\" ({}) of \"{}\" is left out: {}.", name, locationWord(section), file_, what),
@@ -186,7 +186,7 @@ private:
 void addCollections(const Dataset& dataset, const std::vector<fs::path>& inputs, FileFormat format, Losses& losses) {
     std::size_t zoneIndex = 0;
     for (const fs::path& input : inputs) {
-        const Document document = vtu::readDocument(input, pollInterrupt);
+        const Document document = reader::readDocument(input, pollInterrupt);
         const std::size_t zoneCount = zoneFiles({input}, 0).files.size();
         if (document.isCollection() && zoneCount > 0)
             ZoneLosses{dataset, dataset.zones[zoneIndex], document, format, losses}.addFields();
@@ -249,7 +249,7 @@ bool areNodesNarrow(const Dataset& dataset) {
 
 Losses conversionLosses(const Dataset& dataset, const std::vector<fs::path>& inputs, FileFormat format) {
     const bool usesNodes = format != FileFormat::csv && areNodesNarrow(dataset);
-    const auto isUsed = [](const vtu::Array&) { return true; };
+    const auto isUsed = [](const reader::Array&) { return true; };
     Losses losses = narrowingLosses(inputs, {isUsed, usesNodes, isUsed});
     const auto [files, collections, areKnown] = zoneFiles(inputs, dataset.zones.size());
     if (areKnown)
@@ -257,7 +257,7 @@ Losses conversionLosses(const Dataset& dataset, const std::vector<fs::path>& inp
     else
         losses.add({"changed", "What is lost cannot be told: it is not known which zone comes from which file."});
     for (std::size_t index = 0; areKnown && index < files.size(); ++index) {
-        const Document document = vtu::readDocument(files[index], pollInterrupt);
+        const Document document = reader::readDocument(files[index], pollInterrupt);
         if (!document.malformation) // else it is among the losses itself
             ZoneLosses{dataset, dataset.zones[index], document, format, losses}.add();
     }
@@ -271,4 +271,4 @@ Losses conversionLosses(const Dataset& dataset, const std::vector<fs::path>& inp
     return losses;
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,10 +1,10 @@
-#include "krohost/write/csv.h"
+#include "krohost/convert/csv.h"
 
-#include "krohost/itemType.h"
+#include "krohost/convert/Loaded.h"
+#include "krohost/convert/OutputFile.h"
+#include "krohost/convert/WriteError.h"
+#include "krohost/host/model/itemType.h"
 #include "krohost/text/printable.h"
-#include "krohost/write/Loaded.h"
-#include "krohost/write/OutputFile.h"
-#include "krohost/write/WriteError.h"
 
 #include <fmt/format.h>
 
@@ -14,7 +14,7 @@
 #include <string_view>
 #include <vector>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
@@ -136,4 +136,4 @@ void writeCsv(Host& host, const std::filesystem::path& path, bool isReplacing, O
         outputs.removeOld(cellPath);
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

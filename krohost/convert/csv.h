@@ -1,13 +1,13 @@
 #pragma once
 
-#include "krohost/Host.h"
-#include "krohost/write/Loss.h"
-#include "krohost/write/Outputs.h"
+#include "krohost/convert/Loss.h"
+#include "krohost/convert/Outputs.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <filesystem>
 #include <string>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// Writes the nodal variables of all zones as a table and, when there are any, those at cells as another one whose name
 /// ends in "-cells": a row per node or cell, columns "zone", "node" or "cell" (both from 1) and the variables. A
@@ -23,4 +23,4 @@ std::string csvText(const std::string& text);
 /// Adds a loss for each of the names that csvText changes.
 void addCsvRenamings(const std::vector<std::string>& names, Losses& losses);
 
-} // namespace krohost::write
+} // namespace krohost::convert

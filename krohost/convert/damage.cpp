@@ -1,14 +1,14 @@
-#include "krohost/write/damage.h"
+#include "krohost/convert/damage.h"
 
-#include "krohost/vtu/decode.h"
-#include "krohost/vtu/pieceArrays.h"
+#include "krohost/reader/decode.h"
+#include "krohost/reader/pieceArrays.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <optional>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
@@ -17,14 +17,14 @@ constexpr const char* damaged = "damaged";
 /// Arrays that share their data are decoded once.
 class Verifier {
 public:
-    Verifier(const vtu::Document& document, Losses& losses) : document_{document}, losses_{losses} {}
+    Verifier(const reader::Document& document, Losses& losses) : document_{document}, losses_{losses} {}
 
-    void verify(const vtu::Array& array) {
-        const std::uint64_t needed = vtu::neededValueCount(array).value_or(UINT64_MAX);
+    void verify(const reader::Array& array) {
+        const std::uint64_t needed = reader::neededValueCount(array).value_or(UINT64_MAX);
         if (!array.type || needed == 0)
             return;
-        const std::optional<vtu::Fault> fault = firstFault(array);
-        if (!fault || fault->valueByte / vtu::byteCount(*array.type) >= needed)
+        const std::optional<reader::Fault> fault = firstFault(array);
+        if (!fault || fault->valueByte / reader::byteCount(*array.type) >= needed)
             return;
         const std::string location = locationWord(array.section), file = document_.path.string();
         losses_.add({.what = damaged,
@@ -36,31 +36,33 @@ public:
     }
 
 private:
-    std::optional<vtu::Fault> firstFault(const vtu::Array& array) {
-        return firstFaults_.get(array, [&]() -> std::optional<vtu::Fault> {
-            const vtu::Decoded decoded = vtu::decode(
+    std::optional<reader::Fault> firstFault(const reader::Array& array) {
+        return firstFaults_.get(array, [&]() -> std::optional<reader::Fault> {
+            const reader::Decoded decoded = reader::decode(
                 document_, array, [](auto) {}, pollInterrupt);
             return decoded.faults.empty() ? std::nullopt : std::optional{decoded.faults.front()};
         });
     }
 
-    const vtu::Document& document_;
+    const reader::Document& document_;
     Losses& losses_;
-    vtu::Shared<std::optional<vtu::Fault>> firstFaults_;
+    reader::Shared<std::optional<reader::Fault>> firstFaults_;
 };
 
 } // namespace
 
-void addDamage(const vtu::Document& document, const std::function<bool(const vtu::Array&)>& isUsed, Losses& losses) {
-    if (document.compressor == vtu::Compressor::none)
+void addDamage(const reader::Document& document, const std::function<bool(const reader::Array&)>& isUsed,
+               Losses& losses) {
+    if (document.compressor == reader::Compressor::none)
         return; // header words are held against the file when it is loaded
     Verifier verifier{document, losses};
-    for (const vtu::PiecewiseArray& array : vtu::piecewiseArrays(document))
+    for (const reader::PiecewiseArray& array : reader::piecewiseArrays(document))
         if (!array.isConnectivity() && isUsed(array.first()))
-            for (const vtu::Array* part : array.parts)
+            for (const reader::Array* part : array.parts)
                 verifier.verify(*part);
-    for (const vtu::Array* array : document.arrays()) {
-        const bool isOfVariable = array->section != vtu::Section::cells && array->section != vtu::Section::fieldData;
+    for (const reader::Array* array : document.arrays()) {
+        const bool isOfVariable =
+            array->section != reader::Section::cells && array->section != reader::Section::fieldData;
         if (!isOfVariable && isUsed(*array))
             verifier.verify(*array);
     }
@@ -72,4 +74,4 @@ const Loss* firstDamage(const Losses& losses) {
     return found == losses.list().end() ? nullptr : &*found;
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,8 +1,8 @@
-#include "krohost/write/documentValues.h"
+#include "krohost/convert/documentValues.h"
 
+#include "krohost/convert/Loss.h"
+#include "krohost/convert/WriteError.h"
 #include "krohost/text/letterCase.h"
-#include "krohost/write/Loss.h"
-#include "krohost/write/WriteError.h"
 
 #include <fmt/format.h>
 
@@ -14,27 +14,27 @@
 #include <tuple>
 #include <utility>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
-const vtu::Array& cellArray(const vtu::Document& document, const vtu::Piece& piece, const char* name) {
-    const vtu::Array* array = piece.cellArray(name);
+const reader::Array& cellArray(const reader::Document& document, const reader::Piece& piece, const char* name) {
+    const reader::Array* array = piece.cellArray(name);
     if (!array)
         throw WriteError(fmt::format("The file \"{}\" has a piece without \"{}\".", document.path.string(), name));
-    if (array->type && vtu::isFloatingPoint(*array->type))
+    if (array->type && reader::isFloatingPoint(*array->type))
         throw WriteError("The cells of the file are not given by integers.");
     return *array;
 }
 
-[[noreturn]] void failToRead(const vtu::Document& document, const std::string& name, const vtu::Fault& fault) {
+[[noreturn]] void failToRead(const reader::Document& document, const std::string& name, const reader::Fault& fault) {
     throw WriteError(
         fmt::format("The file \"{}\" cannot be read: array \"{}\", {}", document.path.string(), name, fault.message()));
 }
 
 } // namespace
 
-std::pair<int, int> knownVersion(const vtu::Document& document) {
+std::pair<int, int> knownVersion(const reader::Document& document) {
     const auto require = [&](bool isKnown, const char* attribute) {
         if (!isKnown)
             throw WriteError(fmt::format("The file \"{}\" cannot be repaired: its {} \"{}\" is unknown",
@@ -51,10 +51,11 @@ std::pair<int, int> knownVersion(const vtu::Document& document) {
     return numbers;
 }
 
-void produceValues(const vtu::Document& document, const vtu::Array& array, std::uint64_t valueCount, const Sink& sink) {
-    const std::size_t valueByteCount = vtu::byteCount(*array.type);
+void produceValues(const reader::Document& document, const reader::Array& array, std::uint64_t valueCount,
+                   const Sink& sink) {
+    const std::size_t valueByteCount = reader::byteCount(*array.type);
     const auto block = std::make_unique_for_overwrite<std::array<std::byte, 65536>>();
-    vtu::ArrayReader reader{document, array, pollInterrupt};
+    reader::ArrayReader reader{document, array, pollInterrupt};
     std::uint64_t left = valueCount;
     while (left > 0) {
         const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(left, block->size() / valueByteCount));
@@ -65,7 +66,7 @@ void produceValues(const vtu::Document& document, const vtu::Array& array, std::
         left -= count / valueByteCount;
     }
     reader.read(std::span{*block}.first(valueByteCount)); // shows what is wrong with the last block
-    for (const vtu::Fault& fault : reader.decoded().faults)
+    for (const reader::Fault& fault : reader.decoded().faults)
         if (left > 0 || fault.valueByte / valueByteCount < valueCount)
             failToRead(document, array.name, fault);
     if (left > 0)
@@ -73,12 +74,12 @@ void produceValues(const vtu::Document& document, const vtu::Array& array, std::
                                      document.path.string(), array.name, valueCount - left, valueCount));
 }
 
-std::uint64_t heldTupleCount(const vtu::Document& document, const vtu::Array& array, std::uint64_t limit) {
+std::uint64_t heldTupleCount(const reader::Document& document, const reader::Array& array, std::uint64_t limit) {
     const std::uint64_t componentCount = array.componentCount.value_or(0);
-    if (!array.type || componentCount == 0 || componentCount > vtu::componentLimit || array.declaredTupleCount == 0u)
+    if (!array.type || componentCount == 0 || componentCount > reader::componentLimit || array.declaredTupleCount == 0u)
         return 0;
-    const std::uint64_t tupleByteCount = componentCount * vtu::byteCount(*array.type);
-    vtu::ArrayReader reader{document, array, pollInterrupt};
+    const std::uint64_t tupleByteCount = componentCount * reader::byteCount(*array.type);
+    reader::ArrayReader reader{document, array, pollInterrupt};
     std::array<std::byte, 8192> block;
     std::uint64_t byteCount = 0;
     while (const std::size_t count = reader.read(block)) {
@@ -91,7 +92,7 @@ std::uint64_t heldTupleCount(const vtu::Document& document, const vtu::Array& ar
     return isSound && tupleCount >= array.declaredTupleCount.value_or(0) ? tupleCount : 0;
 }
 
-CellReader::CellReader(const vtu::Document& document, const vtu::Piece& piece)
+CellReader::CellReader(const reader::Document& document, const reader::Piece& piece)
     : document_{document}, cellCount_{piece.cellCount.value_or(0)}, leftCount_{cellCount_} {
     if (cellCount_ == 0)
         return;
@@ -99,8 +100,8 @@ CellReader::CellReader(const vtu::Document& document, const vtu::Piece& piece)
     offsets_.emplace(document, cellArray(document, piece, "offsets"), pollInterrupt);
 }
 
-void CellReader::requireSound(const vtu::IntegerReader& reader, const char* name) const {
-    for (const vtu::Fault& fault : reader.decoded().faults)
+void CellReader::requireSound(const reader::IntegerReader& reader, const char* name) const {
+    for (const reader::Fault& fault : reader.decoded().faults)
         if (fault.valueByte / reader.valueByteCount() < cellCount_)
             failToRead(document_, name, fault);
 }
@@ -123,7 +124,7 @@ std::optional<Cell> CellReader::next() {
     return Cell{static_cast<std::uint8_t>(*type), static_cast<std::uint64_t>(*offset - previous)};
 }
 
-NodeReader::NodeReader(const vtu::Document& document, const vtu::Piece& piece)
+NodeReader::NodeReader(const reader::Document& document, const reader::Piece& piece)
     : document_{document}, nodes_{document, cellArray(document, piece, "connectivity"), pollInterrupt} {}
 
 std::uint64_t NodeReader::next() {
@@ -136,4 +137,4 @@ std::uint64_t NodeReader::next() {
     return static_cast<std::uint64_t>(*node);
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

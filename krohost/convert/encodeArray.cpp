@@ -1,8 +1,8 @@
-#include "krohost/write/encodeArray.h"
+#include "krohost/convert/encodeArray.h"
 
-#include "krohost/vtu/values.h"
-#include "krohost/write/WriteError.h"
-#include "krohost/write/blocks.h"
+#include "krohost/convert/WriteError.h"
+#include "krohost/convert/blocks.h"
+#include "krohost/reader/values.h"
 
 #include <fmt/format.h>
 #include <libdeflate.h>
@@ -14,7 +14,7 @@
 #include <memory>
 #include <vector>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 static_assert(std::endian::native == std::endian::little);
 
@@ -103,7 +103,7 @@ public:
 
     void write(Bytes values) override {
         fmt::memory_buffer text;
-        vtu::forEachValue(type_, values, [&](auto value) {
+        reader::forEachValue(type_, values, [&](auto value) {
             fmt::format_to(std::back_inserter(text), "{}{}", +value, ++count_ % perLine_ == 0 ? '\n' : ' ');
         });
         file_.write({text.data(), text.size()});
@@ -179,7 +179,7 @@ private:
 };
 
 std::unique_ptr<Encoder> makeEncoder(OutputFile& file, const Encoding& encoding, const Array& array) {
-    const std::uint64_t byteCount = array.valueCount() * vtu::byteCount(array.type);
+    const std::uint64_t byteCount = array.valueCount() * reader::byteCount(array.type);
     if (encoding.format == Format::ascii)
         return std::make_unique<AsciiEncoder>(file, array.type, array.componentCount);
     if (encoding.isCompressed)
@@ -191,7 +191,7 @@ std::unique_ptr<Encoder> makeEncoder(OutputFile& file, const Encoding& encoding,
 
 void encodeArray(OutputFile& file, const Encoding& encoding, const Array& array) {
     const std::unique_ptr<Encoder> encoder = makeEncoder(file, encoding, array);
-    const std::size_t itemByteCount = vtu::byteCount(array.type);
+    const std::size_t itemByteCount = reader::byteCount(array.type);
     const bool isReversed = encoding.isBigEndian && encoding.format != Format::ascii && itemByteCount > 1;
     const Array values{array.name, array.type, 1, array.valueCount(), array.produce}; // a block may cut a tuple
     produceInBlocks(values, blockByteCount / itemByteCount, [&](std::span<std::byte> block) {
@@ -202,4 +202,4 @@ void encodeArray(OutputFile& file, const Encoding& encoding, const Array& array)
     encoder->finish();
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,10 +1,10 @@
-#include "krohost/write/fieldData.h"
+#include "krohost/convert/fieldData.h"
 
+#include "krohost/convert/Loss.h"
+#include "krohost/convert/zoneFiles.h"
+#include "krohost/reader/decode.h"
+#include "krohost/reader/values.h"
 #include "krohost/text/letterCase.h"
-#include "krohost/vtu/decode.h"
-#include "krohost/vtu/values.h"
-#include "krohost/write/Loss.h"
-#include "krohost/write/zoneFiles.h"
 
 #include <algorithm>
 #include <charconv>
@@ -12,7 +12,7 @@
 #include <cstring>
 #include <utility>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
@@ -37,15 +37,15 @@ std::optional<Array> arrayOfText(const std::string& name, const std::string& tex
     return std::nullopt;
 }
 
-using Documents = std::vector<const vtu::Document*>;
+using Documents = std::vector<const reader::Document*>;
 
 std::optional<Array> arrayOfFiles(const Documents& documents, const std::string& name, const std::string& text) {
-    for (const vtu::Document* document : documents)
-        for (const vtu::Array& array : document->fieldData)
+    for (const reader::Document* document : documents)
+        for (const reader::Array& array : document->fieldData)
             if (array.name == name)
                 if (const auto value = onlyValue(*document, array); value && value->text == text)
                     return Array{name, value->type, 1, 1, [value = *value](const Sink& sink) {
-                                     sink(std::span{value.bytes}.first(vtu::byteCount(value.type)));
+                                     sink(std::span{value.bytes}.first(reader::byteCount(value.type)));
                                  }};
     return std::nullopt;
 }
@@ -76,17 +76,17 @@ bool isTimeName(const std::string& name) {
     return equalsIgnoringCase(name, "TimeValue") || equalsIgnoringCase(name, "time");
 }
 
-std::optional<FieldValue> onlyValue(const vtu::Document& document, const vtu::Array& array) {
+std::optional<FieldValue> onlyValue(const reader::Document& document, const reader::Array& array) {
     if (!array.type || array.componentCount != 1u || array.tupleCount != 1)
         return std::nullopt;
     FieldValue only{*array.type, {}, {}, 0};
-    vtu::ArrayReader reader{document, array, pollInterrupt};
+    reader::ArrayReader reader{document, array, pollInterrupt};
     std::array<std::byte, 16> bytes; // room for a second value
-    const std::size_t count = reader.read(std::span{bytes}.first(2 * vtu::byteCount(*array.type)));
-    if (count != vtu::byteCount(*array.type) || !reader.decoded().faults.empty())
+    const std::size_t count = reader.read(std::span{bytes}.first(2 * reader::byteCount(*array.type)));
+    if (count != reader::byteCount(*array.type) || !reader.decoded().faults.empty())
         return std::nullopt;
     std::memcpy(only.bytes.data(), bytes.data(), count);
-    vtu::forEachValue(*array.type, std::span{bytes}.first(count), [&only](auto value) {
+    reader::forEachValue(*array.type, std::span{bytes}.first(count), [&only](auto value) {
         std::array<char, 32> text;
         only.text.assign(text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr);
         only.number = static_cast<double>(value);
@@ -101,14 +101,14 @@ bool isFieldOf(const Zone& zone, const std::string& name, const std::string& tex
 std::vector<std::vector<Array>> fieldData(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs) {
     std::vector<std::vector<Array>> arrays;
     const ZoneFiles files = zoneFiles(inputs, dataset.zones.size());
-    vtu::Document document, collection;
+    reader::Document document, collection;
     for (const Zone& zone : dataset.zones) {
         Documents documents;
         if (files.areKnown) {
             const std::size_t index = arrays.size();
-            document = vtu::readDocument(files.files[index], pollInterrupt);
+            document = reader::readDocument(files.files[index], pollInterrupt);
             if (collection.path != files.collections[index])
-                collection = vtu::readDocument(files.collections[index], pollInterrupt);
+                collection = reader::readDocument(files.collections[index], pollInterrupt);
             documents = {&document, &collection};
         }
         arrays.push_back(fieldData(zone, documents));
@@ -116,4 +116,4 @@ std::vector<std::vector<Array>> fieldData(const Dataset& dataset, const std::vec
     return arrays;
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,9 +1,9 @@
 /// Auxiliary texts of zones as field data of files.
 #pragma once
 
-#include "krohost/Dataset.h"
-#include "krohost/vtu/Document.h"
-#include "krohost/write/Grid.h"
+#include "krohost/convert/Grid.h"
+#include "krohost/host/model/Dataset.h"
+#include "krohost/reader/Document.h"
 
 #include <array>
 #include <cstddef>
@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// Whether field data of this name tell a time.
 bool isTimeName(const std::string& name);
@@ -26,7 +26,7 @@ struct FieldValue {
 };
 
 /// Nothing where an array has more values or fewer, or none that can be read. Throws Interrupted.
-std::optional<FieldValue> onlyValue(const vtu::Document& document, const vtu::Array& array);
+std::optional<FieldValue> onlyValue(const reader::Document& document, const reader::Array& array);
 
 /// Whether auxiliary data become field data: not the name of a block and not another time than the zone's. Their text
 /// may still be no number.
@@ -36,4 +36,4 @@ bool isFieldOf(const Zone& zone, const std::string& name, const std::string& tex
 /// among them, as "TimeValue" where no text tells it, unless it is 0 and no text told a finite one. Throws Interrupted.
 std::vector<std::vector<Array>> fieldData(const Dataset& dataset, const std::vector<std::filesystem::path>& inputs);
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,6 +1,6 @@
-#include "krohost/write/cgns.h"
-#include "krohost/write/hdfWriters.h"
-#include "krohost/write/vtkhdf.h"
+#include "krohost/convert/cgns.h"
+#include "krohost/convert/hdfWriters.h"
+#include "krohost/convert/vtkhdf.h"
 
 #include <hdf5.h>
 
@@ -15,4 +15,4 @@ namespace {
 } // namespace
 
 extern "C" __attribute__((visibility("default")))
-const krohost::write::HdfWriters krohostHdfWriters{krohost::write::writeVtkhdf, krohost::write::writeCgns};
+const krohost::convert::HdfWriters krohostHdfWriters{krohost::convert::writeVtkhdf, krohost::convert::writeCgns};

@@ -1,12 +1,12 @@
-#include "krohost/write/hdfWriters.h"
+#include "krohost/convert/hdfWriters.h"
 
-#include "krohost/write/WriteError.h"
+#include "krohost/convert/WriteError.h"
 
 #include <fmt/format.h>
 
 #include <dlfcn.h>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
@@ -28,4 +28,4 @@ const HdfWriters& hdfWriters() {
     return *static_cast<const HdfWriters*>(writers);
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -2,15 +2,15 @@
 /// others along, which would double the time that every start of the tool takes.
 #pragma once
 
-#include "krohost/Host.h"
-#include "krohost/write/Grid.h"
-#include "krohost/write/Loss.h"
-#include "krohost/write/zoneGrid.h"
+#include "krohost/convert/Grid.h"
+#include "krohost/convert/Loss.h"
+#include "krohost/convert/zoneGrid.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <filesystem>
 #include <vector>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 struct HdfWriters {
     /// writeVtkhdf and writeCgns.
@@ -22,4 +22,4 @@ struct HdfWriters {
 /// Loads the module if it is not loaded yet. Throws WriteError when it cannot be.
 const HdfWriters& hdfWriters();
 
-} // namespace krohost::write
+} // namespace krohost::convert

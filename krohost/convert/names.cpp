@@ -1,10 +1,10 @@
-#include "krohost/write/names.h"
+#include "krohost/convert/names.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
@@ -44,4 +44,4 @@ std::string Names::claim(const std::string& wanted) {
     return name;
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "krohost/write/Loss.h"
+#include "krohost/convert/Loss.h"
 
 #include <cstddef>
 #include <map>
 #include <set>
 #include <string>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// Names as a group of a file can have them: of some bytes at most, without slashes and control characters, neither "."
 /// nor "..", each once. What has to be changed is a loss.
@@ -31,4 +31,4 @@ private:
     std::map<std::string, std::size_t> lastNumbers_; // by the name that had to get one
 };
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,13 +1,13 @@
-#include "host/nodeOrder.h"
+#include "krohost/convert/WriteError.h"
+#include "krohost/convert/conversion.h"
+#include "krohost/convert/documentValues.h"
+#include "krohost/convert/hdfWriters.h"
+#include "krohost/convert/requireLoads.h"
+#include "krohost/convert/vtuFile.h"
+#include "krohost/reader/Document.h"
+#include "krohost/reader/cellTypes.h"
 #include "krohost/text/letterCase.h"
-#include "krohost/vtu/Document.h"
-#include "krohost/vtu/cellTypes.h"
-#include "krohost/write/WriteError.h"
-#include "krohost/write/conversion.h"
-#include "krohost/write/documentValues.h"
-#include "krohost/write/hdfWriters.h"
-#include "krohost/write/requireLoads.h"
-#include "krohost/write/vtuFile.h"
+#include "loader/cells/nodeOrder.h"
 
 #include <fmt/format.h>
 
@@ -20,13 +20,13 @@
 #include <system_error>
 #include <utility>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace fs = std::filesystem;
 
 namespace {
 
-using vtu::Document;
+using reader::Document;
 
 /// A file that is removed with the object.
 struct Scratch {
@@ -42,20 +42,21 @@ struct Scratch {
 /// array that depends on them, because a file may hold any number of them.
 class Repair {
 public:
-    explicit Repair(const std::filesystem::path& input) : document_{vtu::readDocument(input, pollInterrupt)} {
+    explicit Repair(const std::filesystem::path& input) : document_{reader::readDocument(input, pollInterrupt)} {
         if (document_.malformation)
             fail(document_.malformation->message);
         if (document_.type != "UnstructuredGrid" || document_.pieces.empty())
             fail("it is not an unstructured grid with pieces");
         isOld_ = knownVersion(document_) < std::pair{2, 1};
-        for (const vtu::Piece& piece : document_.pieces) {
+        for (const reader::Piece& piece : document_.pieces) {
             requireCounts(piece);
             countCells(piece);
             if (piece.points.size() != 1)
                 fail("a piece has no or several arrays of points");
         }
         for (std::size_t type = 0; type < cellCounts_.size(); ++type)
-            if (const vtu::CellType* known = vtu::findCellType(static_cast<int>(type)); known && cellCounts_[type] > 0)
+            if (const reader::CellType* known = reader::findCellType(static_cast<int>(type));
+                known && cellCounts_[type] > 0)
                 dimension_ = std::max(dimension_, known->dimension);
         for (std::size_t type = 0; type < cellCounts_.size(); ++type)
             if (keeps(static_cast<std::uint8_t>(type))) {
@@ -73,7 +74,7 @@ public:
             losses.add({"dropped", std::move(message), {}, location, document_.path.string(), 1, count});
         };
         for (std::size_t type = 0; type < cellCounts_.size(); ++type) {
-            const vtu::CellType* known = vtu::findCellType(static_cast<int>(type));
+            const reader::CellType* known = reader::findCellType(static_cast<int>(type));
             const std::uint64_t count = keeps(static_cast<std::uint8_t>(type)) ? 0 : cellCounts_[type];
             if (count > 0 && known)
                 add(count, "cells",
@@ -103,17 +104,17 @@ public:
 
     Grid grid() const {
         Grid grid;
-        const vtu::Piece& first = document_.pieces.front();
+        const reader::Piece& first = document_.pieces.front();
         grid.name = zoneName();
         grid.pointCount = pointCount_;
         grid.cellCount = keptCellCount_;
-        grid.points = pointArray(&vtu::Piece::points, 0);
+        grid.points = pointArray(&reader::Piece::points, 0);
         grid.points.name = "Points";
         for (std::size_t index = 0; index < first.pointData.size(); ++index)
-            grid.pointData.push_back(pointArray(&vtu::Piece::pointData, index));
+            grid.pointData.push_back(pointArray(&reader::Piece::pointData, index));
         for (std::size_t index = 0; index < first.cellData.size(); ++index)
             grid.cellData.push_back(cellArray(index));
-        for (const vtu::Array& field : keptFields_)
+        for (const reader::Array& field : keptFields_)
             grid.fieldData.push_back(fieldArray(field));
         grid.connectivity = {"connectivity", ElementType::Int64, 1, keptNodeCount_,
                              [this](const Sink& sink) { produceConnectivity(sink); }};
@@ -124,10 +125,10 @@ public:
     }
 
 private:
-    using Arrays = std::vector<vtu::Array> vtu::Piece::*;
+    using Arrays = std::vector<reader::Array> reader::Piece::*;
 
     void addArraysLeftOut(Losses& losses) const {
-        const auto add = [&](const std::string& name, vtu::Section section, const char* what) {
+        const auto add = [&](const std::string& name, reader::Section section, const char* what) {
             losses.add({.what = "dropped",
                         .message = fmt::format("Left out: {} \"{}\" ({}).", what, name, locationWord(section)),
                         .array = name,
@@ -135,17 +136,17 @@ private:
                         .file = document_.path.string(),
                         .kind = what});
         };
-        for (const vtu::TextArray& array : document_.textArrays)
+        for (const reader::TextArray& array : document_.textArrays)
             add(array.element.nameAttribute(), array.section, "the array of texts");
-        for (const vtu::Remark& remark : document_.remarks)
+        for (const reader::Remark& remark : document_.remarks)
             add(remark.array, remark.section, (remark.what + " of the array").c_str());
-        for (const vtu::Piece& piece : document_.pieces)
-            for (const vtu::Array& array : piece.cells)
+        for (const reader::Piece& piece : document_.pieces)
+            for (const reader::Array& array : piece.cells)
                 if (!isOneOf(array.name, {"connectivity", "offsets", "types"}))
                     add(array.name, array.section, "the array");
-        for (const Arrays list : {&vtu::Piece::pointData, &vtu::Piece::cellData})
-            for (const vtu::Array& array : document_.pieces.front().*list)
-                if (std::ranges::any_of(array.element.attributes, [](const vtu::Attribute& attribute) {
+        for (const Arrays list : {&reader::Piece::pointData, &reader::Piece::cellData})
+            for (const reader::Array& array : document_.pieces.front().*list)
+                if (std::ranges::any_of(array.element.attributes, [](const reader::Attribute& attribute) {
                         return attribute.name.starts_with("ComponentName");
                     }))
                     add(array.name, array.section, "the names of components of the array");
@@ -160,12 +161,12 @@ private:
     }
 
     bool keeps(std::uint8_t type) const {
-        const vtu::CellType* known = vtu::findCellType(type);
+        const reader::CellType* known = reader::findCellType(type);
         return known && (known->dimension == 0 || known->dimension == dimension_);
     }
 
     /// The host counts in signed 64 bits.
-    void requireCounts(const vtu::Piece& piece) {
+    void requireCounts(const reader::Piece& piece) {
         constexpr std::uint64_t most = std::numeric_limits<std::int64_t>::max();
         if (!piece.pointCount || !piece.cellCount)
             fail("the number of points or cells of a piece is not a whole number");
@@ -175,7 +176,7 @@ private:
         cellCount_ += *piece.cellCount;
     }
 
-    void countCells(const vtu::Piece& piece) {
+    void countCells(const reader::Piece& piece) {
         std::uint64_t nodeCount = 0;
         CellReader cells{document_, piece};
         while (const auto cell = cells.next()) {
@@ -187,21 +188,21 @@ private:
             requireNodes(piece, nodeCount);
     }
 
-    void requireNodes(const vtu::Piece& piece, std::uint64_t nodeCount) const {
-        const vtu::Array* connectivity = piece.cellArray("connectivity");
+    void requireNodes(const reader::Piece& piece, std::uint64_t nodeCount) const {
+        const reader::Array* connectivity = piece.cellArray("connectivity");
         if (!connectivity || !connectivity->type)
             fail("a piece has cells without connectivity");
         produceValues(document_, *connectivity, nodeCount, [](std::span<const std::byte>) {});
     }
 
     /// The array at a place of a list in every piece, all of one name and type.
-    std::vector<const vtu::Array*> ofPieces(Arrays list, std::size_t index) const {
-        const vtu::Array& first = (document_.pieces.front().*list)[index];
+    std::vector<const reader::Array*> ofPieces(Arrays list, std::size_t index) const {
+        const reader::Array& first = (document_.pieces.front().*list)[index];
         requireComponents(first);
-        std::vector<const vtu::Array*> arrays;
-        for (const vtu::Piece& piece : document_.pieces) {
+        std::vector<const reader::Array*> arrays;
+        for (const reader::Piece& piece : document_.pieces) {
             const bool has = index < (piece.*list).size();
-            const vtu::Array* array = has ? &(piece.*list)[index] : nullptr;
+            const reader::Array* array = has ? &(piece.*list)[index] : nullptr;
             if ((piece.*list).size() != (document_.pieces.front().*list).size() || array->name != first.name ||
                 array->type != first.type || array->componentCount != first.componentCount)
                 fail(fmt::format("its pieces do not agree on the array \"{}\"", first.name));
@@ -211,30 +212,30 @@ private:
         return arrays;
     }
 
-    void requireComponents(const vtu::Array& array) const {
+    void requireComponents(const reader::Array& array) const {
         if (!array.type)
             fail(fmt::format("the array \"{}\" has no known type", array.name));
-        if (array.componentCount.value_or(0) == 0 || *array.componentCount > vtu::componentLimit)
+        if (array.componentCount.value_or(0) == 0 || *array.componentCount > reader::componentLimit)
             fail(fmt::format("the number of components of the array \"{}\" is none from 1 to {}", array.name,
-                             vtu::componentLimit));
+                             reader::componentLimit));
     }
 
-    Array arrayLike(const vtu::Array& first, std::uint64_t tupleCount) const {
+    Array arrayLike(const reader::Array& first, std::uint64_t tupleCount) const {
         std::uint64_t byteCount = 0;
-        if (__builtin_mul_overflow(tupleCount, *first.componentCount * vtu::byteCount(*first.type), &byteCount))
+        if (__builtin_mul_overflow(tupleCount, *first.componentCount * reader::byteCount(*first.type), &byteCount))
             fail(fmt::format("the array \"{}\" has more values than any file holds", first.name));
         return {first.name, *first.type, *first.componentCount, tupleCount, {}};
     }
 
     /// All values of an array whose number of components is known.
-    void produceAll(const vtu::Array& array, const Sink& sink) const {
+    void produceAll(const reader::Array& array, const Sink& sink) const {
         const std::uint64_t valueCount = arrayLike(array, array.tupleCount).valueCount();
         if (valueCount > 0)
             produceValues(document_, array, valueCount, sink);
     }
 
     /// Writers believe what an array announces, so that it is read beforehand.
-    void requireValues(const vtu::Array& array) const {
+    void requireValues(const reader::Array& array) const {
         produceAll(array, [](std::span<const std::byte>) {});
     }
 
@@ -242,14 +243,14 @@ private:
         const auto arrays = ofPieces(list, index);
         Array array = arrayLike(*arrays.front(), pointCount_);
         array.produce = [this, arrays](const Sink& sink) {
-            for (const vtu::Array* piece : arrays)
+            for (const reader::Array* piece : arrays)
                 produceAll(*piece, sink);
         };
         return array;
     }
 
     Array cellArray(std::size_t index) const {
-        const auto arrays = ofPieces(&vtu::Piece::cellData, index);
+        const auto arrays = ofPieces(&reader::Piece::cellData, index);
         Array array = arrayLike(*arrays.front(), keptCellCount_);
         array.produce = [this, arrays](const Sink& sink) {
             for (std::size_t pieceIndex = 0; pieceIndex < arrays.size(); ++pieceIndex)
@@ -258,8 +259,8 @@ private:
         return array;
     }
 
-    void produceOfKeptCells(const vtu::Piece& piece, const vtu::Array& array, const Sink& sink) const {
-        const std::size_t valueByteCount = vtu::byteCount(*array.type);
+    void produceOfKeptCells(const reader::Piece& piece, const reader::Array& array, const Sink& sink) const {
+        const std::size_t valueByteCount = reader::byteCount(*array.type);
         CellReader cells{document_, piece};
         bool isKept = false;
         std::uint64_t component = 0; // of the next value
@@ -279,7 +280,7 @@ private:
     /// Nothing in field data keeps a file from being loaded.
     void dropFieldData() {
         constexpr std::uint64_t tupleLimit = 1000;
-        for (const vtu::Array& field : document_.fieldData) {
+        for (const reader::Array& field : document_.fieldData) {
             const std::uint64_t tupleCount = heldTupleCount(document_, field, tupleLimit);
             if (tupleCount == 0)
                 droppedFields_.emplace_back(field.name, "cannot be read or is empty");
@@ -290,7 +291,7 @@ private:
         }
     }
 
-    Array fieldArray(const vtu::Array& field) const {
+    Array fieldArray(const reader::Array& field) const {
         Array array = arrayLike(field, field.tupleCount);
         array.produce = [this, &field](const Sink& sink) { produceAll(field, sink); };
         return array;
@@ -298,7 +299,7 @@ private:
 
     void produceConnectivity(const Sink& sink) const {
         std::uint64_t shift = 0;
-        for (const vtu::Piece& piece : document_.pieces) {
+        for (const reader::Piece& piece : document_.pieces) {
             if (*piece.cellCount > 0) {
                 CellReader cells{document_, piece};
                 NodeReader nodes{document_, piece};
@@ -335,7 +336,7 @@ private:
 
     template <class Use>
     void forEachKeptCell(const Use& use) const {
-        for (const vtu::Piece& piece : document_.pieces) {
+        for (const reader::Piece& piece : document_.pieces) {
             CellReader cells{document_, piece};
             while (const auto cell = cells.next())
                 if (keeps(cell->type))
@@ -361,7 +362,7 @@ private:
     std::uint64_t keptCellCount_ = 0, keptNodeCount_ = 0;
     int dimension_ = 0;
     bool isOld_ = false;                                             // of a version before 2.1
-    std::vector<vtu::Array> keptFields_;                             // with the number of tuples that they hold
+    std::vector<reader::Array> keptFields_;                          // with the number of tuples that they hold
     std::vector<std::pair<std::string, std::string>> droppedFields_; // names, and why
 };
 
@@ -388,4 +389,4 @@ Conversion repairFile(Host& host, const std::filesystem::path& input, const Requ
     return {outputs.publish(), 1, losses, repair.losesCells()};
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,10 +1,10 @@
-#include "krohost/write/requireLoads.h"
+#include "krohost/convert/requireLoads.h"
 
-#include "krohost/write/WriteError.h"
+#include "krohost/convert/WriteError.h"
 
 #include <algorithm>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 void requireLoads(Host& host, const std::filesystem::path& path) {
     bool isLoaded = host.loadFiles({path.string()});
@@ -19,4 +19,4 @@ void requireLoads(Host& host, const std::filesystem::path& path) {
         throw WriteError("Nothing was written, because the repaired file would not load either.");
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

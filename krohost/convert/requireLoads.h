@@ -1,13 +1,13 @@
 #pragma once
 
-#include "krohost/Host.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <filesystem>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// Loads a file that is about to get its name, with everything in it. Throws WriteError where the add-on refuses any of
 /// it, and Interrupted.
 void requireLoads(Host& host, const std::filesystem::path& path);
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,8 +1,8 @@
-#include "krohost/write/vtkCells.h"
+#include "krohost/convert/vtkCells.h"
 
-#include "host/nodeOrder.h"
-#include "krohost/write/Loaded.h"
-#include "krohost/write/WriteError.h"
+#include "krohost/convert/Loaded.h"
+#include "krohost/convert/WriteError.h"
+#include "loader/cells/nodeOrder.h"
 
 #include <fmt/format.h>
 
@@ -10,7 +10,7 @@
 #include <array>
 #include <numeric>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
@@ -127,4 +127,4 @@ std::vector<SectionCells> sectionCells(Host& host, const Zone& zone, const CellO
     return result;
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

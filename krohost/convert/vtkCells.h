@@ -1,14 +1,14 @@
 /// Sections of the host as cells of the VTK file formats.
 #pragma once
 
-#include "krohost/Dataset.h"
-#include "krohost/Host.h"
-#include "krohost/write/cellOrder.h"
+#include "krohost/convert/cellOrder.h"
+#include "krohost/host/model/Dataset.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <cstdint>
 #include <vector>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// How the cells of one section are written.
 struct SectionCells {
@@ -30,4 +30,4 @@ bool isTypeOf(const Section& section, std::uint8_t type);
 /// counterpart.
 std::vector<SectionCells> sectionCells(Host& host, const Zone& zone, const CellOrder& order);
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,8 +1,8 @@
-#include "krohost/write/vtkhdf.h"
+#include "krohost/convert/vtkhdf.h"
 
-#include "krohost/write/WriteError.h"
-#include "krohost/write/blocks.h"
-#include "krohost/write/names.h"
+#include "krohost/convert/WriteError.h"
+#include "krohost/convert/blocks.h"
+#include "krohost/convert/names.h"
 
 #include <fmt/format.h>
 #include <hdf5.h>
@@ -13,7 +13,7 @@
 #include <string>
 #include <utility>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
@@ -22,7 +22,8 @@ constexpr std::size_t blockByteLimit = 1 << 20;
 /// Tuples that are written, and deflated, together.
 std::size_t blockTupleCount(const Array& array) {
     constexpr std::size_t tupleLimit = 1 << 14;
-    return std::clamp<std::size_t>(blockByteLimit / vtu::byteCount(array.type) / array.componentCount, 1, tupleLimit);
+    return std::clamp<std::size_t>(blockByteLimit / reader::byteCount(array.type) / array.componentCount, 1,
+                                   tupleLimit);
 }
 
 /// An open object of the library, closed at the end. Throws FileError for one that could not be made.
@@ -75,7 +76,7 @@ public:
 
     void append(const Array& array) {
         produceInBlocks(array, blockTupleCount(array), [&](std::span<std::byte> block) {
-            const hsize_t tupleByteCount = array.componentCount * vtu::byteCount(array.type);
+            const hsize_t tupleByteCount = array.componentCount * reader::byteCount(array.type);
             const std::array<hsize_t, 2> begin{writtenCount_, 0}, count{block.size() / tupleByteCount, sizes_[1]};
             const Handle memory{H5Screate_simple(rank_, count.data(), nullptr), H5Sclose, name_};
             require(H5Sselect_hyperslab(space_, H5S_SELECT_SET, begin.data(), nullptr, count.data(), nullptr), name_);
@@ -200,4 +201,4 @@ void writeVtkhdf(const std::filesystem::path& path, bool isCompressed, const std
     require(H5Fflush(file, H5F_SCOPE_GLOBAL), path.string());
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

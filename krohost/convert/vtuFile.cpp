@@ -1,12 +1,12 @@
-#include "krohost/write/vtuFile.h"
+#include "krohost/convert/vtuFile.h"
 
+#include "krohost/convert/OutputFile.h"
+#include "krohost/convert/encodeArray.h"
 #include "krohost/text/printable.h"
-#include "krohost/write/OutputFile.h"
-#include "krohost/write/encodeArray.h"
 
 #include <fmt/format.h>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
@@ -77,7 +77,7 @@ private:
 
     void dataArray(const Array& array, bool tellsTupleCount) {
         file_.write(fmt::format("      <DataArray type=\"{}\" Name=\"{}\" NumberOfComponents=\"{}\"{}",
-                                vtu::elementTypeName(array.type), escaped(array.name), array.componentCount,
+                                reader::elementTypeName(array.type), escaped(array.name), array.componentCount,
                                 tellsTupleCount ? fmt::format(" NumberOfTuples=\"{}\"", array.tupleCount) : ""));
         if (encoding_.isAppended()) {
             file_.write(" format=\"appended\" offset=\"");
@@ -153,4 +153,4 @@ void writePvd(const std::filesystem::path& path, const std::vector<CollectionMem
     writeText(path, text + "  </Collection>\n</VTKFile>\n");
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

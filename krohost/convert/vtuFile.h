@@ -1,9 +1,9 @@
 /// VTK XML files: grids and the collections that name them.
 #pragma once
 
-#include "krohost/write/Encoding.h"
-#include "krohost/write/Grid.h"
-#include "krohost/write/Loss.h"
+#include "krohost/convert/Encoding.h"
+#include "krohost/convert/Grid.h"
+#include "krohost/convert/Loss.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// Adds a loss where XML cannot hold all characters of a zone's name; it is written without these.
 void addXmlRenaming(const std::string& name, Losses& losses);
@@ -34,4 +34,4 @@ void writeVtm(const std::filesystem::path& path, const std::vector<CollectionMem
 /// Writes a .pvd file, a time series. Throws FileError.
 void writePvd(const std::filesystem::path& path, const std::vector<CollectionMember>& members);
 
-} // namespace krohost::write
+} // namespace krohost::convert

@@ -1,19 +1,19 @@
-#include "krohost/write/zoneFiles.h"
+#include "krohost/convert/zoneFiles.h"
 
-#include "krohost/vtu/Document.h"
-#include "krohost/write/Loss.h"
+#include "krohost/convert/Loss.h"
+#include "krohost/reader/Document.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace krohost::write {
+namespace krohost::convert {
 
-using vtu::Document;
+using reader::Document;
 
 namespace {
 
 bool isEmpty(const Document& document) {
-    const bool hasNone = std::all_of(document.pieces.begin(), document.pieces.end(), [](const vtu::Piece& piece) {
+    const bool hasNone = std::all_of(document.pieces.begin(), document.pieces.end(), [](const reader::Piece& piece) {
         return piece.pointCount.value_or(0) == 0 && piece.cellCount.value_or(0) == 0;
     });
     return hasNone && !document.malformation;
@@ -25,16 +25,16 @@ ZoneFiles zoneFiles(const std::vector<std::filesystem::path>& inputs, std::size_
     ZoneFiles result;
     bool isWhole = true;
     for (const std::filesystem::path& input : inputs) {
-        const Document document = vtu::readDocument(input, pollInterrupt);
+        const Document document = reader::readDocument(input, pollInterrupt);
         std::vector<std::filesystem::path> candidates{input};
         if (document.mayNameMore())
             isWhole = false;
         else if (document.isCollection())
             candidates.clear();
-        for (const vtu::Member& member : document.members)
+        for (const reader::Member& member : document.members)
             candidates.push_back(member.path);
         for (std::filesystem::path& file : candidates)
-            if (!isEmpty(vtu::readDocument(file, pollInterrupt))) {
+            if (!isEmpty(reader::readDocument(file, pollInterrupt))) {
                 result.files.push_back(std::move(file));
                 result.collections.push_back(input);
             }
@@ -43,4 +43,4 @@ ZoneFiles zoneFiles(const std::vector<std::filesystem::path>& inputs, std::size_
     return result;
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

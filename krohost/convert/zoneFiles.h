@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <vector>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 struct ZoneFiles {
     std::vector<std::filesystem::path> files;       ///< in the order of the zones
@@ -17,4 +17,4 @@ struct ZoneFiles {
 /// collection itself that is given. Throws Interrupted.
 ZoneFiles zoneFiles(const std::vector<std::filesystem::path>& inputs, std::size_t zoneCount);
 
-} // namespace krohost::write
+} // namespace krohost::convert

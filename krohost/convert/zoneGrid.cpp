@@ -1,9 +1,9 @@
-#include "krohost/write/zoneGrid.h"
+#include "krohost/convert/zoneGrid.h"
 
-#include "krohost/write/Loaded.h"
-#include "krohost/write/Loss.h"
-#include "krohost/write/WriteError.h"
-#include "krohost/write/vtkCells.h"
+#include "krohost/convert/Loaded.h"
+#include "krohost/convert/Loss.h"
+#include "krohost/convert/WriteError.h"
+#include "krohost/convert/vtkCells.h"
 
 #include <fmt/format.h>
 
@@ -16,7 +16,7 @@
 #include <string_view>
 #include <utility>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 namespace {
 
@@ -277,4 +277,4 @@ Grid zoneGrid(Host& host, const Zone& zone, const CellOrder& order, std::vector<
     return grid;
 }
 
-} // namespace krohost::write
+} // namespace krohost::convert

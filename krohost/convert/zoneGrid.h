@@ -1,14 +1,14 @@
 #pragma once
 
-#include "krohost/Host.h"
-#include "krohost/write/Grid.h"
-#include "krohost/write/cellOrder.h"
+#include "krohost/convert/Grid.h"
+#include "krohost/convert/cellOrder.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-namespace krohost::write {
+namespace krohost::convert {
 
 /// The variables of a zone that stand for one array: one scalar, or X, Y and Z of a vector in this order.
 struct ArrayVariables {
@@ -29,4 +29,4 @@ std::vector<std::int32_t> coordinateVariables(const Dataset& dataset, const Zone
 /// point has, and Interrupted. The host and the order must outlive the grid.
 Grid zoneGrid(Host& host, const Zone& zone, const CellOrder& order, std::vector<Array> fieldData);
 
-} // namespace krohost::write
+} // namespace krohost::convert

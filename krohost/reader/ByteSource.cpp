@@ -1,9 +1,9 @@
-#include "krohost/vtu/ByteSource.h"
+#include "krohost/reader/ByteSource.h"
 
 #include <algorithm>
 #include <string_view>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 namespace {
 
@@ -129,4 +129,4 @@ bool Base64Source::decodeGroup() {
     return true;
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/vtu/decode.h"
+#include "krohost/reader/decode.h"
 
 #include <array>
 #include <cstddef>
@@ -10,7 +10,7 @@
 #include <optional>
 #include <span>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 /// Bytes one after the other, with their place in the file.
 class ByteSource {
@@ -69,4 +69,4 @@ private:
     std::optional<Fault> foreign_;
 };
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -1,4 +1,4 @@
-#include "krohost/vtu/Document.h"
+#include "krohost/reader/Document.h"
 
 #include "krohost/text/letterCase.h"
 
@@ -6,7 +6,7 @@
 #include <array>
 #include <charconv>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 const std::string* Element::find(std::string_view attribute) const {
     const auto found = std::find_if(attributes.begin(), attributes.end(),
@@ -98,4 +98,4 @@ void placeAppendedArrays(Document& document) {
     std::for_each(document.fieldData.begin(), document.fieldData.end(), place);
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -2,7 +2,7 @@
 /// stands here as it says it, or as nothing where it is no number or no word of the format.
 #pragma once
 
-#include "krohost/vtu/ElementType.h"
+#include "krohost/reader/ElementType.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 /// A place in a file. The byte counts from 0, line and column (in characters) from 1.
 struct Position {
@@ -150,4 +150,4 @@ using Poll = std::function<void()>;
 /// file, also that it cannot be opened, is in the `malformation`; what was read before it is there. [any thread]
 Document readDocument(const std::filesystem::path& path, const Poll& poll = {});
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

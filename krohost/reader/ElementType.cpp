@@ -1,9 +1,9 @@
-#include "krohost/vtu/ElementType.h"
+#include "krohost/reader/ElementType.h"
 
 #include <algorithm>
 #include <array>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 namespace {
 
@@ -41,4 +41,4 @@ std::size_t byteCount(ElementType type) {
     return rows[static_cast<std::size_t>(type)].byteCount;
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 /// The types that the values of an array can have.
 enum class ElementType : std::uint8_t { Int8, UInt8, Int16, UInt16, Int32, UInt32, Int64, UInt64, Float32, Float64 };
@@ -19,4 +19,4 @@ inline bool isFloatingPoint(ElementType type) {
     return type >= ElementType::Float32;
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

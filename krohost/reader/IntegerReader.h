@@ -1,14 +1,14 @@
 #pragma once
 
-#include "krohost/vtu/decode.h"
-#include "krohost/vtu/values.h"
+#include "krohost/reader/decode.h"
+#include "krohost/reader/values.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 /// The values of an array of whole numbers, one after the other, as 64 bits, where the largest unsigned ones become
 /// negative. Of an array that is none there are no values. Refers to what it is given. [any thread]
@@ -40,4 +40,4 @@ private:
     std::size_t next_ = 0, end_ = 0;
 };
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -1,9 +1,9 @@
-#include "krohost/vtu/TagFilter.h"
+#include "krohost/reader/TagFilter.h"
 
 #include <algorithm>
 #include <iterator>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 namespace {
 
@@ -120,4 +120,4 @@ bool TagFilter::endsPassage(char byte) {
     return isEnd;
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

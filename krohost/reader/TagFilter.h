@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 /// Blanks what is between the tags of a document, which a loader passes over whatever it is, so that an XML library
 /// sees nothing there that it would refuse. Every byte keeps its place, and so do ends of lines and `_`; columns count
@@ -35,4 +35,4 @@ private:
     std::size_t neededMarkCount_ = 0, markCount_ = 0;
 };
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

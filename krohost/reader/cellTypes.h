@@ -5,7 +5,7 @@
 #include <array>
 #include <cstdint>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 struct CellType {
     std::int64_t code;
@@ -46,4 +46,4 @@ constexpr const CellType* findCellType(std::int64_t code) {
     return found == cellTypes.end() ? nullptr : found;
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

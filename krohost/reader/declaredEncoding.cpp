@@ -1,7 +1,7 @@
-#include "krohost/vtu/declaredEncoding.h"
+#include "krohost/reader/declaredEncoding.h"
 
+#include "krohost/reader/Document.h"
 #include "krohost/text/letterCase.h"
-#include "krohost/vtu/Document.h"
 
 #include <expat.h>
 
@@ -13,7 +13,7 @@
 
 #include <iconv.h>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 namespace {
 
@@ -97,4 +97,4 @@ void takeMoreEncodings(XML_ParserStruct* parser) {
     XML_SetUnknownEncodingHandler(parser, take, nullptr);
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

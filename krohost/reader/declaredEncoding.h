@@ -2,9 +2,9 @@
 
 struct XML_ParserStruct;
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 /// Has the XML library take "utf8" for UTF-8, and the encodings of one byte for each character that this machine knows.
 void takeMoreEncodings(XML_ParserStruct* parser);
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -1,15 +1,15 @@
-#include "krohost/vtu/decode.h"
+#include "krohost/reader/decode.h"
 
-#include "krohost/vtu/header.h"
-#include "krohost/vtu/inflate.h"
-#include "krohost/vtu/text.h"
+#include "krohost/reader/header.h"
+#include "krohost/reader/inflate.h"
+#include "krohost/reader/text.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <utility>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 static_assert(std::endian::native == std::endian::little, "values are handed on as little-endian bytes");
 
@@ -241,4 +241,4 @@ Decoded decode(const Document& document, const Array& array, const Sink& sink, c
     return reader.decoded();
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -2,7 +2,7 @@
 /// reads.
 #pragma once
 
-#include "krohost/vtu/Document.h"
+#include "krohost/reader/Document.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 /// What can be wrong with an array's data; see Fault for what `expected` and `found` are.
 enum class FaultKind : std::uint8_t {
@@ -95,4 +95,4 @@ using Sink = std::function<void(std::span<const std::byte>)>;
 /// Hands on all values of an array. [any thread]
 Decoded decode(const Document& document, const Array& array, const Sink& sink, const Poll& poll = {});
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -1,10 +1,10 @@
-#include "krohost/vtu/decode.h"
+#include "krohost/reader/decode.h"
 
 #include <fmt/format.h>
 
 #include <array>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 namespace {
 
@@ -57,4 +57,4 @@ std::string_view Fault::code() const {
     return rows[static_cast<std::size_t>(kind)].code;
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -1,12 +1,12 @@
-#include "krohost/vtu/header.h"
+#include "krohost/reader/header.h"
 
-#include "krohost/vtu/inflate.h"
+#include "krohost/reader/inflate.h"
 
 #include <algorithm>
 #include <bit>
 #include <utility>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 namespace {
 
@@ -153,4 +153,4 @@ ArrayHeader readHeader(const Document& document, const Array& array, const Poll&
     return readHeader(document, *openSource(document, array, poll));
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -1,14 +1,14 @@
 /// The header words of an array, and the way to its bytes.
 #pragma once
 
-#include "krohost/vtu/ByteSource.h"
+#include "krohost/reader/ByteSource.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 /// Why an array cannot even be looked for in its file.
 std::optional<Fault> placeFault(const Document& document, const Array& array);
@@ -53,4 +53,4 @@ private:
     std::optional<Fault> fault_;
 };
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -1,4 +1,4 @@
-#include "krohost/vtu/inflate.h"
+#include "krohost/reader/inflate.h"
 
 #include <lz4.h>
 #include <lzma.h>
@@ -9,7 +9,7 @@
 #include <climits>
 #include <vector>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 namespace {
 
@@ -182,4 +182,4 @@ std::unique_ptr<BlockReader> openBlock(Compressor compressor, ByteSource& source
     return std::make_unique<Lz4Reader>(source, compressedByteCount, expectedByteCount);
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

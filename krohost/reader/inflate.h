@@ -1,13 +1,13 @@
 #pragma once
 
-#include "krohost/vtu/ByteSource.h"
+#include "krohost/reader/ByteSource.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 /// The most bytes that one compressed byte can stand for.
 std::uint64_t largestRatio(Compressor compressor);
@@ -36,4 +36,4 @@ public:
 std::unique_ptr<BlockReader> openBlock(Compressor compressor, ByteSource& source, std::uint64_t compressedByteCount,
                                        std::uint64_t expectedByteCount);
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -1,7 +1,7 @@
-#include "krohost/vtu/narrowing.h"
+#include "krohost/reader/narrowing.h"
 
-#include "krohost/vtu/decode.h"
-#include "krohost/vtu/values.h"
+#include "krohost/reader/decode.h"
+#include "krohost/reader/values.h"
 
 #include <fmt/format.h>
 
@@ -13,7 +13,7 @@
 #include <type_traits>
 #include <utility>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 namespace {
 
@@ -169,4 +169,4 @@ std::string inWords(const NarrowedValue& value, const Array& array) {
                        isVector ? fmt::format(", component {},", value.component) : "", inDigits(value.held));
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -1,13 +1,13 @@
 /// Values that a host does not hold as a file has them: its integers have 8, 16 or 32 bits.
 #pragma once
 
-#include "krohost/vtu/pieceArrays.h"
+#include "krohost/reader/pieceArrays.h"
 
 #include <cstdint>
 #include <functional>
 #include <string>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 /// In which type a host holds values of a variable: 8-bit integers without a sign, 16-bit and wider ones with a sign.
 ElementType hostType(ElementType type);
@@ -40,4 +40,4 @@ std::string inDigits(long double value);
 /// `14950000000 at 3 becomes 2065098112`, with the component where there are several.
 std::string inWords(const NarrowedValue& value, const Array& array);
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

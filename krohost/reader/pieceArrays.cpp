@@ -1,4 +1,4 @@
-#include "krohost/vtu/pieceArrays.h"
+#include "krohost/reader/pieceArrays.h"
 
 #include "krohost/text/letterCase.h"
 
@@ -6,7 +6,7 @@
 #include <array>
 #include <set>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 namespace {
 
@@ -132,4 +132,4 @@ std::optional<std::uint64_t> neededValueCount(const Array& array) {
     return isOverflow ? std::nullopt : std::optional{count};
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -1,7 +1,7 @@
 /// Which arrays of a file's pieces belong together, and how much of them a host needs.
 #pragma once
 
-#include "krohost/vtu/Document.h"
+#include "krohost/reader/Document.h"
 
 #include <cstdint>
 #include <map>
@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 /// What the pieces of a file have of one array. A host takes the first piece's points and connectivity, and its values
 /// at points and at cells, with what continues these in the later pieces.
@@ -54,4 +54,4 @@ private:
     std::map<std::pair<std::uint64_t, std::optional<ElementType>>, Result> results_;
 };
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

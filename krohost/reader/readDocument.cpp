@@ -1,9 +1,9 @@
-#include "krohost/vtu/Document.h"
+#include "krohost/reader/Document.h"
 
+#include "krohost/reader/TagFilter.h"
+#include "krohost/reader/declaredEncoding.h"
 #include "krohost/text/letterCase.h"
 #include "krohost/text/printable.h"
-#include "krohost/vtu/TagFilter.h"
-#include "krohost/vtu/declaredEncoding.h"
 
 #include <expat.h>
 #include <fmt/format.h>
@@ -16,7 +16,7 @@
 #include <span>
 #include <utility>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 namespace {
 
@@ -448,4 +448,4 @@ Document readDocument(const std::filesystem::path& path, const Poll& poll) {
     return Reader{path, poll}.read();
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -1,4 +1,4 @@
-#include "krohost/vtu/text.h"
+#include "krohost/reader/text.h"
 
 #include "krohost/text/printable.h"
 
@@ -10,7 +10,7 @@
 
 #include <locale.h>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 namespace {
 
@@ -102,4 +102,4 @@ std::size_t TextReader::read(std::span<std::byte> bytes) {
     return count;
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/vtu/ByteSource.h"
+#include "krohost/reader/ByteSource.h"
 
 #include <array>
 #include <cstddef>
@@ -8,7 +8,7 @@
 #include <span>
 #include <string>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 /// The numbers of an ascii array, until the end or a word that is no number of the type. White space separates words,
 /// and a minus after a digit begins the next one.
@@ -37,4 +37,4 @@ private:
     std::optional<Fault> fault_;
 };
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

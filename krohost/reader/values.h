@@ -1,7 +1,7 @@
 /// Decoded bytes as numbers.
 #pragma once
 
-#include "krohost/vtu/ElementType.h"
+#include "krohost/reader/ElementType.h"
 
 #include <concepts>
 #include <cstddef>
@@ -9,7 +9,7 @@
 #include <cstring>
 #include <span>
 
-namespace krohost::vtu {
+namespace krohost::reader {
 
 template <class Value, class Use>
 void forEachOf(std::span<const std::byte> bytes, const Use& use) {
@@ -70,4 +70,4 @@ void forEachInteger(ElementType type, std::span<const std::byte> bytes, const Us
     });
 }
 
-} // namespace krohost::vtu
+} // namespace krohost::reader

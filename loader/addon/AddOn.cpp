@@ -1,4 +1,4 @@
-#include "addon/AddOn.h"
+#include "loader/addon/AddOn.h"
 
 namespace veltra::vtkfile {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "addon/VtkFileLoader.h"
+#include "loader/addon/VtkFileLoader.h"
 
-#include "host/kro.h"
+#include "interface/kro.h"
 
 #include <memory>
 

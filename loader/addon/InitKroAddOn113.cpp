@@ -1,7 +1,7 @@
-#include "addon/AddOn.h"
-#include "addon/registration.h"
+#include "loader/addon/AddOn.h"
+#include "loader/addon/registration.h"
 
-#include "host/kro.h"
+#include "interface/kro.h"
 
 using namespace veltra::vtkfile;
 

@@ -1,18 +1,18 @@
-#include "addon/VtkFileLoader.h"
+#include "loader/addon/VtkFileLoader.h"
 
-#include "addon/AddOn.h"
-#include "addon/VtkFileLoaderInstructions.h"
-#include "addon/fileReader.h"
-#include "addon/messages.h"
+#include "loader/addon/AddOn.h"
+#include "loader/addon/VtkFileLoaderInstructions.h"
+#include "loader/addon/fileReader.h"
+#include "loader/addon/messages.h"
 
-#include "output/dataSet.h"
-#include "output/errorDialog.h"
+#include "loader/output/dataSet.h"
+#include "loader/output/errorDialog.h"
 
-#include "host/ArgList.h"
-#include "host/StringList.h"
-#include "host/TaskProgress.h"
-#include "host/exceptions.h"
-#include "host/loaderUtilities.h"
+#include "loader/sdk/ArgList.h"
+#include "loader/sdk/StringList.h"
+#include "loader/sdk/TaskProgress.h"
+#include "loader/sdk/exceptions.h"
+#include "loader/sdk/loaderUtilities.h"
 
 #include <new>
 #include <utility>

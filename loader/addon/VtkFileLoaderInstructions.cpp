@@ -1,11 +1,11 @@
-#include "addon/VtkFileLoaderInstructions.h"
+#include "loader/addon/VtkFileLoaderInstructions.h"
 
-#include "addon/messages.h"
+#include "loader/addon/messages.h"
 
-#include "host/exceptions.h"
-#include "host/lexical_cast.h"
-#include "host/messages.h"
-#include "xml/equalsIgnoringCase.h"
+#include "loader/sdk/exceptions.h"
+#include "loader/sdk/lexical_cast.h"
+#include "loader/sdk/messages.h"
+#include "loader/xml/equalsIgnoringCase.h"
 
 #include <boost/algorithm/string/case_conv.hpp>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "output/SolutionTimeSource.h"
+#include "loader/output/SolutionTimeSource.h"
 
-#include "host/StringList.h"
-#include "host/kro.h"
+#include "interface/kro.h"
+#include "loader/sdk/StringList.h"
 
 #include <boost/filesystem/path.hpp>
 

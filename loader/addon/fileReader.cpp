@@ -1,13 +1,13 @@
-#include "addon/fileReader.h"
+#include "loader/addon/fileReader.h"
 
-#include "addon/messages.h"
+#include "loader/addon/messages.h"
 
-#include "output/fieldData.h"
-#include "output/solutionTimes.h"
+#include "loader/output/fieldData.h"
+#include "loader/output/solutionTimes.h"
 
-#include "xml/VtkFileXMLParser.h"
+#include "loader/xml/VtkFileXMLParser.h"
 
-#include "host/exceptions.h"
+#include "loader/sdk/exceptions.h"
 
 #include <boost/filesystem/operations.hpp>
 

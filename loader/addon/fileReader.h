@@ -1,8 +1,8 @@
 #pragma once
 
-#include "output/LoadedFiles.h"
+#include "loader/output/LoadedFiles.h"
 
-#include "host/TaskProgress.h"
+#include "loader/sdk/TaskProgress.h"
 
 #include <boost/filesystem/path.hpp>
 

@@ -1,6 +1,6 @@
-#include "addon/messages.h"
+#include "loader/addon/messages.h"
 
-#include "host/messages.h"
+#include "loader/sdk/messages.h"
 
 namespace veltra::vtk {
 

@@ -1,11 +1,11 @@
-#include "addon/registration.h"
+#include "loader/addon/registration.h"
 
-#include "addon/AddOn.h"
-#include "addon/messages.h"
+#include "loader/addon/AddOn.h"
+#include "loader/addon/messages.h"
 
-#include "output/errorDialog.h"
+#include "loader/output/errorDialog.h"
 
-#include "host/ArgList.h"
+#include "loader/sdk/ArgList.h"
 
 #include <exception>
 #include <new>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "addon/VtkFileLoader.h"
+#include "loader/addon/VtkFileLoader.h"
 
 #include <memory>
 #include <string>

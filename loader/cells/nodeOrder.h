@@ -2,7 +2,7 @@
 /// (going around it from its first corner, then inwards) and of the cell, wedges and hexahedra layer by layer.
 #pragma once
 
-#include "host/nodePermutations.h"
+#include "loader/cells/nodePermutations.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-/// Tables of nodes of cells; host/nodeOrder.h says which holds for which.
+/// Tables of nodes of cells; loader/cells/nodeOrder.h says which holds for which.
 #pragma once
 
 #include <algorithm>

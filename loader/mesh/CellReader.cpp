@@ -1,10 +1,10 @@
-#include "mesh/CellReader.h"
+#include "loader/mesh/CellReader.h"
 
-#include "streams/elementTypes.h"
-#include "streams/messages.h"
-#include "streams/readValues.h"
+#include "loader/streams/elementTypes.h"
+#include "loader/streams/messages.h"
+#include "loader/streams/readValues.h"
 
-#include "host/exceptions.h"
+#include "loader/sdk/exceptions.h"
 
 #include <algorithm>
 #include <type_traits>

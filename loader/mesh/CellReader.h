@@ -1,9 +1,9 @@
 #pragma once
 
-#include "mesh/VtkCell.h"
-#include "mesh/Zone.h"
+#include "loader/mesh/VtkCell.h"
+#include "loader/mesh/Zone.h"
 
-#include "streams/dataArrayReader.h"
+#include "loader/streams/dataArrayReader.h"
 
 #include <cstddef>
 #include <cstdint>

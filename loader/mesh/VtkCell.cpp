@@ -1,10 +1,10 @@
-#include "mesh/VtkCell.h"
+#include "loader/mesh/VtkCell.h"
 
-#include "mesh/cellTables.h"
-#include "mesh/messages.h"
+#include "loader/mesh/cellTables.h"
+#include "loader/mesh/messages.h"
 
-#include "host/exceptions.h"
-#include "host/nodeOrder.h"
+#include "loader/cells/nodeOrder.h"
+#include "loader/sdk/exceptions.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/kro.h"
-#include "xml/FileHeader.h"
+#include "interface/kro.h"
+#include "loader/xml/FileHeader.h"
 
 #include <array>
 #include <cstdint>

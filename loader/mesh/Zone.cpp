@@ -1,12 +1,12 @@
-#include "mesh/Zone.h"
+#include "loader/mesh/Zone.h"
 
-#include "mesh/messages.h"
+#include "loader/mesh/messages.h"
 
-#include "streams/Inflater.h"
-#include "streams/dataArrayReader.h"
+#include "loader/streams/Inflater.h"
+#include "loader/streams/dataArrayReader.h"
 
-#include "host/exceptions.h"
-#include "xml/equalsIgnoringCase.h"
+#include "loader/sdk/exceptions.h"
+#include "loader/xml/equalsIgnoringCase.h"
 
 #include <boost/algorithm/string/case_conv.hpp>
 

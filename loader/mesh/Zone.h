@@ -1,9 +1,9 @@
 #pragma once
 
-#include "streams/dataArrayReader.h"
+#include "loader/streams/dataArrayReader.h"
 
-#include "xml/FileHeader.h"
-#include "xml/Piece.h"
+#include "loader/xml/FileHeader.h"
+#include "loader/xml/Piece.h"
 
 #include <boost/filesystem/path.hpp>
 

@@ -1,7 +1,7 @@
 /// The catalogue's data: names of all cell types, properties of the accepted ones.
 #pragma once
 
-#include "mesh/VtkCell.h"
+#include "loader/mesh/VtkCell.h"
 
 #include <algorithm>
 #include <array>

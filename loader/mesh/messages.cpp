@@ -1,8 +1,8 @@
-#include "mesh/messages.h"
+#include "loader/mesh/messages.h"
 
-#include "host/format.h"
-#include "host/kro.h"
-#include "host/messages.h"
+#include "interface/kro.h"
+#include "loader/sdk/format.h"
+#include "loader/sdk/messages.h"
 
 namespace veltra::vtkfile {
 

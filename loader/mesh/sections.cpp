@@ -1,9 +1,9 @@
-#include "mesh/sections.h"
+#include "loader/mesh/sections.h"
 
-#include "mesh/CellReader.h"
-#include "mesh/messages.h"
+#include "loader/mesh/CellReader.h"
+#include "loader/mesh/messages.h"
 
-#include "host/exceptions.h"
+#include "loader/sdk/exceptions.h"
 
 #include <algorithm>
 

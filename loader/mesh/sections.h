@@ -1,9 +1,9 @@
 #pragma once
 
-#include "mesh/VtkCell.h"
-#include "mesh/Zone.h"
+#include "loader/mesh/VtkCell.h"
+#include "loader/mesh/Zone.h"
 
-#include "host/kro.h"
+#include "interface/kro.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,10 +1,10 @@
-#include "mesh/variables.h"
+#include "loader/mesh/variables.h"
 
-#include "mesh/messages.h"
+#include "loader/mesh/messages.h"
 
-#include "streams/dataArrayReader.h"
+#include "loader/streams/dataArrayReader.h"
 
-#include "host/exceptions.h"
+#include "loader/sdk/exceptions.h"
 
 #include <array>
 #include <set>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "mesh/Zone.h"
+#include "loader/mesh/Zone.h"
 
-#include "host/kro.h"
-#include "host/loaderUtilities.h"
+#include "interface/kro.h"
+#include "loader/sdk/loaderUtilities.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "mesh/Zone.h"
+#include "loader/mesh/Zone.h"
 
 #include <boost/filesystem/path.hpp>
 

@@ -1,14 +1,14 @@
-#include "output/dataSet.h"
+#include "loader/output/dataSet.h"
 
-#include "output/errorDialog.h"
-#include "output/messages.h"
-#include "output/solutionTimes.h"
-#include "output/zoneRegistration.h"
+#include "loader/output/errorDialog.h"
+#include "loader/output/messages.h"
+#include "loader/output/solutionTimes.h"
+#include "loader/output/zoneRegistration.h"
 
-#include "mesh/variables.h"
+#include "loader/mesh/variables.h"
 
-#include "host/ArgList.h"
-#include "host/kro.h"
+#include "interface/kro.h"
+#include "loader/sdk/ArgList.h"
 
 #include <algorithm>
 

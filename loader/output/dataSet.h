@@ -1,10 +1,10 @@
 #pragma once
 
-#include "output/LoadedFiles.h"
-#include "output/SolutionTimeSource.h"
+#include "loader/output/LoadedFiles.h"
+#include "loader/output/SolutionTimeSource.h"
 
-#include "host/TaskProgress.h"
-#include "host/loaderUtilities.h"
+#include "loader/sdk/TaskProgress.h"
+#include "loader/sdk/loaderUtilities.h"
 
 #include <cstdint>
 #include <memory>

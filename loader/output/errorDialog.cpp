@@ -1,8 +1,8 @@
-#include "output/errorDialog.h"
+#include "loader/output/errorDialog.h"
 
-#include "host/kro.h"
-#include "host/loaderUtilities.h"
-#include "host/utf8.h"
+#include "interface/kro.h"
+#include "loader/sdk/loaderUtilities.h"
+#include "loader/sdk/utf8.h"
 
 #include <exception>
 

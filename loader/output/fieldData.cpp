@@ -1,12 +1,12 @@
-#include "output/fieldData.h"
+#include "loader/output/fieldData.h"
 
-#include "streams/dataArrayReader.h"
-#include "streams/elementTypes.h"
-#include "streams/heldValueCount.h"
-#include "streams/readValues.h"
+#include "loader/streams/dataArrayReader.h"
+#include "loader/streams/elementTypes.h"
+#include "loader/streams/heldValueCount.h"
+#include "loader/streams/readValues.h"
 
-#include "host/exceptions.h"
-#include "host/kro.h"
+#include "interface/kro.h"
+#include "loader/sdk/exceptions.h"
 
 #include <array>
 #include <charconv>

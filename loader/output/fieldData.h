@@ -1,6 +1,6 @@
 #pragma once
 
-#include "output/LoadedFiles.h"
+#include "loader/output/LoadedFiles.h"
 
 #include <vector>
 

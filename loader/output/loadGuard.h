@@ -1,10 +1,10 @@
 #pragma once
 
-#include "output/errorDialog.h"
-#include "output/messages.h"
+#include "loader/output/errorDialog.h"
+#include "loader/output/messages.h"
 
-#include "host/exceptions.h"
-#include "host/kro.h"
+#include "interface/kro.h"
+#include "loader/sdk/exceptions.h"
 
 #include <new>
 #include <string>

@@ -1,9 +1,9 @@
-#include "output/messages.h"
+#include "loader/output/messages.h"
 
-#include "host/format.h"
-#include "host/messages.h"
+#include "loader/sdk/format.h"
+#include "loader/sdk/messages.h"
 
-#include "streams/messages.h"
+#include "loader/streams/messages.h"
 
 namespace veltra::vtkfile {
 

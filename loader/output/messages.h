@@ -1,7 +1,7 @@
 /// The sentences that a user reads when a dataset cannot be built or its arrays cannot be loaded.
 #pragma once
 
-#include "mesh/sections.h"
+#include "loader/mesh/sections.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,10 +1,10 @@
-#include "output/nodeMapLoader.h"
+#include "loader/output/nodeMapLoader.h"
 
-#include "output/loadGuard.h"
+#include "loader/output/loadGuard.h"
 
-#include "mesh/CellReader.h"
+#include "loader/mesh/CellReader.h"
 
-#include "streams/dataArrayReader.h"
+#include "loader/streams/dataArrayReader.h"
 
 #include <algorithm>
 #include <new>

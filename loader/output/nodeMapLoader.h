@@ -1,7 +1,7 @@
 #pragma once
 
-#include "mesh/Zone.h"
-#include "mesh/sections.h"
+#include "loader/mesh/Zone.h"
+#include "loader/mesh/sections.h"
 
 #include <cstdint>
 #include <memory>

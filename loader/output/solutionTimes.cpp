@@ -1,9 +1,9 @@
-#include "output/solutionTimes.h"
+#include "loader/output/solutionTimes.h"
 
-#include "host/StringList.h"
-#include "host/kro.h"
-#include "host/lexical_cast.h"
-#include "xml/equalsIgnoringCase.h"
+#include "interface/kro.h"
+#include "loader/sdk/StringList.h"
+#include "loader/sdk/lexical_cast.h"
+#include "loader/xml/equalsIgnoringCase.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "output/LoadedFiles.h"
-#include "output/SolutionTimeSource.h"
+#include "loader/output/LoadedFiles.h"
+#include "loader/output/SolutionTimeSource.h"
 
 #include <string>
 #include <vector>

@@ -1,8 +1,8 @@
-#include "output/valueLoader.h"
+#include "loader/output/valueLoader.h"
 
-#include "output/loadGuard.h"
+#include "loader/output/loadGuard.h"
 
-#include "streams/dataArrayReader.h"
+#include "loader/streams/dataArrayReader.h"
 
 #include <new>
 #include <utility>

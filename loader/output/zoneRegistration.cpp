@@ -1,15 +1,15 @@
-#include "output/zoneRegistration.h"
+#include "loader/output/zoneRegistration.h"
 
-#include "output/LoadedFiles.h"
-#include "output/messages.h"
-#include "output/nodeMapLoader.h"
-#include "output/valueLoader.h"
+#include "loader/output/LoadedFiles.h"
+#include "loader/output/messages.h"
+#include "loader/output/nodeMapLoader.h"
+#include "loader/output/valueLoader.h"
 
-#include "mesh/sections.h"
+#include "loader/mesh/sections.h"
 
-#include "host/ArgList.h"
-#include "host/exceptions.h"
-#include "host/loaderUtilities.h"
+#include "loader/sdk/ArgList.h"
+#include "loader/sdk/exceptions.h"
+#include "loader/sdk/loaderUtilities.h"
 
 #include <algorithm>
 #include <span>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "mesh/Zone.h"
-#include "mesh/variables.h"
+#include "loader/mesh/Zone.h"
+#include "loader/mesh/variables.h"
 
-#include "host/TaskProgress.h"
+#include "loader/sdk/TaskProgress.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,6 +1,6 @@
-#include "host/ArgList.h"
+#include "loader/sdk/ArgList.h"
 
-#include "host/utf8.h"
+#include "loader/sdk/utf8.h"
 
 #include <new>
 

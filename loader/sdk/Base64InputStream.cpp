@@ -1,9 +1,9 @@
-#include "host/Base64InputStream.h"
+#include "loader/sdk/Base64InputStream.h"
 
-#include "host/base64.h"
-#include "host/exceptions.h"
-#include "host/messages.h"
-#include "host/readSome.h"
+#include "loader/sdk/base64.h"
+#include "loader/sdk/exceptions.h"
+#include "loader/sdk/messages.h"
+#include "loader/sdk/readSome.h"
 
 #include <algorithm>
 

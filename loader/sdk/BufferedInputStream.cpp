@@ -1,6 +1,6 @@
-#include "host/BufferedInputStream.h"
+#include "loader/sdk/BufferedInputStream.h"
 
-#include "host/readSome.h"
+#include "loader/sdk/readSome.h"
 
 #include <algorithm>
 #include <cstring>

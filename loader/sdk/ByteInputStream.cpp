@@ -1,7 +1,7 @@
-#include "host/ByteInputStream.h"
+#include "loader/sdk/ByteInputStream.h"
 
-#include "host/exceptions.h"
-#include "host/messages.h"
+#include "loader/sdk/exceptions.h"
+#include "loader/sdk/messages.h"
 
 #include <algorithm>
 

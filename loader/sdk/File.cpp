@@ -1,7 +1,7 @@
-#include "host/File.h"
+#include "loader/sdk/File.h"
 
-#include "host/exceptions.h"
-#include "host/messages.h"
+#include "loader/sdk/exceptions.h"
+#include "loader/sdk/messages.h"
 
 #include <algorithm>
 #include <cerrno>

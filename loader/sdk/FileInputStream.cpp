@@ -1,7 +1,7 @@
-#include "host/FileInputStream.h"
+#include "loader/sdk/FileInputStream.h"
 
-#include "host/exceptions.h"
-#include "host/messages.h"
+#include "loader/sdk/exceptions.h"
+#include "loader/sdk/messages.h"
 
 namespace veltra::dataio {
 

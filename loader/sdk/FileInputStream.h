@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/File.h"
-#include "host/InputStreamInterface.h"
+#include "loader/sdk/File.h"
+#include "loader/sdk/InputStreamInterface.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "host/InputStreamInterface.h"
+#include "loader/sdk/InputStreamInterface.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
-#include "host/RestrictedSectionInputStream.h"
+#include "loader/sdk/RestrictedSectionInputStream.h"
 
-#include "host/exceptions.h"
-#include "host/messages.h"
+#include "loader/sdk/exceptions.h"
+#include "loader/sdk/messages.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/InputStreamInterface.h"
+#include "loader/sdk/InputStreamInterface.h"
 
 namespace veltra::dataio {
 

@@ -1,4 +1,4 @@
-#include "host/StringList.h"
+#include "loader/sdk/StringList.h"
 
 #include <new>
 

@@ -1,8 +1,8 @@
-#include "host/TaskProgress.h"
+#include "loader/sdk/TaskProgress.h"
 
-#include "host/exceptions.h"
-#include "host/kro.h"
-#include "host/utf8.h"
+#include "interface/kro.h"
+#include "loader/sdk/exceptions.h"
+#include "loader/sdk/utf8.h"
 
 #include <algorithm>
 #include <utility>

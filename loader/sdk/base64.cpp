@@ -1,7 +1,7 @@
-#include "host/base64.h"
+#include "loader/sdk/base64.h"
 
-#include "host/base64Blocks.h"
-#include "host/base64Tables.h"
+#include "loader/sdk/base64Blocks.h"
+#include "loader/sdk/base64Tables.h"
 
 #include <bit>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "host/base64Blocks.h"
+#include "loader/sdk/base64Blocks.h"
 
 #if defined(__x86_64__)
 

@@ -1,4 +1,4 @@
-#include "host/exceptions.h"
+#include "loader/sdk/exceptions.h"
 
 namespace veltra::kroutilutil {
 

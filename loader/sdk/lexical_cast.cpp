@@ -1,7 +1,7 @@
-#include "host/lexical_cast.h"
+#include "loader/sdk/lexical_cast.h"
 
-#include "host/exceptions.h"
-#include "host/messages.h"
+#include "loader/sdk/exceptions.h"
+#include "loader/sdk/messages.h"
 
 #include <charconv>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "host/loaderUtilities.h"
+#include "loader/sdk/loaderUtilities.h"
 
 #include <algorithm>
 

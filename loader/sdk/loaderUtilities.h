@@ -1,8 +1,8 @@
 /// What data loaders have in common: messages, auxiliary data, and matching of variables with a dataset's.
 #pragma once
 
-#include "host/ArgList.h"
-#include "host/kro.h"
+#include "interface/kro.h"
+#include "loader/sdk/ArgList.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "host/messages.h"
+#include "loader/sdk/messages.h"
 
-#include "host/format.h"
-#include "host/utf8.h"
+#include "loader/sdk/format.h"
+#include "loader/sdk/utf8.h"
 
 namespace veltra {
 

@@ -1,6 +1,6 @@
-#include "host/readSome.h"
+#include "loader/sdk/readSome.h"
 
-#include "host/exceptions.h"
+#include "loader/sdk/exceptions.h"
 
 namespace veltra::dataio {
 

@@ -1,4 +1,4 @@
-#include "host/utf8.h"
+#include "loader/sdk/utf8.h"
 
 #include <algorithm>
 #include <cstdint>

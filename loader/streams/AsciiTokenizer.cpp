@@ -1,8 +1,8 @@
-#include "streams/AsciiTokenizer.h"
+#include "loader/streams/AsciiTokenizer.h"
 
-#include "host/exceptions.h"
-#include "host/format.h"
-#include "host/messages.h"
+#include "loader/sdk/exceptions.h"
+#include "loader/sdk/format.h"
+#include "loader/sdk/messages.h"
 
 #include <algorithm>
 #include <cstdint>

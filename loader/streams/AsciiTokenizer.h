@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/InputStreamInterface.h"
-#include "host/lexical_cast.h"
+#include "loader/sdk/InputStreamInterface.h"
+#include "loader/sdk/lexical_cast.h"
 
 #include <charconv>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "streams/Inflater.h"
+#include "loader/streams/Inflater.h"
 
 #include <libdeflate.h>
 #include <zlib.h>

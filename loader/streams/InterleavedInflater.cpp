@@ -25,13 +25,13 @@
 // which decides what a damaged or uncommon stream gives. So are streams that begin with more matches than literals: a
 // match copies many bytes at once, and libdeflate does that faster.
 
-#include "streams/InterleavedInflater.h"
+#include "loader/streams/InterleavedInflater.h"
 
-#include "streams/BitReader.h"
-#include "streams/HuffmanCode.h"
-#include "streams/codeLengths.h"
-#include "streams/copyMatch.h"
-#include "streams/symbolEntries.h"
+#include "loader/streams/BitReader.h"
+#include "loader/streams/HuffmanCode.h"
+#include "loader/streams/codeLengths.h"
+#include "loader/streams/copyMatch.h"
+#include "loader/streams/symbolEntries.h"
 
 #include <algorithm>
 #include <array>

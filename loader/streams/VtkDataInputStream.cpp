@@ -1,10 +1,10 @@
-#include "streams/VtkDataInputStream.h"
+#include "loader/streams/VtkDataInputStream.h"
 
-#include "streams/VtkXMLDataHeader.h"
-#include "streams/byteOrder.h"
-#include "streams/messages.h"
+#include "loader/streams/VtkXMLDataHeader.h"
+#include "loader/streams/byteOrder.h"
+#include "loader/streams/messages.h"
 
-#include "host/exceptions.h"
+#include "loader/sdk/exceptions.h"
 
 namespace veltra::vtkfile {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/RestrictedSectionInputStream.h"
-#include "xml/DataArray.h"
+#include "loader/sdk/RestrictedSectionInputStream.h"
+#include "loader/xml/DataArray.h"
 
 #include <cstdint>
 

@@ -1,6 +1,6 @@
-#include "streams/VtkXMLDataHeader.h"
+#include "loader/streams/VtkXMLDataHeader.h"
 
-#include "streams/byteOrder.h"
+#include "loader/streams/byteOrder.h"
 
 #include <array>
 #include <bit>

@@ -1,11 +1,11 @@
-#include "streams/VtkZLibDataInputStream.h"
+#include "loader/streams/VtkZLibDataInputStream.h"
 
-#include "streams/VtkXMLDataHeader.h"
-#include "streams/byteOrder.h"
-#include "streams/messages.h"
+#include "loader/streams/VtkXMLDataHeader.h"
+#include "loader/streams/byteOrder.h"
+#include "loader/streams/messages.h"
 
-#include "host/exceptions.h"
-#include "host/readSome.h"
+#include "loader/sdk/exceptions.h"
+#include "loader/sdk/readSome.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "streams/Inflater.h"
-#include "streams/InterleavedInflater.h"
+#include "loader/streams/Inflater.h"
+#include "loader/streams/InterleavedInflater.h"
 
-#include "host/InputStreamInterface.h"
-#include "xml/DataArray.h"
+#include "loader/sdk/InputStreamInterface.h"
+#include "loader/xml/DataArray.h"
 
 #include <array>
 #include <cstdint>

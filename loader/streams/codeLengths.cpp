@@ -1,6 +1,6 @@
-#include "streams/codeLengths.h"
+#include "loader/streams/codeLengths.h"
 
-#include "streams/HuffmanCode.h"
+#include "loader/streams/HuffmanCode.h"
 
 namespace veltra::vtkfile {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "streams/BitReader.h"
+#include "loader/streams/BitReader.h"
 
 #include <cstddef>
 #include <cstdint>

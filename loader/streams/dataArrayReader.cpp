@@ -1,16 +1,16 @@
-#include "streams/dataArrayReader.h"
+#include "loader/streams/dataArrayReader.h"
 
-#include "streams/VtkDataInputStream.h"
-#include "streams/VtkZLibDataInputStream.h"
-#include "streams/byteOrder.h"
-#include "streams/elementTypes.h"
-#include "streams/messages.h"
-#include "streams/readValues.h"
+#include "loader/streams/VtkDataInputStream.h"
+#include "loader/streams/VtkZLibDataInputStream.h"
+#include "loader/streams/byteOrder.h"
+#include "loader/streams/elementTypes.h"
+#include "loader/streams/messages.h"
+#include "loader/streams/readValues.h"
 
-#include "host/Base64InputStream.h"
-#include "host/BufferedInputStream.h"
-#include "host/FileInputStream.h"
-#include "host/exceptions.h"
+#include "loader/sdk/Base64InputStream.h"
+#include "loader/sdk/BufferedInputStream.h"
+#include "loader/sdk/FileInputStream.h"
+#include "loader/sdk/exceptions.h"
 
 #include <algorithm>
 #include <limits>
@@ -97,7 +97,7 @@ void checkValueCount(const FilePtr& file, const DataArray& array) {
         return; // such an array may lack even its header
     if (array.format != DataArrayFormat::Ascii)
         openHolding(file, array, valueCount, 3 * sizeof(std::uint64_t)); // no more than its header
-    else if (valueCount > (array.length + 1) / 2) // a character for each, and one between two
+    else if (valueCount > (array.length + 1) / 2)                        // a character for each, and one between two
         throw IOException(textTooShort(array, valueCount));
 }
 

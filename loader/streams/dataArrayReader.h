@@ -1,11 +1,11 @@
 #pragma once
 
-#include "streams/StreamReader.h"
-#include "streams/VtkZLibDataInputStream.h"
+#include "loader/streams/StreamReader.h"
+#include "loader/streams/VtkZLibDataInputStream.h"
 
-#include "xml/DataArray.h"
+#include "loader/xml/DataArray.h"
 
-#include "host/File.h"
+#include "loader/sdk/File.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "xml/DataArray.h"
+#include "loader/xml/DataArray.h"
 
 #include <cstdint>
 #include <type_traits>

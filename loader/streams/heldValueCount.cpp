@@ -1,10 +1,10 @@
-#include "streams/heldValueCount.h"
+#include "loader/streams/heldValueCount.h"
 
-#include "streams/VtkXMLDataHeader.h"
-#include "streams/byteOrder.h"
+#include "loader/streams/VtkXMLDataHeader.h"
+#include "loader/streams/byteOrder.h"
 
-#include "host/Base64InputStream.h"
-#include "host/FileInputStream.h"
+#include "loader/sdk/Base64InputStream.h"
+#include "loader/sdk/FileInputStream.h"
 
 namespace veltra::vtkfile {
 

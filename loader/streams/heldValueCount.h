@@ -1,6 +1,6 @@
 #pragma once
 
-#include "streams/dataArrayReader.h"
+#include "loader/streams/dataArrayReader.h"
 
 #include <cstdint>
 

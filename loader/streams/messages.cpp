@@ -1,7 +1,7 @@
-#include "streams/messages.h"
+#include "loader/streams/messages.h"
 
-#include "host/format.h"
-#include "host/messages.h"
+#include "loader/sdk/format.h"
+#include "loader/sdk/messages.h"
 
 #include <limits>
 

@@ -1,7 +1,7 @@
 /// The sentences that a user reads about an array whose data cannot be what they claim.
 #pragma once
 
-#include "xml/DataArray.h"
+#include "loader/xml/DataArray.h"
 
 #include <cstdint>
 #include <string>

@@ -1,13 +1,13 @@
-/// Definition of StreamReader::readValues, for those who need an instance that streams/dataArrayReader.h does not
-/// offer.
+/// Definition of StreamReader::readValues, for those who need an instance that loader/streams/dataArrayReader.h does
+/// not offer.
 #pragma once
 
-#include "streams/StreamReader.h"
-#include "streams/byteOrder.h"
-#include "streams/convert.h"
+#include "loader/streams/StreamReader.h"
+#include "loader/streams/byteOrder.h"
+#include "loader/streams/convert.h"
 
-#include "host/exceptions.h"
-#include "host/kro.h"
+#include "interface/kro.h"
+#include "loader/sdk/exceptions.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/kro.h"
+#include "interface/kro.h"
 
 #include <boost/filesystem/path.hpp>
 

@@ -1,9 +1,9 @@
-#include "xml/VtkFileXMLParser.h"
+#include "loader/xml/VtkFileXMLParser.h"
 
-#include "xml/equalsIgnoringCase.h"
-#include "xml/messages.h"
+#include "loader/xml/equalsIgnoringCase.h"
+#include "loader/xml/messages.h"
 
-#include "host/exceptions.h"
+#include "loader/sdk/exceptions.h"
 
 #include <algorithm>
 #include <array>

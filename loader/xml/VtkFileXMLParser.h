@@ -1,9 +1,9 @@
 #pragma once
 
-#include "xml/FileHeader.h"
-#include "xml/ParseProgress.h"
-#include "xml/Piece.h"
-#include "xml/XMLParser.h"
+#include "loader/xml/FileHeader.h"
+#include "loader/xml/ParseProgress.h"
+#include "loader/xml/Piece.h"
+#include "loader/xml/XMLParser.h"
 
 #include <boost/filesystem/path.hpp>
 

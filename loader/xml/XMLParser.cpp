@@ -1,13 +1,13 @@
-#include "xml/XMLParser.h"
+#include "loader/xml/XMLParser.h"
 
-#include "xml/Utf8Check.h"
-#include "xml/equalsIgnoringCase.h"
-#include "xml/messages.h"
+#include "loader/xml/Utf8Check.h"
+#include "loader/xml/equalsIgnoringCase.h"
+#include "loader/xml/messages.h"
 
-#include "host/BufferedInputStream.h"
-#include "host/FileInputStream.h"
-#include "host/exceptions.h"
-#include "host/messages.h"
+#include "loader/sdk/BufferedInputStream.h"
+#include "loader/sdk/FileInputStream.h"
+#include "loader/sdk/exceptions.h"
+#include "loader/sdk/messages.h"
 
 #include <QByteArray>
 #include <QXmlStreamReader>

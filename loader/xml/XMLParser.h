@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/lexical_cast.h"
+#include "loader/sdk/lexical_cast.h"
 
 #include <boost/filesystem/path.hpp>
 

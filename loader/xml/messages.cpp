@@ -1,7 +1,7 @@
-#include "xml/messages.h"
+#include "loader/xml/messages.h"
 
-#include "host/format.h"
-#include "host/messages.h"
+#include "loader/sdk/format.h"
+#include "loader/sdk/messages.h"
 
 #include <limits>
 

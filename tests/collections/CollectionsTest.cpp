@@ -1,4 +1,4 @@
-#include "krohost/Host.h"
+#include "krohost/host/runtime/Host.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VtuBuilder.h"
 #include "tests/support/meshes.h"

@@ -1,6 +1,6 @@
 // Demands from many threads: what the thread sanitizer is to look at.
 
-#include "krohost/Host.h"
+#include "krohost/host/runtime/Host.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VtuBuilder.h"
 #include "tests/support/meshes.h"

@@ -1,5 +1,5 @@
-#include "krohost/contract.h"
-#include "krohost/timesFromFileNames.h"
+#include "krohost/host/line/contract.h"
+#include "krohost/host/model/timesFromFileNames.h"
 #include "tests/krohost/Box.h"
 
 #include <gtest/gtest.h>

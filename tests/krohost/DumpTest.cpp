@@ -61,7 +61,8 @@ TEST_F(Dump, JsonIsOneDocument) {
              "nodes": [[19, 20, 21, 22]]}], "losses": [], "error": null, "dialogs": [], "violations": []})"}};
     for (const auto& [arguments, document] : table)
         EXPECT_EQ(json::parse(run(std::string{arguments} + " --json").output), json::parse(document)) << arguments;
-    EXPECT_NE(run("cube.vtu --variable p --location nodal --range 4:5 --json").output.find("[-0.0]"), std::string::npos);
+    EXPECT_NE(run("cube.vtu --variable p --location nodal --range 4:5 --json").output.find("[-0.0]"),
+              std::string::npos);
     const Outcome failed = run("bad.vtu --variable p --json");
     EXPECT_EQ(failed.exitCode, 1);
     EXPECT_EQ(json::parse(failed.output)["variables"][0]["values"], nullptr);

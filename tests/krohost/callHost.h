@@ -1,7 +1,7 @@
 /// Calls of the host as an add-on makes them.
 #pragma once
 
-#include "host/kro.h"
+#include "interface/kro.h"
 
 #include <cstdint>
 #include <map>

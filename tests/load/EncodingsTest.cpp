@@ -1,4 +1,4 @@
-#include "krohost/vtu/decode.h"
+#include "krohost/reader/decode.h"
 #include "tests/load/Load.h"
 #include "tests/support/meshes.h"
 
@@ -52,8 +52,8 @@ void expectOwnReading(const std::string& path, const MeshPiece& piece) {
     std::map<std::string, std::string> expected, found;
     for (const Array& array : arrays)
         expected[array.name] = encodedArray(array, {Format::AppendedRaw}).substr(4); // without its header
-    const krohost::vtu::Document document = krohost::vtu::readDocument(path);
-    for (const krohost::vtu::Array* array : document.arrays()) {
+    const krohost::reader::Document document = krohost::reader::readDocument(path);
+    for (const krohost::reader::Array* array : document.arrays()) {
         found[array->name].clear();
         const auto decoded = decode(document, *array, [&](std::span<const std::byte> bytes) {
             found[array->name].append(reinterpret_cast<const char*>(bytes.data()), bytes.size());

@@ -2,8 +2,8 @@
 
 #include "tests/load/faults.h"
 
-#include "krohost/Host.h"
-#include "krohost/entries.h"
+#include "krohost/host/line/entries.h"
+#include "krohost/host/runtime/Host.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VtuBuilder.h"
 #include "tests/support/meshes.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/Host.h"
+#include "krohost/host/runtime/Host.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VtuBuilder.h"
 

@@ -1,7 +1,7 @@
 // Every way to write a file and every sample, cut behind each byte and with each byte changed: as they are opened, and
 // behind the back of a host that has opened them.
 
-#include "krohost/Host.h"
+#include "krohost/host/runtime/Host.h"
 #include "tests/load/limits.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/VtuBuilder.h"

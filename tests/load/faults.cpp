@@ -2,7 +2,7 @@
 
 #include "tests/load/faults.h"
 
-#include "krohost/callAddOn.h"
+#include "krohost/host/line/callAddOn.h"
 #include "tests/support/failingAllocation.h"
 
 #include <dlfcn.h>

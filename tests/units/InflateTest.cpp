@@ -1,4 +1,4 @@
-#include "streams/InterleavedInflater.h"
+#include "loader/streams/InterleavedInflater.h"
 
 #include "tests/support/deflate.h"
 

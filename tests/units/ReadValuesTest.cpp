@@ -1,7 +1,7 @@
-#include "streams/readValues.h"
+#include "loader/streams/readValues.h"
 
-#include "krohost/Host.h"
-#include "tests/host/streams.h"
+#include "krohost/host/runtime/Host.h"
+#include "tests/sdk/streams.h"
 #include "tests/support/encoding.h"
 
 #include <gtest/gtest.h>

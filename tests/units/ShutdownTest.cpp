@@ -1,7 +1,7 @@
-#include "addon/AddOn.h"
-#include "addon/registration.h"
+#include "loader/addon/AddOn.h"
+#include "loader/addon/registration.h"
 
-#include "krohost/Host.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "xml/VtkFileXMLParser.h"
+#include "loader/xml/VtkFileXMLParser.h"
 
-#include "host/exceptions.h"
+#include "loader/sdk/exceptions.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

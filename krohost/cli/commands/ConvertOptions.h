@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/write/conversion.h"
+#include "krohost/convert/conversion.h"
 
 #include <string>
 
@@ -9,8 +9,8 @@ namespace krohost::cli {
 /// What `krohost convert` is asked for.
 struct ConvertOptions {
     std::string output;
-    std::optional<write::FileFormat> format; ///< by the output's extension when there is none
-    write::Encoding encoding;
+    std::optional<convert::FileFormat> format; ///< by the output's extension when there is none
+    convert::Encoding encoding;
     bool isRepairing = false; ///< the file is read without the add-on
 };
 

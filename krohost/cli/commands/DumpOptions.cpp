@@ -1,4 +1,4 @@
-#include "krohost/cli/DumpOptions.h"
+#include "krohost/cli/commands/DumpOptions.h"
 
 #include "krohost/cli/CommandLine.h"
 #include "krohost/cli/options.h"

@@ -1,7 +1,7 @@
-#include "krohost/cli/addons.h"
+#include "krohost/cli/commands/addons.h"
 
-#include "krohost/cli/Table.h"
 #include "krohost/cli/options.h"
+#include "krohost/cli/terminal/Table.h"
 #include "krohost/text/printable.h"
 
 #include <CLI/CLI.hpp>

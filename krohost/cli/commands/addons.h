@@ -1,8 +1,8 @@
 #pragma once
 
-#include "krohost/Host.h"
 #include "krohost/cli/CommandLine.h"
-#include "krohost/cli/Console.h"
+#include "krohost/cli/terminal/Console.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <nlohmann/json_fwd.hpp>
 

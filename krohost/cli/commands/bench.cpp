@@ -1,10 +1,10 @@
-#include "krohost/cli/bench.h"
+#include "krohost/cli/commands/bench.h"
 
 #include "krohost/cli/Failure.h"
-#include "krohost/cli/Stopwatch.h"
 #include "krohost/cli/options.h"
-#include "krohost/cli/processFigure.h"
-#include "krohost/cli/suggest.h"
+#include "krohost/cli/report/processFigure.h"
+#include "krohost/cli/terminal/Stopwatch.h"
+#include "krohost/text/suggest.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

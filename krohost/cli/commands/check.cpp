@@ -1,4 +1,4 @@
-#include "krohost/cli/check.h"
+#include "krohost/cli/commands/check.h"
 
 #include "krohost/check/checkFile.h"
 #include "krohost/cli/Failure.h"
@@ -173,15 +173,15 @@ nlohmann::ordered_json checkDocument(const Check& check) {
     const auto textOrNull = [](const std::string& text) { return text.empty() ? ordered_json() : ordered_json(text); };
     ordered_json findings = ordered_json::array();
     for (const Finding& finding : check.findings) {
-        const auto number = [&](std::uint64_t vtu::Position::*member) {
+        const auto number = [&](std::uint64_t reader::Position::*member) {
             return finding.position ? ordered_json(*finding.position.*member) : ordered_json();
         };
         findings.push_back({{"severity", inWords(finding.severity)},
                             {"code", finding.code},
                             {"file", textOrNull(finding.file)},
-                            {"line", number(&vtu::Position::line)},
-                            {"column", number(&vtu::Position::column)},
-                            {"byte", number(&vtu::Position::byte)},
+                            {"line", number(&reader::Position::line)},
+                            {"column", number(&reader::Position::column)},
+                            {"byte", number(&reader::Position::byte)},
                             {"message", finding.message},
                             {"reason", textOrNull(finding.reason)}});
     }

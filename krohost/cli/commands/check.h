@@ -1,10 +1,10 @@
 #pragma once
 
-#include "krohost/Host.h"
 #include "krohost/check/Finding.h"
 #include "krohost/cli/CommandLine.h"
-#include "krohost/cli/ProgressBar.h"
-#include "krohost/cli/loading.h"
+#include "krohost/cli/input/loading.h"
+#include "krohost/cli/terminal/ProgressBar.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <nlohmann/json_fwd.hpp>
 

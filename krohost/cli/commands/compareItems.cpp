@@ -1,6 +1,6 @@
-#include "krohost/cli/compareItems.h"
+#include "krohost/cli/commands/compareItems.h"
 
-#include "krohost/itemType.h"
+#include "krohost/host/model/itemType.h"
 
 #include <algorithm>
 #include <cmath>
@@ -61,7 +61,7 @@ std::size_t nextPlace(const Originals& originals) {
 }
 
 /// The next of the originals if it is that of the place, else what the host holds.
-long double takeOriginal(std::span<const vtu::NarrowedValue>& originals, std::size_t place, long double held) {
+long double takeOriginal(std::span<const reader::NarrowedValue>& originals, std::size_t place, long double held) {
     if (originals.empty() || originals.front().tuple != place)
         return held;
     const long double value = originals.front().value;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "krohost/Deferred.h"
-#include "krohost/vtu/narrowing.h"
+#include "krohost/host/model/Deferred.h"
+#include "krohost/reader/narrowing.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -36,7 +36,7 @@ bool areClose(double left, double right, const Tolerance& tolerance);
 
 /// The values that the files have where hosts hold others, in the order of their places.
 struct Originals {
-    std::span<const vtu::NarrowedValue> left, right;
+    std::span<const reader::NarrowedValue> left, right;
 };
 
 /// Compares one part of two loaded variables or node maps, of whatever storage types. Both must have as many items.

@@ -1,10 +1,10 @@
-#include "krohost/cli/completion.h"
+#include "krohost/cli/commands/completion.h"
 
-#include "krohost/Host.h"
-#include "krohost/cli/addOnPath.h"
-#include "krohost/cli/bashCompletion.h"
-#include "krohost/cli/fishCompletion.h"
-#include "krohost/cli/zshCompletion.h"
+#include "krohost/cli/input/addOnPath.h"
+#include "krohost/cli/shell/bashCompletion.h"
+#include "krohost/cli/shell/fishCompletion.h"
+#include "krohost/cli/shell/zshCompletion.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <CLI/CLI.hpp>
 

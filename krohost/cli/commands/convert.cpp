@@ -1,10 +1,10 @@
-#include "krohost/cli/convert.h"
+#include "krohost/cli/commands/convert.h"
 
 #include "krohost/cli/Failure.h"
-#include "krohost/cli/lossReport.h"
 #include "krohost/cli/options.h"
+#include "krohost/cli/report/lossReport.h"
+#include "krohost/convert/WriteError.h"
 #include "krohost/text/printable.h"
-#include "krohost/write/WriteError.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -43,15 +43,15 @@ void requireCollectionName(const std::filesystem::path& path) {
 }
 
 /// What is asked for, as far as it can be known before the load that it can be done.
-write::Request request(const CommandLine& line, const Plan& plan) {
+convert::Request request(const CommandLine& line, const Plan& plan) {
     const ConvertOptions& options = line.convert;
     const std::filesystem::path path{options.output};
-    const auto format = options.format ? options.format : write::fileFormat(path.extension().string());
+    const auto format = options.format ? options.format : convert::fileFormat(path.extension().string());
     if (!format)
         throw Failure(
             fmt::format("The format of \"{}\" does not follow from its extension; name it with --to.", options.output),
             Exit_Usage);
-    if (*format == write::FileFormat::vtm || *format == write::FileFormat::pvd)
+    if (*format == convert::FileFormat::vtm || *format == convert::FileFormat::pvd)
         requireCollectionName(path);
     return {path, *format, options.encoding, plan.permission, line.isStrict};
 }
@@ -61,22 +61,22 @@ template <class Write>
 void attempt(ConvertOutcome& outcome, const Write& write) {
     try {
         outcome.conversion = write();
-    } catch (const write::NotReplaceable& error) {
+    } catch (const convert::NotReplaceable& error) {
         throw Failure(error.what(), Exit_Usage);
-    } catch (const write::LossesNotAllowed& error) {
+    } catch (const convert::LossesNotAllowed& error) {
         outcome.conversion.losses = error.losses();
         outcome.error = error.what();
-    } catch (const write::WriteError& error) {
+    } catch (const convert::WriteError& error) {
         outcome.error = error.what();
-    } catch (const write::Interrupted&) {
+    } catch (const convert::Interrupted&) {
         // The host knows.
     }
 }
 
-std::uint64_t byteCount(const write::Conversion& conversion) {
+std::uint64_t byteCount(const convert::Conversion& conversion) {
     return std::accumulate(
         conversion.files.begin(), conversion.files.end(), std::uint64_t{0},
-        [](std::uint64_t sum, const write::Outputs::Published& file) { return sum + file.byteCount; });
+        [](std::uint64_t sum, const convert::Outputs::Published& file) { return sum + file.byteCount; });
 }
 
 std::string plural(std::size_t count, const char* noun) {
@@ -88,13 +88,13 @@ std::string plural(std::size_t count, const char* noun) {
 void addConvertOptions(CLI::App& command, CommandLine& line) {
     ConvertOptions& options = line.convert;
     addNewLoadOptions(command, line);
-    using enum write::FileFormat;
-    using enum write::Format;
-    write::Encoding& encoding = options.encoding;
+    using enum convert::FileFormat;
+    using enum convert::Format;
+    convert::Encoding& encoding = options.encoding;
     command.add_option("-o,--output", options.output, "File to write")->required()->type_name("FILE");
     command
         .add_option_function<std::string>(
-            "--to", [&](const std::string& name) { options.format = write::fileFormat(name); },
+            "--to", [&](const std::string& name) { options.format = convert::fileFormat(name); },
             "Its format (default: by its extension)")
         ->check(CLI::IsMember({"vtu", "vtm", "pvd", "vtkhdf", "cgns", "csv"}).description(""))
         ->type_name("vtu|vtm|pvd|vtkhdf|cgns|csv");
@@ -118,7 +118,7 @@ void addConvertOptions(CLI::App& command, CommandLine& line) {
 }
 
 ConvertOutcome convert(Host& host, const CommandLine& line, const Plan& plan) {
-    const write::Request wanted = request(line, plan);
+    const convert::Request wanted = request(line, plan);
     ConvertOutcome outcome;
     outcome.report.loaderName = loaderName(host, line, plan);
     outcome.report.isLoaded = load(host, outcome.report.loaderName, line, plan);
@@ -127,22 +127,22 @@ ConvertOutcome convert(Host& host, const CommandLine& line, const Plan& plan) {
     for (const SeriesFile& file : plan.files)
         inputs.emplace_back(file.path);
     if (outcome.report.isLoaded)
-        attempt(outcome, [&] { return write::convertZones(host, inputs, wanted); });
+        attempt(outcome, [&] { return convert::convertZones(host, inputs, wanted); });
     return outcome;
 }
 
 ConvertOutcome repair(Host& host, const CommandLine& line, const Plan& plan) {
-    const write::Request wanted = request(line, plan);
+    const convert::Request wanted = request(line, plan);
     if (plan.files.size() != 1)
         throw Failure("--repair takes one file.", Exit_Usage);
     ConvertOutcome outcome;
     outcome.report.isLoaded = true; // the only load is that of the result
-    attempt(outcome, [&] { return write::repairFile(host, plan.files.front().path, wanted); });
+    attempt(outcome, [&] { return convert::repairFile(host, plan.files.front().path, wanted); });
     return outcome;
 }
 
 std::string convertText(const CommandLine& line, const ConvertOutcome& outcome) {
-    const write::Conversion& conversion = outcome.conversion;
+    const convert::Conversion& conversion = outcome.conversion;
     return outcome.isConverted() ? fmt::format("{}: {} in {}, {} bytes\n", printableLine(line.convert.output),
                                                plural(conversion.zoneCount, "zone"),
                                                plural(conversion.files.size(), "file"), byteCount(conversion))
@@ -152,11 +152,11 @@ std::string convertText(const CommandLine& line, const ConvertOutcome& outcome) 
 nlohmann::ordered_json convertDocument(const ConvertOutcome& outcome) {
     using nlohmann::ordered_json;
     const auto textOrNull = [](const std::string& text) { return text.empty() ? ordered_json() : ordered_json(text); };
-    const write::Conversion& conversion = outcome.conversion;
+    const convert::Conversion& conversion = outcome.conversion;
     ordered_json files = ordered_json::array(), notes = files;
-    for (const write::Loss& loss : conversion.losses.list())
-        notes.push_back(write::sentence(loss));
-    for (const write::Outputs::Published& file : conversion.files)
+    for (const convert::Loss& loss : conversion.losses.list())
+        notes.push_back(convert::sentence(loss));
+    for (const convert::Outputs::Published& file : conversion.files)
         files.push_back({{"path", file.path.string()}, {"bytes", file.byteCount}});
     return {{"loader", textOrNull(outcome.report.loaderName)},
             {"converted", outcome.isConverted()},

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "krohost/Host.h"
 #include "krohost/cli/CommandLine.h"
-#include "krohost/cli/Report.h"
-#include "krohost/cli/loading.h"
+#include "krohost/cli/input/loading.h"
+#include "krohost/cli/report/Report.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <nlohmann/json_fwd.hpp>
 
@@ -18,9 +18,9 @@ namespace krohost::cli {
 void addConvertOptions(CLI::App& command, CommandLine& line);
 
 struct ConvertOutcome {
-    Report report;                ///< of the load
-    write::Conversion conversion; ///< without files when nothing was written
-    std::string error;            ///< why, as far as no dialog says it
+    Report report;                  ///< of the load
+    convert::Conversion conversion; ///< without files when nothing was written
+    std::string error;              ///< why, as far as no dialog says it
 
     bool isConverted() const { return !conversion.files.empty(); }
     /// Everything that there is of the mesh was written.

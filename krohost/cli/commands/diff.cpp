@@ -1,11 +1,12 @@
-#include "krohost/cli/diff.h"
+#include "krohost/cli/commands/diff.h"
 
-#include "krohost/cli/jsonReport.h"
-#include "krohost/cli/loading.h"
-#include "krohost/cli/lossReport.h"
-#include "krohost/cli/narrowedValues.h"
+#include "krohost/cli/input/loading.h"
 #include "krohost/cli/options.h"
-#include "krohost/timesFromFileNames.h"
+#include "krohost/cli/report/jsonReport.h"
+#include "krohost/cli/report/lossReport.h"
+#include "krohost/cli/report/narrowedValues.h"
+#include "krohost/host/model/timesFromFileNames.h"
+#include "krohost/text/quoted.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -68,7 +69,7 @@ bool isWide(long double value) {
 }
 
 std::string valueText(long double value) {
-    return isWide(value) ? vtu::inDigits(value) : fmt::format("{}", static_cast<double>(value));
+    return isWide(value) ? reader::inDigits(value) : fmt::format("{}", static_cast<double>(value));
 }
 
 std::string extremeText(const char* kind, const Extreme& extreme) {

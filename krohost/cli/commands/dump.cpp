@@ -1,13 +1,14 @@
-#include "krohost/cli/dump.h"
+#include "krohost/cli/commands/dump.h"
 
 #include "krohost/cli/Failure.h"
-#include "krohost/cli/jsonReport.h"
-#include "krohost/cli/lossReport.h"
-#include "krohost/cli/selection.h"
-#include "krohost/itemType.h"
-#include "krohost/write/WriteError.h"
-#include "krohost/write/csv.h"
-#include "krohost/write/zoneFiles.h"
+#include "krohost/cli/input/selection.h"
+#include "krohost/cli/report/jsonReport.h"
+#include "krohost/cli/report/lossReport.h"
+#include "krohost/convert/WriteError.h"
+#include "krohost/convert/csv.h"
+#include "krohost/convert/zoneFiles.h"
+#include "krohost/host/model/itemType.h"
+#include "krohost/text/quoted.h"
 
 #include <fmt/compile.h>
 #include <nlohmann/json.hpp>
@@ -125,7 +126,7 @@ void writeCsv(OutputStream& output, const Dataset& dataset, const Selection& sel
             names.push_back(fmt::format("node{}", number));
     else
         for (const LoadedPart& part : parts)
-            names.push_back(write::csvText(dataset.variables[static_cast<std::size_t>(part.target.variable) - 1]));
+            names.push_back(convert::csvText(dataset.variables[static_cast<std::size_t>(part.target.variable) - 1]));
     print(output, "{}\n", fmt::join(names, ","));
     for (std::int64_t row = parts.front().begin; row < parts.front().end && !Host::isInterrupted(); ++row) {
         writeRow(output, parts, row, ",");
@@ -238,30 +239,31 @@ std::vector<std::filesystem::path> filesOf(const Dataset& dataset, const Zone& z
     const std::vector<std::string> names = paths(plan.files);
     if (names.size() == 1 && dataset.zones.size() == 1)
         return {names.front()};
-    auto [files, collections, areKnown] = write::zoneFiles({names.begin(), names.end()}, dataset.zones.size());
+    auto [files, collections, areKnown] = convert::zoneFiles({names.begin(), names.end()}, dataset.zones.size());
     if (areKnown)
         files = {files[static_cast<std::size_t>(zone.number) - 1]};
     return files;
 }
 
-write::Losses lossesOf(const Dataset& dataset, const Selection& selection, const CommandLine& line, const Plan& plan) {
+convert::Losses lossesOf(const Dataset& dataset, const Selection& selection, const CommandLine& line,
+                         const Plan& plan) {
     const std::vector<std::string>& wanted = line.dump.variables;
-    const auto isWanted = [&](const vtu::Array& array) {
-        if (array.section == vtu::Section::cells || array.section == vtu::Section::fieldData)
-            return selection.isNodeMap && array.section == vtu::Section::cells;
-        const std::vector<std::string> names = vtu::variableNames(array);
-        const char* location = array.section == vtu::Section::cellData ? "cell" : "nodal";
+    const auto isWanted = [&](const reader::Array& array) {
+        if (array.section == reader::Section::cells || array.section == reader::Section::fieldData)
+            return selection.isNodeMap && array.section == reader::Section::cells;
+        const std::vector<std::string> names = reader::variableNames(array);
+        const char* location = array.section == reader::Section::cellData ? "cell" : "nodal";
         return (line.dump.location.empty() || line.dump.location == location) &&
                std::find_first_of(names.begin(), names.end(), wanted.begin(), wanted.end()) != names.end();
     };
     const bool areNodesNarrow = selection.isNodeMap && selection.zone.nodeMap->itemByteCount() == sizeof(std::int32_t);
     try {
         const std::vector<std::filesystem::path> files = filesOf(dataset, selection.zone, plan);
-        write::Losses losses = write::narrowingLosses(files, {isWanted, areNodesNarrow, isWanted});
+        convert::Losses losses = convert::narrowingLosses(files, {isWanted, areNodesNarrow, isWanted});
         if (line.dump.format == DumpFormat::csv && !line.isJson)
-            write::addCsvRenamings(wanted, losses);
+            convert::addCsvRenamings(wanted, losses);
         return losses;
-    } catch (const write::Interrupted&) {
+    } catch (const convert::Interrupted&) {
         return {};
     }
 }

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "krohost/Host.h"
 #include "krohost/cli/CommandLine.h"
-#include "krohost/cli/OutputStream.h"
-#include "krohost/cli/Report.h"
-#include "krohost/cli/loading.h"
+#include "krohost/cli/input/loading.h"
+#include "krohost/cli/report/Report.h"
+#include "krohost/cli/terminal/OutputStream.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <memory>
 

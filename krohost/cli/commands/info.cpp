@@ -1,10 +1,10 @@
-#include "krohost/cli/info.h"
+#include "krohost/cli/commands/info.h"
 
 #include "krohost/cli/Failure.h"
-#include "krohost/cli/Stopwatch.h"
-#include "krohost/cli/layout.h"
-#include "krohost/cli/lossReport.h"
+#include "krohost/cli/input/layout.h"
 #include "krohost/cli/options.h"
+#include "krohost/cli/report/lossReport.h"
+#include "krohost/cli/terminal/Stopwatch.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -22,7 +22,7 @@ void addReportOptions(CLI::App& command, CommandLine& line) {
 }
 
 /// Loaders may record times with fewer digits than they were given.
-void addChangedTimes(const std::vector<double>& times, const std::string& file, write::Losses& losses) {
+void addChangedTimes(const std::vector<double>& times, const std::string& file, convert::Losses& losses) {
     if (!times.empty())
         losses.add(
             {.what = "changed",

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "krohost/Host.h"
 #include "krohost/cli/CommandLine.h"
-#include "krohost/cli/Console.h"
-#include "krohost/cli/ProgressBar.h"
-#include "krohost/cli/Report.h"
-#include "krohost/cli/loading.h"
+#include "krohost/cli/input/loading.h"
+#include "krohost/cli/report/Report.h"
+#include "krohost/cli/terminal/Console.h"
+#include "krohost/cli/terminal/ProgressBar.h"
+#include "krohost/host/runtime/Host.h"
 
 namespace CLI {
 class App;

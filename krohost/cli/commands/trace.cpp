@@ -1,7 +1,7 @@
-#include "krohost/cli/trace.h"
+#include "krohost/cli/commands/trace.h"
 
-#include "krohost/cli/Console.h"
 #include "krohost/cli/options.h"
+#include "krohost/cli/terminal/Console.h"
 #include "krohost/text/printable.h"
 
 #include <CLI/CLI.hpp>

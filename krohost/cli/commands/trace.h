@@ -1,7 +1,7 @@
 #pragma once
 
-#include "krohost/Journal.h"
 #include "krohost/cli/CommandLine.h"
+#include "krohost/host/line/Journal.h"
 
 #include <nlohmann/json_fwd.hpp>
 

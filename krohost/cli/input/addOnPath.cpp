@@ -1,7 +1,7 @@
-#include "krohost/cli/addOnPath.h"
+#include "krohost/cli/input/addOnPath.h"
 
-#include "krohost/Host.h"
-#include "krohost/Journal.h"
+#include "krohost/host/runtime/Host.h"
+#include "krohost/text/quoted.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>

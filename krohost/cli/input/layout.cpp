@@ -1,8 +1,8 @@
-#include "krohost/cli/layout.h"
+#include "krohost/cli/input/layout.h"
 
 #include "krohost/cli/Failure.h"
-#include "krohost/cli/OutputStream.h"
-#include "krohost/cli/smallFile.h"
+#include "krohost/cli/input/smallFile.h"
+#include "krohost/cli/terminal/OutputStream.h"
 #include "krohost/text/printable.h"
 
 #include <fmt/format.h>
@@ -71,7 +71,7 @@ private:
 
 } // namespace
 
-void writeLayout(const std::string& path, const write::Permission& permission, const Instructions& instructions) {
+void writeLayout(const std::string& path, const convert::Permission& permission, const Instructions& instructions) {
     const std::string text = layoutText(path, instructions);
     OutputStream stream{path, permission};
     stream.buffer().append(text);

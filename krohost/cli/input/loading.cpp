@@ -1,10 +1,11 @@
-#include "krohost/cli/loading.h"
+#include "krohost/cli/input/loading.h"
 
 #include "krohost/cli/Failure.h"
-#include "krohost/cli/layout.h"
-#include "krohost/cli/suggest.h"
-#include "krohost/strandGroups.h"
-#include "krohost/write/WriteError.h"
+#include "krohost/cli/input/layout.h"
+#include "krohost/convert/WriteError.h"
+#include "krohost/host/model/strandGroups.h"
+#include "krohost/text/quoted.h"
+#include "krohost/text/suggest.h"
 
 #include <fmt/format.h>
 
@@ -121,9 +122,9 @@ bool append(Host& host, const CommandLine& line, const std::vector<SeriesFile>& 
 }
 
 /// What is named, also by collections and in a layout.
-write::Inputs inputs(const Plan& plan, const std::vector<std::string>& files,
-                     const std::vector<std::string>& appendedFiles) {
-    write::Inputs inputs;
+convert::Inputs inputs(const Plan& plan, const std::vector<std::string>& files,
+                       const std::vector<std::string>& appendedFiles) {
+    convert::Inputs inputs;
     for (const auto& names : {files, paths(plan.files), appendedFiles, paths(plan.appendedFiles),
                               plan.layout ? plan.layout->strings : std::vector<std::string>{}})
         for (const std::string& name : names)
@@ -159,11 +160,11 @@ Plan makePlan(const CommandLine& line) {
 void requireFreeOutputs(const CommandLine& line, Plan& plan) {
     try {
         for (const std::string& file : {line.recordFile, line.dump.outputFile})
-            if (!file.empty() && !write::isStream(file))
+            if (!file.empty() && !convert::isStream(file))
                 plan.permission.require(file);
         if (!line.convert.output.empty())
             plan.permission.require(line.convert.output);
-    } catch (const write::NotReplaceable& error) {
+    } catch (const convert::NotReplaceable& error) {
         throw Failure(error.what(), Exit_Usage);
     }
 }

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "krohost/Host.h"
 #include "krohost/cli/CommandLine.h"
-#include "krohost/cli/Console.h"
-#include "krohost/cli/series.h"
-#include "krohost/write/Outputs.h"
+#include "krohost/cli/input/series.h"
+#include "krohost/cli/terminal/Console.h"
+#include "krohost/convert/Outputs.h"
+#include "krohost/host/runtime/Host.h"
 
 #include <optional>
 #include <string>
@@ -17,7 +17,7 @@ struct Plan {
     std::vector<SeriesFile> files;         ///< none in a replay
     std::optional<Instructions> layout;    ///< of a replay
     std::vector<SeriesFile> appendedFiles; ///< of the second load, if there is one
-    write::Permission permission;          ///< for the files that are written
+    convert::Permission permission;        ///< for the files that are written
 };
 
 std::vector<std::string> paths(const std::vector<SeriesFile>& files);

@@ -1,6 +1,6 @@
-#include "krohost/cli/pvd.h"
+#include "krohost/cli/input/pvd.h"
 
-#include "krohost/cli/smallFile.h"
+#include "krohost/cli/input/smallFile.h"
 
 #include <expat.h>
 #include <fmt/format.h>

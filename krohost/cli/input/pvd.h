@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/cli/series.h"
+#include "krohost/cli/input/series.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,8 +1,8 @@
-#include "krohost/cli/selection.h"
+#include "krohost/cli/input/selection.h"
 
-#include "krohost/Journal.h"
 #include "krohost/cli/Failure.h"
-#include "krohost/cli/suggest.h"
+#include "krohost/text/quoted.h"
+#include "krohost/text/suggest.h"
 
 #include <fmt/format.h>
 

@@ -1,8 +1,8 @@
 /// From what the user names to places in a dataset.
 #pragma once
 
-#include "krohost/Dataset.h"
-#include "krohost/cli/DumpOptions.h"
+#include "krohost/cli/commands/DumpOptions.h"
+#include "krohost/host/model/Dataset.h"
 
 #include <cstddef>
 #include <cstdint>

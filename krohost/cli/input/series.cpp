@@ -1,8 +1,8 @@
-#include "krohost/cli/series.h"
+#include "krohost/cli/input/series.h"
 
 #include "krohost/cli/Failure.h"
-#include "krohost/cli/pvd.h"
-#include "krohost/cli/smallFile.h"
+#include "krohost/cli/input/pvd.h"
+#include "krohost/cli/input/smallFile.h"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,7 @@
-#include "krohost/cli/smallFile.h"
+#include "krohost/cli/input/smallFile.h"
 
 #include "krohost/cli/Failure.h"
-#include "krohost/write/Loss.h"
+#include "krohost/convert/Loss.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -36,7 +36,7 @@ public:
     std::size_t read(std::span<char> bytes) const {
         constexpr int milliseconds = 100; // between two looks at whether to stop
         while (true) {
-            write::pollInterrupt();
+            convert::pollInterrupt();
             pollfd ready{descriptor_, POLLIN, 0};
             if (poll(&ready, 1, milliseconds) <= 0)
                 continue;

@@ -1,4 +1,4 @@
-#include "krohost/cli/Report.h"
+#include "krohost/cli/report/Report.h"
 
 #include <fmt/format.h>
 

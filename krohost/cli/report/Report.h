@@ -1,8 +1,8 @@
 #pragma once
 
-#include "krohost/Dataset.h"
-#include "krohost/Demand.h"
-#include "krohost/write/Loss.h"
+#include "krohost/convert/Loss.h"
+#include "krohost/host/model/Dataset.h"
+#include "krohost/host/runtime/Demand.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +18,7 @@ struct Report {
     std::string stoppedAt; ///< what the load was doing when it failed, where that is known
     bool isDemanded = false;
     std::vector<DemandResult> demands; ///< in the order of Dataset::targets
-    write::Losses losses;              ///< of what was demanded
+    convert::Losses losses;            ///< of what was demanded
 
     /// The summary of part `partIndex` of a target; null when it was not demanded or not loaded.
     const StorageSummary* find(Target target, std::size_t partIndex = 0) const;

@@ -1,6 +1,6 @@
-#include "krohost/cli/jsonReport.h"
+#include "krohost/cli/report/jsonReport.h"
 
-#include "krohost/cli/lossReport.h"
+#include "krohost/cli/report/lossReport.h"
 #include "krohost/text/printable.h"
 
 #include <nlohmann/json.hpp>

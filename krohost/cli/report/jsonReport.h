@@ -1,7 +1,7 @@
 #pragma once
 
 #include "krohost/cli/CommandLine.h"
-#include "krohost/cli/Report.h"
+#include "krohost/cli/report/Report.h"
 
 #include <nlohmann/json_fwd.hpp>
 

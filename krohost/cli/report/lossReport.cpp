@@ -1,6 +1,6 @@
-#include "krohost/cli/lossReport.h"
+#include "krohost/cli/report/lossReport.h"
 
-#include "krohost/write/WriteError.h"
+#include "krohost/convert/WriteError.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -15,17 +15,17 @@ using nlohmann::ordered_json;
 
 /// Numbers that a double cannot hold are texts.
 ordered_json number(long double value) {
-    return vtu::inDigits(value);
+    return reader::inDigits(value);
 }
 
 } // namespace
 
-ordered_json lossList(const write::Losses& losses) {
+ordered_json lossList(const convert::Losses& losses) {
     const auto textOrNull = [](const std::string& text) { return text.empty() ? ordered_json() : ordered_json(text); };
     ordered_json list = ordered_json::array();
-    for (const write::Loss& loss : losses.list()) {
+    for (const convert::Loss& loss : losses.list()) {
         ordered_json object{{"what", loss.what},
-                            {"message", write::sentence(loss)},
+                            {"message", convert::sentence(loss)},
                             {"array", textOrNull(loss.array)},
                             {"location", textOrNull(loss.location)},
                             {"file", textOrNull(loss.file)},
@@ -42,12 +42,12 @@ ordered_json lossList(const write::Losses& losses) {
     return list;
 }
 
-void printLosses(const Console& console, const write::Losses& losses) {
-    for (const write::Loss& loss : losses.list())
-        console.warning(write::sentence(loss));
+void printLosses(const Console& console, const convert::Losses& losses) {
+    for (const convert::Loss& loss : losses.list())
+        console.warning(convert::sentence(loss));
 }
 
-write::Losses lossesOfLoad(const Plan& plan, const write::UsedArrays& used) {
+convert::Losses lossesOfLoad(const Plan& plan, const convert::UsedArrays& used) {
     std::vector<std::filesystem::path> files;
     const auto add = [&files](const std::vector<std::string>& names) {
         std::error_code ignored;
@@ -58,17 +58,17 @@ write::Losses lossesOfLoad(const Plan& plan, const write::UsedArrays& used) {
     add(plan.layout ? plan.layout->strings : paths(plan.files));
     add(paths(plan.appendedFiles));
     try {
-        return write::narrowingLosses(files, used);
-    } catch (const write::Interrupted&) {
+        return convert::narrowingLosses(files, used);
+    } catch (const convert::Interrupted&) {
         return {};
     }
 }
 
-write::UsedArrays allArrays(const Dataset& dataset) {
+convert::UsedArrays allArrays(const Dataset& dataset) {
     const bool areNodesNarrow = std::any_of(dataset.zones.begin(), dataset.zones.end(), [](const Zone& zone) {
         return zone.nodeMap && zone.nodeMap->itemByteCount() == sizeof(std::int32_t);
     });
-    return {[](const vtu::Array&) { return true; }, areNodesNarrow};
+    return {[](const reader::Array&) { return true; }, areNodesNarrow};
 }
 
 } // namespace krohost::cli

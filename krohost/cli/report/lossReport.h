@@ -1,25 +1,25 @@
 #pragma once
 
-#include "krohost/Dataset.h"
-#include "krohost/cli/Console.h"
-#include "krohost/cli/loading.h"
-#include "krohost/write/Loss.h"
+#include "krohost/cli/input/loading.h"
+#include "krohost/cli/terminal/Console.h"
+#include "krohost/convert/Loss.h"
+#include "krohost/host/model/Dataset.h"
 
 #include <nlohmann/json_fwd.hpp>
 
 namespace krohost::cli {
 
 /// The losses as JSON; docs/schemas describes them.
-nlohmann::ordered_json lossList(const write::Losses& losses);
+nlohmann::ordered_json lossList(const convert::Losses& losses);
 
 /// A warning for each loss.
-void printLosses(const Console& console, const write::Losses& losses);
+void printLosses(const Console& console, const convert::Losses& losses);
 
 /// The values of what a plan loads that the host holds otherwise, as far as these arrays are concerned. None after an
 /// interrupt.
-write::Losses lossesOfLoad(const Plan& plan, const write::UsedArrays& used);
+convert::Losses lossesOfLoad(const Plan& plan, const convert::UsedArrays& used);
 
 /// All arrays of a dataset.
-write::UsedArrays allArrays(const Dataset& dataset);
+convert::UsedArrays allArrays(const Dataset& dataset);
 
 } // namespace krohost::cli

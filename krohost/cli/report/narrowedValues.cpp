@@ -1,6 +1,6 @@
-#include "krohost/cli/narrowedValues.h"
+#include "krohost/cli/report/narrowedValues.h"
 
-#include "krohost/write/Loss.h"
+#include "krohost/convert/Loss.h"
 
 #include <algorithm>
 
@@ -13,7 +13,7 @@ constexpr std::size_t countLimit = 1 << 20;
 } // namespace
 
 OriginalFiles::OriginalFiles(const Dataset& dataset, const std::vector<std::filesystem::path>& files)
-    : files_{write::zoneFiles(files, dataset.zones.size())} {}
+    : files_{convert::zoneFiles(files, dataset.zones.size())} {}
 
 std::optional<NarrowedValues> OriginalFiles::ofVariable(const Zone& zone, ValueLocation_e location,
                                                         const std::string& name) {
@@ -31,19 +31,20 @@ std::optional<NarrowedValues> OriginalFiles::ofNodes(const Zone& zone) {
     return found == arrays_.end() ? std::nullopt : collect(*found, 0);
 }
 
-std::optional<NarrowedValues> OriginalFiles::collect(const vtu::PiecewiseArray& array, std::uint64_t component) const {
+std::optional<NarrowedValues> OriginalFiles::collect(const reader::PiecewiseArray& array,
+                                                     std::uint64_t component) const {
     NarrowedValues values;
     bool isWhole = true;
-    vtu::forEachNarrowedValue(
+    reader::forEachNarrowedValue(
         document_, array,
-        [&](const vtu::NarrowedValue& value) {
+        [&](const reader::NarrowedValue& value) {
             if (value.component != component && !array.isConnectivity())
                 return;
             isWhole = isWhole && values.size() < countLimit;
             if (isWhole)
                 values.push_back(value);
         },
-        write::pollInterrupt);
+        convert::pollInterrupt);
     return isWhole ? std::optional{std::move(values)} : std::nullopt;
 }
 
@@ -53,15 +54,15 @@ bool OriginalFiles::read(const Zone& zone) {
         return false;
     if (std::exchange(readIndex_, index) == index)
         return !document_.malformation;
-    document_ = vtu::readDocument(files_.files[index], write::pollInterrupt);
-    arrays_ = vtu::piecewiseArrays(document_);
+    document_ = reader::readDocument(files_.files[index], convert::pollInterrupt);
+    arrays_ = reader::piecewiseArrays(document_);
     components_.clear();
     for (std::size_t arrayIndex = 0; arrayIndex < arrays_.size(); ++arrayIndex) {
-        const vtu::Array& array = arrays_[arrayIndex].first();
-        const bool isAtCells = array.section == vtu::Section::cellData;
+        const reader::Array& array = arrays_[arrayIndex].first();
+        const bool isAtCells = array.section == reader::Section::cellData;
         std::uint64_t number = 0;
-        if (array.section != vtu::Section::cells)
-            for (std::string& name : vtu::variableNames(array))
+        if (array.section != reader::Section::cells)
+            for (std::string& name : reader::variableNames(array))
                 components_.try_emplace({isAtCells ? ValueLocation_CellCentered : ValueLocation_Nodal, std::move(name)},
                                         Component{arrayIndex, number++});
     }

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "krohost/Dataset.h"
-#include "krohost/vtu/narrowing.h"
-#include "krohost/write/zoneFiles.h"
+#include "krohost/convert/zoneFiles.h"
+#include "krohost/host/model/Dataset.h"
+#include "krohost/reader/narrowing.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -16,14 +16,14 @@
 namespace krohost::cli {
 
 /// Values that a host holds otherwise than their file, in the order of their places.
-using NarrowedValues = std::vector<vtu::NarrowedValue>;
+using NarrowedValues = std::vector<reader::NarrowedValue>;
 
 /// The files that the zones of a dataset come from, and what in them the host holds otherwise. Keeps the tags of one
 /// file in memory. [main thread]
 class OriginalFiles {
 public:
     OriginalFiles() = default;
-    /// Throws write::Interrupted, as what is below does.
+    /// Throws convert::Interrupted, as what is below does.
     OriginalFiles(const Dataset& dataset, const std::vector<std::filesystem::path>& files);
 
     /// Of one variable of a zone. Nothing when they are more than a million, or when it is not known which array of
@@ -35,7 +35,7 @@ public:
 private:
     /// False when the zone's file is not known or cannot be read to its end.
     bool read(const Zone& zone);
-    std::optional<NarrowedValues> collect(const vtu::PiecewiseArray& array, std::uint64_t component) const;
+    std::optional<NarrowedValues> collect(const reader::PiecewiseArray& array, std::uint64_t component) const;
 
     using VariableKey = std::pair<ValueLocation_e, std::string>;
     struct Component {
@@ -43,10 +43,10 @@ private:
         std::uint64_t number;
     };
 
-    write::ZoneFiles files_;
+    convert::ZoneFiles files_;
     std::size_t readIndex_ = SIZE_MAX;
-    vtu::Document document_;
-    std::vector<vtu::PiecewiseArray> arrays_;
+    reader::Document document_;
+    std::vector<reader::PiecewiseArray> arrays_;
     std::map<VariableKey, Component> components_;
 };
 

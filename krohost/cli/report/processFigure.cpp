@@ -1,4 +1,4 @@
-#include "krohost/cli/processFigure.h"
+#include "krohost/cli/report/processFigure.h"
 
 #include <fstream>
 

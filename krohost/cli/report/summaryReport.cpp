@@ -1,6 +1,6 @@
-#include "krohost/cli/summaryReport.h"
+#include "krohost/cli/report/summaryReport.h"
 
-#include "krohost/cli/Table.h"
+#include "krohost/cli/terminal/Table.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>

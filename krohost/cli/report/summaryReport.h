@@ -1,7 +1,7 @@
 #pragma once
 
-#include "krohost/cli/Console.h"
-#include "krohost/cli/Report.h"
+#include "krohost/cli/report/Report.h"
+#include "krohost/cli/terminal/Console.h"
 
 #include <cstddef>
 #include <string>

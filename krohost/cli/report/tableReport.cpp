@@ -1,7 +1,7 @@
-#include "krohost/cli/tableReport.h"
+#include "krohost/cli/report/tableReport.h"
 
-#include "krohost/cli/Table.h"
-#include "krohost/cli/summaryReport.h"
+#include "krohost/cli/report/summaryReport.h"
+#include "krohost/cli/terminal/Table.h"
 #include "krohost/text/printable.h"
 
 #include <fmt/format.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/cli/commandModel.h"
+#include "krohost/cli/shell/commandModel.h"
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "krohost/cli/bashCompletion.h"
+#include "krohost/cli/shell/bashCompletion.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>

@@ -1,4 +1,4 @@
-#include "krohost/cli/commandModel.h"
+#include "krohost/cli/shell/commandModel.h"
 
 #include <CLI/CLI.hpp>
 

@@ -21,7 +21,7 @@ enum class ValueKind {
 
 struct OptionModel {
     std::vector<std::string> names; ///< "-j", "--jobs"; none for a positional argument
-    std::string valueName;        ///< "FILE"
+    std::string valueName;          ///< "FILE"
     ValueKind kind = ValueKind::none;
     std::vector<std::string> choices;
     bool takesSeveral = false;

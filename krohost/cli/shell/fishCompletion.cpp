@@ -1,4 +1,4 @@
-#include "krohost/cli/fishCompletion.h"
+#include "krohost/cli/shell/fishCompletion.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/cli/CompletionModel.h"
+#include "krohost/cli/shell/CompletionModel.h"
 
 namespace krohost::cli {
 

@@ -1,6 +1,6 @@
-#include "krohost/cli/manPage.h"
+#include "krohost/cli/shell/manPage.h"
 
-#include "krohost/cli/commandModel.h"
+#include "krohost/cli/shell/commandModel.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>

@@ -1,4 +1,4 @@
-#include "krohost/cli/zshCompletion.h"
+#include "krohost/cli/shell/zshCompletion.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>

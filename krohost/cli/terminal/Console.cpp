@@ -1,4 +1,4 @@
-#include "krohost/cli/Console.h"
+#include "krohost/cli/terminal/Console.h"
 
 #include "krohost/text/printable.h"
 

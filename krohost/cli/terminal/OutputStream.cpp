@@ -1,8 +1,8 @@
-#include "krohost/cli/OutputStream.h"
+#include "krohost/cli/terminal/OutputStream.h"
 
 #include "krohost/cli/Failure.h"
-#include "krohost/write/Loss.h"
-#include "krohost/write/WriteError.h"
+#include "krohost/convert/Loss.h"
+#include "krohost/convert/WriteError.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -20,9 +20,9 @@ template <class Use>
 auto asFailure(const Use& use) {
     try {
         return use();
-    } catch (const write::NotReplaceable& error) {
+    } catch (const convert::NotReplaceable& error) {
         throw Failure(error.what(), Exit_Usage);
-    } catch (const write::WriteError& error) {
+    } catch (const convert::WriteError& error) {
         throw Failure(error.what(), Exit_Failed);
     }
 }
@@ -32,7 +32,7 @@ std::FILE* openStream(const std::string& path) {
     constexpr int milliseconds = 100; // between two tries
     int descriptor = -1;
     while ((descriptor = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)) < 0 && errno == ENXIO) {
-        write::pollInterrupt();
+        convert::pollInterrupt();
         poll(nullptr, 0, milliseconds);
     }
     if (descriptor < 0)
@@ -43,20 +43,20 @@ std::FILE* openStream(const std::string& path) {
 
 } // namespace
 
-OutputStream::OutputStream(const std::string& path, const write::Permission& permission)
+OutputStream::OutputStream(const std::string& path, const convert::Permission& permission)
     : name_{path.empty() ? "Standard output" : fmt::format("The file \"{}\"", path)}, file_{open(path, permission)} {
     if (!file_)
         fail();
 }
 
-std::FILE* OutputStream::open(const std::string& path, const write::Permission& permission) {
+std::FILE* OutputStream::open(const std::string& path, const convert::Permission& permission) {
     if (path.empty())
         return stdout;
-    if (const auto descriptor = write::namedDescriptor(path)) {
+    if (const auto descriptor = convert::namedDescriptor(path)) {
         const int own = fcntl(*descriptor, F_DUPFD_CLOEXEC, 0);
         return own < 0 ? nullptr : fdopen(own, "wb");
     }
-    if (write::isStream(path))
+    if (convert::isStream(path))
         return openStream(path);
     outputs_.emplace(permission);
     return std::fopen(asFailure([&] { return outputs_->begin(path); }).c_str(), "wbxe");

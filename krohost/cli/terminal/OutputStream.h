@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/write/Outputs.h"
+#include "krohost/convert/Outputs.h"
 
 #include <fmt/format.h>
 
@@ -17,7 +17,7 @@ namespace krohost::cli {
 class OutputStream {
 public:
     /// Standard output for an empty path.
-    OutputStream(const std::string& path, const write::Permission& permission);
+    OutputStream(const std::string& path, const convert::Permission& permission);
     ~OutputStream();
     OutputStream(const OutputStream&) = delete;
     OutputStream& operator=(const OutputStream&) = delete;
@@ -35,12 +35,12 @@ public:
     void finish();
 
 private:
-    std::FILE* open(const std::string& path, const write::Permission& permission);
+    std::FILE* open(const std::string& path, const convert::Permission& permission);
     void writeBuffer();
     [[noreturn]] void fail() const;
 
     std::string name_;
-    std::optional<write::Outputs> outputs_; // of a new file
+    std::optional<convert::Outputs> outputs_; // of a new file
     std::FILE* file_;
     fmt::memory_buffer buffer_;
 };

@@ -1,8 +1,8 @@
-#include "krohost/cli/ProgressBar.h"
+#include "krohost/cli/terminal/ProgressBar.h"
 
-#include "krohost/cli/Console.h"
-#include "krohost/cli/byteText.h"
-#include "krohost/cli/processFigure.h"
+#include "krohost/cli/report/processFigure.h"
+#include "krohost/cli/terminal/Console.h"
+#include "krohost/cli/terminal/byteText.h"
 #include "krohost/text/printable.h"
 
 #include <fmt/format.h>

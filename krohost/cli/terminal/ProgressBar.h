@@ -1,7 +1,7 @@
 #pragma once
 
 #include "krohost/cli/CommandLine.h"
-#include "krohost/cli/Stopwatch.h"
+#include "krohost/cli/terminal/Stopwatch.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "krohost/cli/Table.h"
+#include "krohost/cli/terminal/Table.h"
 
 #include "krohost/text/printable.h"
 

@@ -1,4 +1,4 @@
-#include "krohost/cli/byteText.h"
+#include "krohost/cli/terminal/byteText.h"
 
 #include <fmt/format.h>
 

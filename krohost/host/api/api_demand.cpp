@@ -1,7 +1,7 @@
-#include "host/kro.h"
+#include "interface/kro.h"
 
-#include "krohost/CallbackScope.h"
-#include "krohost/callGuard.h"
+#include "krohost/host/api/callGuard.h"
+#include "krohost/host/line/CallbackScope.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,8 @@
-#include "host/kro.h"
+#include "interface/kro.h"
 
-#include "krohost/callGuard.h"
+#include "krohost/host/api/callGuard.h"
+
+#include "krohost/text/quoted.h"
 
 #include <fmt/format.h>
 

@@ -1,8 +1,9 @@
-#include "host/kro.h"
+#include "interface/kro.h"
 
-#include "krohost/CallbackScope.h"
-#include "krohost/Interrupt.h"
-#include "krohost/callGuard.h"
+#include "krohost/host/api/callGuard.h"
+#include "krohost/host/line/CallbackScope.h"
+#include "krohost/host/runtime/Interrupt.h"
+#include "krohost/text/quoted.h"
 
 #include <fmt/format.h>
 

@@ -1,4 +1,6 @@
-#include "krohost/callGuard.h"
+#include "krohost/host/api/callGuard.h"
+
+#include "krohost/text/quoted.h"
 
 #include <fmt/format.h>
 

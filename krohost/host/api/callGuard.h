@@ -1,10 +1,10 @@
 /// What every function of the C interface does around its own work.
 #pragma once
 
-#include "krohost/HostState.h"
-#include "krohost/callAddOn.h"
-#include "krohost/contract.h"
-#include "krohost/entries.h"
+#include "krohost/host/line/callAddOn.h"
+#include "krohost/host/line/contract.h"
+#include "krohost/host/line/entries.h"
+#include "krohost/host/runtime/HostState.h"
 
 #include <cstddef>
 #include <cstdint>

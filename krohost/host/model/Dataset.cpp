@@ -1,6 +1,7 @@
-#include "krohost/Dataset.h"
+#include "krohost/host/model/Dataset.h"
 
-#include "krohost/Journal.h"
+#include "krohost/host/line/Journal.h"
+#include "krohost/text/quoted.h"
 
 #include <fmt/format.h>
 

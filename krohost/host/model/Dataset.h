@@ -1,8 +1,8 @@
 /// What an add-on has put into the host: plain records, filled through the C interface.
 #pragma once
 
-#include "host/kro.h"
-#include "krohost/Deferred.h"
+#include "interface/kro.h"
+#include "krohost/host/model/Deferred.h"
 
 #include <cstdint>
 #include <map>

@@ -1,7 +1,7 @@
-#include "krohost/Deferred.h"
+#include "krohost/host/model/Deferred.h"
 
-#include "krohost/callAddOn.h"
-#include "krohost/itemType.h"
+#include "krohost/host/line/callAddOn.h"
+#include "krohost/host/model/itemType.h"
 
 #include <fmt/format.h>
 

@@ -1,10 +1,10 @@
 /// The handles behind which an add-on fills values and node maps on demand.
 #pragma once
 
-#include "host/kro.h"
-#include "krohost/CallbackScope.h"
-#include "krohost/Journal.h"
-#include "krohost/Storage.h"
+#include "interface/kro.h"
+#include "krohost/host/line/CallbackScope.h"
+#include "krohost/host/line/Journal.h"
+#include "krohost/host/model/Storage.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "krohost/Storage.h"
+#include "krohost/host/model/Storage.h"
 
 #include <algorithm>
 #include <array>

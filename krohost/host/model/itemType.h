@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/Deferred.h"
+#include "krohost/host/model/Deferred.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "krohost/strandGroups.h"
+#include "krohost/host/model/strandGroups.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/Dataset.h"
+#include "krohost/host/model/Dataset.h"
 
 #include <cstdint>
 #include <span>

@@ -1,4 +1,4 @@
-#include "krohost/timesFromFileNames.h"
+#include "krohost/host/model/timesFromFileNames.h"
 
 #include <charconv>
 #include <filesystem>

@@ -1,6 +1,6 @@
-#include "krohost/zoneArguments.h"
+#include "krohost/host/model/zoneArguments.h"
 
-#include "krohost/contract.h"
+#include "krohost/host/line/contract.h"
 
 #include <fmt/format.h>
 

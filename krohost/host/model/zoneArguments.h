@@ -1,7 +1,7 @@
 #pragma once
 
-#include "krohost/ArgumentList.h"
-#include "krohost/Dataset.h"
+#include "krohost/host/model/ArgumentList.h"
+#include "krohost/host/model/Dataset.h"
 
 #include <cstddef>
 

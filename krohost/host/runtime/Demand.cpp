@@ -1,9 +1,9 @@
-#include "krohost/Demand.h"
+#include "krohost/host/runtime/Demand.h"
 
-#include "krohost/Hold.h"
-#include "krohost/HostState.h"
-#include "krohost/Interrupt.h"
-#include "krohost/itemType.h"
+#include "krohost/host/model/itemType.h"
+#include "krohost/host/runtime/Hold.h"
+#include "krohost/host/runtime/HostState.h"
+#include "krohost/host/runtime/Interrupt.h"
 
 #include <zlib.h>
 

@@ -1,7 +1,7 @@
 /// Loads on demand, many at once, and looks at what came.
 #pragma once
 
-#include "krohost/Deferred.h"
+#include "krohost/host/model/Deferred.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "krohost/Hold.h"
+#include "krohost/host/runtime/Hold.h"
 
-#include "krohost/Dataset.h"
-#include "krohost/HostState.h"
+#include "krohost/host/model/Dataset.h"
+#include "krohost/host/runtime/HostState.h"
 
 namespace krohost {
 

@@ -1,7 +1,8 @@
-#include "krohost/Host.h"
+#include "krohost/host/runtime/Host.h"
 
-#include "krohost/HostState.h"
-#include "krohost/Interrupt.h"
+#include "krohost/host/runtime/HostState.h"
+#include "krohost/host/runtime/Interrupt.h"
+#include "krohost/text/quoted.h"
 
 #include <fmt/format.h>
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "krohost/AddOn.h"
-#include "krohost/Dataset.h"
-#include "krohost/Demand.h"
-#include "krohost/Hold.h"
-#include "krohost/HostOptions.h"
-#include "krohost/Journal.h"
-#include "krohost/Loader.h"
+#include "krohost/host/line/Journal.h"
+#include "krohost/host/model/Dataset.h"
+#include "krohost/host/runtime/AddOn.h"
+#include "krohost/host/runtime/Demand.h"
+#include "krohost/host/runtime/Hold.h"
+#include "krohost/host/runtime/HostOptions.h"
+#include "krohost/host/runtime/Loader.h"
 
 #include <cstdint>
 #include <deque>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/Journal.h"
+#include "krohost/host/line/Journal.h"
 
 #include <cstdint>
 #include <functional>

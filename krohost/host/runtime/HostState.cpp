@@ -1,11 +1,11 @@
-#include "krohost/HostState.h"
+#include "krohost/host/runtime/HostState.h"
 
-#include "krohost/CallbackScope.h"
-#include "krohost/Interrupt.h"
-#include "krohost/callAddOn.h"
-#include "krohost/contract.h"
-#include "krohost/entries.h"
-#include "krohost/strandGroups.h"
+#include "krohost/host/line/CallbackScope.h"
+#include "krohost/host/line/callAddOn.h"
+#include "krohost/host/line/contract.h"
+#include "krohost/host/line/entries.h"
+#include "krohost/host/model/strandGroups.h"
+#include "krohost/host/runtime/Interrupt.h"
 #include "krohost/text/letterCase.h"
 
 #include <fmt/format.h>

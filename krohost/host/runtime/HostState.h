@@ -1,14 +1,14 @@
 #pragma once
 
-#include "krohost/AddOn.h"
-#include "krohost/ArgumentList.h"
-#include "krohost/Brackets.h"
-#include "krohost/CallGate.h"
-#include "krohost/Dataset.h"
-#include "krohost/HostOptions.h"
-#include "krohost/Journal.h"
-#include "krohost/Loader.h"
-#include "krohost/MemoryBudget.h"
+#include "krohost/host/line/Brackets.h"
+#include "krohost/host/line/CallGate.h"
+#include "krohost/host/line/Journal.h"
+#include "krohost/host/model/ArgumentList.h"
+#include "krohost/host/model/Dataset.h"
+#include "krohost/host/runtime/AddOn.h"
+#include "krohost/host/runtime/HostOptions.h"
+#include "krohost/host/runtime/Loader.h"
+#include "krohost/host/runtime/MemoryBudget.h"
 
 #include <atomic>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "krohost/Interrupt.h"
+#include "krohost/host/runtime/Interrupt.h"
 
 namespace krohost {
 

@@ -1,6 +1,6 @@
-#include "krohost/MemoryBudget.h"
+#include "krohost/host/runtime/MemoryBudget.h"
 
-#include "krohost/Deferred.h"
+#include "krohost/host/model/Deferred.h"
 
 #include <algorithm>
 #include <iterator>

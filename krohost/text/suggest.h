@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace krohost::cli {
+namespace krohost {
 
 /// The name with the fewest letters to change, when these are few.
 std::optional<std::string> nearestName(const std::string& wanted, const std::vector<std::string>& names);
@@ -13,4 +13,4 @@ std::optional<std::string> nearestName(const std::string& wanted, const std::vec
 /// `There is no variable "q"; there is "X", "Y".`, with at most 40 names, the nearest one first.
 std::string noSuch(const char* kind, const std::string& wanted, const std::vector<std::string>& names);
 
-} // namespace krohost::cli
+} // namespace krohost

@@ -1,6 +1,6 @@
-#include "host/base64.h"
-#include "host/Base64InputStream.h"
-#include "tests/host/streams.h"
+#include "loader/sdk/base64.h"
+#include "loader/sdk/Base64InputStream.h"
+#include "tests/sdk/streams.h"
 #include "tests/support/encoding.h"
 
 #include <gtest/gtest.h>

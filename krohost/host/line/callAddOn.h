@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/kro.h"
-#include "krohost/Journal.h"
+#include "interface/kro.h"
+#include "krohost/host/line/Journal.h"
 
 #include <functional>
 #include <optional>

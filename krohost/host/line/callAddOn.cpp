@@ -1,4 +1,4 @@
-#include "krohost/callAddOn.h"
+#include "krohost/host/line/callAddOn.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/contract.h"
+#include "krohost/host/line/contract.h"
 
 #include <mutex>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/entries.h"
+#include "krohost/host/line/entries.h"
 
 #include <array>
 #include <atomic>

@@ -1,9 +1,9 @@
 /// String and argument lists as they cross the line, and the strict reader of argument lists.
 #pragma once
 
-#include "krohost/Tracked.h"
+#include "krohost/host/line/Tracked.h"
 
-#include "host/kro.h"
+#include "interface/kro.h"
 
 #include <cstdint>
 #include <initializer_list>

@@ -1,7 +1,8 @@
-#include "krohost/ArgumentList.h"
+#include "krohost/host/model/ArgumentList.h"
 
-#include "krohost/Journal.h"
-#include "krohost/contract.h"
+#include "krohost/host/line/Journal.h"
+#include "krohost/host/line/contract.h"
+#include "krohost/text/quoted.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>

@@ -1,4 +1,4 @@
-#include "krohost/CallbackScope.h"
+#include "krohost/host/line/CallbackScope.h"
 
 namespace krohost {
 

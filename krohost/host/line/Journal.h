@@ -74,12 +74,4 @@ private:
     Record record_;
 };
 
-/// The text in double quotes with backslash escapes, as it stands in a line; `null` for a null pointer.
-std::string quoted(std::string_view text);
-std::string quoted(const char* text);
-/// `["a", "b"]`
-std::string quoted(const std::vector<std::string>& texts);
-/// `[1, 2, 3]`; of more than 16 numbers the first 8 and how many there are.
-std::string abbreviated(const std::vector<std::int64_t>& numbers);
-
 } // namespace krohost

@@ -1,6 +1,6 @@
-#include "krohost/Brackets.h"
+#include "krohost/host/line/Brackets.h"
 
-#include "krohost/contract.h"
+#include "krohost/host/line/contract.h"
 
 #include <utility>
 

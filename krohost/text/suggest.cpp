@@ -1,6 +1,6 @@
-#include "krohost/cli/suggest.h"
+#include "krohost/text/suggest.h"
 
-#include "krohost/Journal.h"
+#include "krohost/text/quoted.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -9,7 +9,7 @@
 #include <numeric>
 #include <set>
 
-namespace krohost::cli {
+namespace krohost {
 
 namespace {
 
@@ -64,4 +64,4 @@ std::string noSuch(const char* kind, const std::string& wanted, const std::vecto
                        moreCount == 0 ? "" : fmt::format(" and {} more", moreCount));
 }
 
-} // namespace krohost::cli
+} // namespace krohost

@@ -1,8 +1,8 @@
-#include "tests/host/streams.h"
-#include "host/Base64InputStream.h"
-#include "host/BufferedInputStream.h"
-#include "host/FileInputStream.h"
-#include "host/RestrictedSectionInputStream.h"
+#include "tests/sdk/streams.h"
+#include "loader/sdk/Base64InputStream.h"
+#include "loader/sdk/BufferedInputStream.h"
+#include "loader/sdk/FileInputStream.h"
+#include "loader/sdk/RestrictedSectionInputStream.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/encoding.h"
 

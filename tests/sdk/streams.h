@@ -1,8 +1,8 @@
 /// Streams over the bytes of a string, and what comes out of streams as a string.
 #pragma once
 
-#include "host/ByteInputStream.h"
-#include "host/exceptions.h"
+#include "loader/sdk/ByteInputStream.h"
+#include "loader/sdk/exceptions.h"
 
 #include <gtest/gtest.h>
 

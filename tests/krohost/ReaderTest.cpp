@@ -1,6 +1,6 @@
-#include "host/ByteInputStream.h"
-#include "krohost/vtu/decode.h"
-#include "streams/AsciiTokenizer.h"
+#include "krohost/reader/decode.h"
+#include "loader/sdk/ByteInputStream.h"
+#include "loader/streams/AsciiTokenizer.h"
 #include "tests/support/VtuBuilder.h"
 #include "tests/support/meshes.h"
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-using namespace krohost::vtu;
+using namespace krohost::reader;
 using test::vtu;
 
 const Array& named(const Document& document, const std::string& name) {
@@ -50,7 +50,7 @@ std::optional<std::string> loaded(const std::string& text) {
 
 } // namespace
 
-TEST(Vtu, TakesForANumberWhatTheLoaderTakes) {
+TEST(Reader, TakesForANumberWhatTheLoaderTakes) {
     std::istringstream words{"5 +5 -5 +-5 -+5 ++5 + - -0 -00 -0x 0x10 007 1.5 1. .5 1e3 1e 1e400 -1e400 1e-400 -1e-400 "
                              "1e39 -1e-60 1e-45 nan NAN(x) nan( -inf infinity infi 7-8 1- 300 -129 4294967296 1e-3-2 "
                              "8.5.5 \xC2\xB2 1,5 0.1 1.00000017881393432617187499 18446744073709551616 " +
@@ -76,7 +76,7 @@ TEST(Vtu, TakesForANumberWhatTheLoaderTakes) {
     EXPECT_EQ(decodeAll(document, named(document, "Points")).bytes, "");
 }
 
-TEST(Vtu, AsksWhetherToStopForWhatAFewBytesInflateTo) {
+TEST(Reader, AsksWhetherToStopForWhatAFewBytesInflateTo) {
     const test::TemporaryFolder folder;
     const test::Array zeros = integers("a", test::ElementType::Int64, std::vector<std::int64_t>(400000));
     vtu().piece(test::hexahedron().withPointData(zeros)).appendedRaw().compressed(1 << 22).write(folder / "a.vtu");
@@ -88,7 +88,7 @@ TEST(Vtu, AsksWhetherToStopForWhatAFewBytesInflateTo) {
     EXPECT_GE(pollCount, 3200000 >> 16);
 }
 
-TEST(Vtu, EveryPrefixOfAFileIsReadOrFaulty) {
+TEST(Reader, EveryPrefixOfAFileIsReadOrFaulty) {
     const test::TemporaryFolder folder;
     for (const bool isRaw : {true, false}) {
         auto file = vtu().piece(test::hexahedron()).compressed(64);

@@ -1,6 +1,6 @@
-#include "krohost/CallGate.h"
+#include "krohost/host/line/CallGate.h"
 
-#include "krohost/contract.h"
+#include "krohost/host/line/contract.h"
 
 #include <fmt/format.h>
 
