@@ -54,6 +54,8 @@ std::optional<Wide> inflatedByteCount(Words words, std::size_t wordByteCount) {
         return 0;
     if (*blockCount * wordByteCount > words.byteCount())
         return std::nullopt;
+    if (*blockByteCount == 0 && *blockCount > 1)
+        return std::nullopt;
     Wide compressed = 0;
     for (Wide block = 0; block < *blockCount; ++block)
         compressed += *words.next();
