@@ -2,6 +2,7 @@
 
 #include "fuzz/fuzz.h"
 
+#include "krohost/cli/CommandLine.h"
 #include "krohost/cli/run.h"
 
 #include <cstdio>
@@ -48,9 +49,10 @@ ToolRun runTool(std::vector<std::string> arguments) {
     for (const std::string& argument : arguments)
         words.push_back(argument.c_str());
     Captured output(stdout), errors(stderr);
-    const auto parsed = krohost::cli::parseCommandLine(static_cast<int>(words.size()), words.data());
+    auto parsed = krohost::cli::parseCommandLine(static_cast<int>(words.size()), words.data());
     const int* usage = std::get_if<int>(&parsed);
-    const int exitCode = usage != nullptr ? *usage : krohost::cli::run(std::get<krohost::cli::CommandLine>(parsed));
+    const int exitCode =
+        usage != nullptr ? *usage : krohost::cli::run(*std::get<std::unique_ptr<krohost::cli::Command>>(parsed));
     return {exitCode, output.text(), errors.text()};
 }
 

@@ -5,6 +5,7 @@ import re
 import sys
 
 LINE = "interface/kro.h"
+HOST = "krohost/host/runtime krohost/host/model krohost/host/line"
 ROOMS = {
     "interface": "",
     "loader/cells": "",
@@ -22,8 +23,14 @@ ROOMS = {
     "krohost/reader": "krohost/text",
     "krohost/check": "krohost/reader krohost/text",
     "krohost/convert": "krohost/reader krohost/host/runtime krohost/host/model krohost/text loader/cells",
-    "krohost/cli": "krohost/convert krohost/check krohost/reader krohost/host/runtime krohost/host/model krohost/host/line "
-    "krohost/text",
+    "krohost/cli/shell": "",
+    "krohost/cli/terminal": "krohost/convert krohost/text",
+    "krohost/cli/input": f"krohost/cli/terminal krohost/convert {HOST} krohost/text",
+    "krohost/cli/report": f"krohost/cli/input krohost/cli/terminal krohost/convert krohost/reader {HOST} krohost/text",
+    "krohost/cli/commands": "krohost/cli/report krohost/cli/input krohost/cli/terminal krohost/cli/shell krohost/check "
+    f"krohost/convert krohost/reader {HOST} krohost/text",
+    "krohost/cli": "krohost/cli/commands krohost/cli/report krohost/cli/input krohost/cli/terminal krohost/cli/shell "
+    f"krohost/convert {HOST} krohost/text",
 }
 
 

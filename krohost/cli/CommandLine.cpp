@@ -1,16 +1,9 @@
 #include "krohost/cli/CommandLine.h"
 
-#include "krohost/cli/commands/addons.h"
-#include "krohost/cli/commands/bench.h"
-#include "krohost/cli/commands/check.h"
 #include "krohost/cli/commands/completion.h"
-#include "krohost/cli/commands/convert.h"
-#include "krohost/cli/commands/diff.h"
-#include "krohost/cli/commands/info.h"
-#include "krohost/cli/commands/trace.h"
-#include "krohost/cli/report/jsonReport.h"
+#include "krohost/cli/commands/table.h"
 #include "krohost/cli/shell/manPage.h"
-#include "krohost/cli/terminal/Console.h"
+#include "krohost/cli/terminal/Failure.h"
 #include "krohost/text/suggest.h"
 
 #include <CLI/CLI.hpp>
@@ -24,54 +17,6 @@ namespace krohost::cli {
 
 namespace {
 
-struct CommandEntry {
-    Command command;
-    const char* name;
-    const char* summary;
-    void (*addOptions)(CLI::App& command, CommandLine& line);
-    const char* examples; ///< command lines that work, each with what it does
-};
-
-constexpr std::array commands{
-    CommandEntry{Command::info, "info", "Show zones and variables (the default)", addInfoOptions,
-                 "  krohost wing.vtu                          what the file holds\n"
-                 "  krohost info --demand wing.vtu            with the range and checksum of all values\n"
-                 "  krohost info --json wing.vtu              the same for programs\n"
-                 "  krohost 'step*.vtu'                       a time series\n"
-                 "  krohost --record layout.json run.pvd      keeps how it was loaded, for replay\n"},
-    CommandEntry{Command::replay, "replay", "The same for a load that --record has written", addReplayOptions,
-                 "  krohost replay layout.json                loads once more what was recorded\n"
-                 "  krohost replay --demand layout.json --append wing.vtu\n"},
-    CommandEntry{Command::trace, "trace", "Print every call between host and add-on", addTraceOptions,
-                 "  krohost trace wing.vtu                    the calls of a load\n"
-                 "  krohost trace --only KroUtilDataSet --only KroUtilVar wing.vtu\n"
-                 "  krohost trace --demand --jsonl wing.vtu   one JSON object a call\n"},
-    CommandEntry{Command::bench, "bench", "Load every variable and node map, keep them, and show what it took",
-                 addBenchOptions,
-                 "  krohost bench -j 4 run.pvd                with four threads\n"
-                 "  krohost bench --json --variable pressure wing.vtu\n"},
-    CommandEntry{Command::dump, "dump", "Write the values of variables, or a node map", addDumpOptions,
-                 "  krohost dump wing.vtu --variable pressure --range :5\n"
-                 "  krohost dump wing.vtu --variable X --variable Y --format csv -o xy.csv\n"
-                 "  krohost dump wing.vtu --node-map --format npy -o nodes.npy\n"},
-    CommandEntry{Command::diff, "diff", "Compare two datasets, A and B", addDiffOptions,
-                 "  krohost diff step1.vtu step2.vtu          ends with 5 when they differ\n"
-                 "  krohost diff --rtol 1e-6 step1.vtu step2.vtu\n"},
-    CommandEntry{Command::check, "check", "Load everything in each file and list what is wrong with it",
-                 addCheckOptions,
-                 "  krohost check wing.vtu                    whether everything loads\n"
-                 "  krohost check --deep --explain wing.vtu   and what is wrong where in the file\n"
-                 "  krohost check --json 'step*.vtu'\n"},
-    CommandEntry{Command::convert, "convert", "Write what was loaded as .vtu, .vtm, .pvd, .vtkhdf, .cgns or .csv",
-                 addConvertOptions,
-                 "  krohost convert wing.vtu -o wing.cgns\n"
-                 "  krohost convert 'step*.vtu' -o all.pvd    a file for each zone, and one that names them\n"
-                 "  krohost convert --repair lz4.vtu -o zlib.vtu\n"},
-    CommandEntry{Command::addons, "addons", "Show the add-on and the loaders that it brings", addAddOnsOptions,
-                 "  krohost addons                            which files can be loaded\n"
-                 "  krohost addons --json\n"},
-};
-
 constexpr const char* exitCodes = "\nExit codes:\n"
                                   "    0  done\n"
                                   "    1  the load or a demand failed, or the results cannot be written\n"
@@ -84,8 +29,8 @@ constexpr const char* exitCodes = "\nExit codes:\n"
 
 std::vector<std::string> commandNames() {
     std::vector<std::string> names;
-    for (const CommandEntry& entry : commands)
-        names.push_back(entry.name);
+    for (const CommandEntry* entry : commandTable)
+        names.push_back(entry->name);
     return names;
 }
 
@@ -117,22 +62,28 @@ std::vector<std::string> completedArguments(std::vector<std::string> arguments) 
     return arguments;
 }
 
-void addCommands(CLI::App& app, CommandLine& line) {
+using Commands = std::vector<std::unique_ptr<Command>>; ///< as in the table
+
+Commands addCommands(CLI::App& app) {
     app.require_subcommand(1);
     app.set_version_flag("--version", "krohost " KROHOST_VERSION);
-    app.footer(std::string{"Examples:\n"} + commands.front().examples +
+    app.footer(std::string{"Examples:\n"} + commandTable.front()->examples +
                "\nkrohost COMMAND --help shows the options and more examples of a command.\n" + exitCodes);
-    for (const CommandEntry& entry : commands) {
-        CLI::App* command = app.add_subcommand(entry.name, entry.summary);
-        entry.addOptions(*command, line);
-        command->footer(std::string{"Examples:\n"} + entry.examples + exitCodes);
+    Commands commands;
+    for (const CommandEntry* entry : commandTable) {
+        CLI::App* command = app.add_subcommand(entry->name, entry->summary);
+        commands.push_back(entry->make(*command));
+        command->footer(std::string{"Examples:\n"} + entry->examples + exitCodes);
     }
+    return commands;
 }
 
-void setCommand(const CLI::App& app, CommandLine& line) {
-    for (const CommandEntry& entry : commands)
-        if (app.got_subcommand(entry.name))
-            line.command = entry.command;
+/// The default where the user has named none.
+std::unique_ptr<Command> chosenCommand(const CLI::App& app, Commands& commands) {
+    for (std::size_t index = 0; index < commands.size(); ++index)
+        if (app.got_subcommand(commandTable[index]->name))
+            return std::move(commands[index]);
+    return std::move(commands.front());
 }
 
 /// `Did you mean --demand?` for the first option that the command does not have.
@@ -152,39 +103,35 @@ std::string optionHint(const CLI::App& app) {
 }
 
 /// Prints what a command line that is not to be run asks for, or what is wrong with it.
-int finishUsage(const CLI::App& app, const CLI::ParseError& error, CommandLine& line,
+int finishUsage(const CLI::App& app, const CLI::ParseError& error, Command& command,
                 const std::vector<std::string>& arguments) {
-    const Console console{line};
+    const Console console{command.output};
     std::ostringstream output, errors;
     if (app.exit(error, output, errors) == 0)
         return console.print(output.str(), Exit_Done);
-    setCommand(app, line);
     const auto has = [&](const char* option) {
         return std::find(arguments.begin(), arguments.end(), option) != arguments.end();
     };
-    line.isJson = has("--json");
-    line.isJsonLines = has("--jsonl");
+    command.output.form = has("--jsonl") ? Form::jsonLines : has("--json") ? Form::json : Form::text;
     console.error(error.what());
     console.hint(optionHint(app) + "Run with --help for more information.");
-    return console.print(failureText(line, error.what()), Exit_Usage);
+    return console.print(failureText(command, error.what()), Exit_Usage);
 }
 
 } // namespace
 
-std::variant<CommandLine, int> parseCommandLine(int argumentCount, const char* const* arguments) {
-    CommandLine line;
+std::variant<std::unique_ptr<Command>, int> parseCommandLine(int argumentCount, const char* const* arguments) {
     const std::vector<std::string> words(arguments + 1, arguments + argumentCount);
     CLI::App app{"Loads files through a data-loader add-on and shows what it makes of them", "krohost"};
-    addCommands(app, line);
+    Commands commands = addCommands(app);
     addCompletionCommand(app);
     addManPageOption(app);
     try {
         app.parse(completedArguments(words));
     } catch (const CLI::ParseError& error) {
-        return finishUsage(app, error, line, words);
+        return finishUsage(app, error, *chosenCommand(app, commands), words);
     }
-    setCommand(app, line);
-    return line;
+    return chosenCommand(app, commands);
 }
 
 } // namespace krohost::cli

@@ -1,5 +1,6 @@
 #include "krohost/cli/CommandLine.h"
 #include "krohost/cli/run.h"
+#include "krohost/cli/terminal/Failure.h"
 #include "krohost/host/runtime/Host.h"
 
 #include <fcntl.h>
@@ -9,6 +10,7 @@
 
 #include <csignal>
 #include <ctime>
+#include <memory>
 #include <variant>
 
 namespace {
@@ -77,10 +79,10 @@ void keepFreedMemory() {
 
 int main(int argumentCount, char** arguments) {
     occupyStandardDescriptors();
-    const auto parsed = krohost::cli::parseCommandLine(argumentCount, arguments);
+    auto parsed = krohost::cli::parseCommandLine(argumentCount, arguments);
     if (const int* exitCode = std::get_if<int>(&parsed))
         return *exitCode;
     catchSignals();
     keepFreedMemory();
-    return exitCodeAfter(krohost::cli::run(std::get<krohost::cli::CommandLine>(parsed)));
+    return exitCodeAfter(krohost::cli::run(*std::get<std::unique_ptr<krohost::cli::Command>>(parsed)));
 }

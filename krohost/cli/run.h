@@ -1,10 +1,10 @@
 #pragma once
 
-#include "krohost/cli/CommandLine.h"
+#include "krohost/cli/commands/Command.h"
 
 namespace krohost::cli {
 
 /// Does what the user asked for and gives the exit code. Results go to standard output, all else to standard error.
-int run(const CommandLine& line);
+int run(Command& command);
 
 } // namespace krohost::cli

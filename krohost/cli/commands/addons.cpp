@@ -1,24 +1,18 @@
-#include "krohost/cli/commands/addons.h"
-
-#include "krohost/cli/options.h"
+#include "krohost/cli/commands/table.h"
 #include "krohost/cli/terminal/Table.h"
 #include "krohost/text/printable.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <nlohmann/json.hpp>
 
 namespace krohost::cli {
 
+namespace {
+
 using nlohmann::ordered_json;
 
-void addAddOnsOptions(CLI::App& command, CommandLine& line) {
-    addAddOnOption(command, line);
-    command.add_flag("--json", line.isJson, "Print one JSON document");
-    addOutputOptions(command, line);
-}
-
+/// The add-ons that the library at `path` has registered, and their loaders, for programs.
 ordered_json addOnsDocument(const Host& host, const std::filesystem::path& path) {
     ordered_json addOns = ordered_json::array(), loaders = ordered_json::array();
     for (const KroAddOn& addOn : host.addOns())
@@ -29,6 +23,7 @@ ordered_json addOnsDocument(const Host& host, const std::filesystem::path& path)
     return {{"path", path.string()}, {"addOns", addOns}, {"loaders", loaders}};
 }
 
+/// The same document for people.
 std::string addOnsTable(const ordered_json& document, Style style) {
     std::string result;
     for (const ordered_json& addOn : document["addOns"])
@@ -43,5 +38,32 @@ std::string addOnsTable(const ordered_json& document, Style style) {
                       loader["takesSeveralFiles"] ? "several" : "one"});
     return result + table.text(style);
 }
+
+class AddOns : public Command {
+public:
+    explicit AddOns(CLI::App& app) {
+        addAddOnOption(app, host);
+        addJsonOption(app, output);
+        addOutputOptions(app, output);
+    }
+
+    bool hasFiles() const override { return false; }
+
+    Outcome run(Session& session) override {
+        Outcome outcome;
+        outcome.report.isLoaded = true; // there is nothing to load
+        outcome.document = addOnsDocument(session.host, session.addOn);
+        outcome.text = addOnsTable(outcome.document, session.console.outputStyle());
+        return outcome;
+    }
+};
+
+} // namespace
+
+const CommandEntry addOnsCommand{
+    "addons", "Show the add-on and the loaders that it brings",
+    "  krohost addons                            which files can be loaded\n"
+    "  krohost addons --json\n",
+    [](CLI::App& app) -> std::unique_ptr<Command> { return std::make_unique<AddOns>(app); }};
 
 } // namespace krohost::cli

@@ -1,9 +1,7 @@
-#include "krohost/cli/commands/bench.h"
-
-#include "krohost/cli/Failure.h"
-#include "krohost/cli/options.h"
-#include "krohost/cli/report/processFigure.h"
+#include "krohost/cli/commands/table.h"
+#include "krohost/cli/terminal/Failure.h"
 #include "krohost/cli/terminal/Stopwatch.h"
+#include "krohost/cli/terminal/processFigure.h"
 #include "krohost/text/suggest.h"
 
 #include <CLI/CLI.hpp>
@@ -54,54 +52,7 @@ std::uint64_t storedByteCount(const Dataset& dataset, const std::vector<DemandRe
     return sum;
 }
 
-} // namespace
-
-void addBenchOptions(CLI::App& command, CommandLine& line) {
-    addNewLoadOptions(command, line);
-    addJobsOption(command, line, 1);
-    command.add_option("--variable", line.variable, "Load this variable only, in every zone that has it");
-    addHostOptions(command, line);
-    command.add_flag("--json", line.isJson, "Print one JSON object on one line");
-    addOutputOptions(command, line);
-}
-
-Bench bench(Host& host, const CommandLine& line, const Plan& plan, ProgressBar& progress) {
-    Bench result;
-    result.report.loaderName = loaderName(host, line, plan);
-    const std::int64_t ownPeakKib = peakKib(), earlierByteCount = readByteCount();
-    const double earlierCpuSeconds = cpuSeconds();
-    const Stopwatch registerTime;
-    result.report.isLoaded = load(host, result.report.loaderName, line, plan);
-    const double registerSeconds = registerTime.seconds();
-    result.report.stoppedAt = host.stoppedAt().value_or("");
-    if (!result.report.isLoaded)
-        return result;
-
-    const std::int64_t registerPeakKib = peakKib();
-    const std::vector<Target> targets = wantedTargets(host.dataset(), line.variable);
-    const Stopwatch demandTime;
-    result.report.demands =
-        host.demand(targets, {.threadCount = line.threadCount, .onProgress = progress.onDemand(), .isKeeping = true});
-    const double demandSeconds = demandTime.seconds();
-    const double loadCpuSeconds = cpuSeconds() - earlierCpuSeconds;
-    result.report.isDemanded = true;
-
-    const std::uint64_t storedBytes = storedByteCount(host.dataset(), result.report.demands);
-    result.figures = {{"register_s", registerSeconds},
-                      {"demand_s", demandSeconds},
-                      {"wall_s", processTime.seconds()},
-                      {"cpu_s", cpuSeconds()},
-                      {"load_cpu_s", loadCpuSeconds}, // of registering and demanding
-                      {"own_peak_kib", ownPeakKib},
-                      {"register_peak_kib", registerPeakKib},
-                      {"peak_kib", peakKib()},
-                      {"threads", line.threadCount},
-                      {"bytes", storedBytes},
-                      {"bytes_read", readByteCount() - earlierByteCount},
-                      {"bytes_stored", storedBytes}};
-    return result;
-}
-
+/// The figures for people.
 std::string benchTable(const nlohmann::ordered_json& figures) {
     const double registering = figures["register_s"], demanding = figures["demand_s"];
     const double read = figures["bytes_read"].get<double>() * 1e-6;
@@ -116,5 +67,69 @@ std::string benchTable(const nlohmann::ordered_json& figures) {
                        read / (registering + demanding), figures["wall_s"].get<double>(),
                        figures["cpu_s"].get<double>(), figures["peak_kib"].get<double>() / 1024);
 }
+
+/// Loads, then demands everything, or one variable of all zones, and keeps it, timing both.
+class Bench : public Command {
+public:
+    explicit Bench(CLI::App& app) {
+        addNewLoadOptions(app, input);
+        addJobsOption(app, threadCount_, 1);
+        app.add_option("--variable", variable_, "Load this variable only, in every zone that has it");
+        addHostOptions(app, host);
+        addJsonOption(app, output, "Print one JSON object on one line");
+        addOutputOptions(app, output);
+    }
+
+    bool isOnOneLine() const override { return true; }
+
+    Outcome run(Session& session) override {
+        Outcome outcome;
+        Report& report = outcome.report;
+        const std::int64_t ownPeakKib = peakKib(), earlierByteCount = readByteCount();
+        const double earlierCpuSeconds = cpuSeconds();
+        const Stopwatch registerTime;
+        const bool isLoaded = load(session, input, report);
+        const double registerSeconds = registerTime.seconds();
+        if (!isLoaded)
+            return outcome;
+
+        const std::int64_t registerPeakKib = peakKib();
+        const Dataset& dataset = session.host.dataset();
+        const std::vector<Target> targets = wantedTargets(dataset, variable_);
+        const Stopwatch demandTime;
+        report.demands = session.host.demand(
+            targets, {.threadCount = threadCount_, .onProgress = session.progress.onDemand(), .isKeeping = true});
+        const double demandSeconds = demandTime.seconds();
+        const double loadCpuSeconds = cpuSeconds() - earlierCpuSeconds;
+        report.isDemanded = true;
+
+        const std::uint64_t storedBytes = storedByteCount(dataset, report.demands);
+        outcome.document = {{"register_s", registerSeconds},
+                            {"demand_s", demandSeconds},
+                            {"wall_s", processTime.seconds()},
+                            {"cpu_s", cpuSeconds()},
+                            {"load_cpu_s", loadCpuSeconds}, // of registering and demanding
+                            {"own_peak_kib", ownPeakKib},
+                            {"register_peak_kib", registerPeakKib},
+                            {"peak_kib", peakKib()},
+                            {"threads", threadCount_},
+                            {"bytes", storedBytes},
+                            {"bytes_read", readByteCount() - earlierByteCount},
+                            {"bytes_stored", storedBytes}};
+        outcome.text = benchTable(outcome.document);
+        return outcome;
+    }
+
+private:
+    unsigned threadCount_ = 1;
+    std::optional<std::string> variable_; // the only one that is demanded
+};
+
+} // namespace
+
+const CommandEntry benchCommand{"bench", "Load every variable and node map, keep them, and show what it took",
+                                "  krohost bench -j 4 run.pvd                with four threads\n"
+                                "  krohost bench --json --variable pressure wing.vtu\n",
+                                [](CLI::App& app) -> std::unique_ptr<Command> { return std::make_unique<Bench>(app); }};
 
 } // namespace krohost::cli

@@ -1,13 +1,10 @@
-#include "krohost/cli/commands/check.h"
-
 #include "krohost/check/checkFile.h"
-#include "krohost/cli/Failure.h"
-#include "krohost/cli/options.h"
+#include "krohost/cli/commands/table.h"
+#include "krohost/cli/terminal/Failure.h"
 #include "krohost/text/printable.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <iterator>
@@ -19,23 +16,54 @@ namespace {
 
 using check::Finding;
 using check::Severity;
+using nlohmann::ordered_json;
 
 const char* inWords(Severity severity) {
     return severity == Severity::error ? "error" : "warning";
 }
 
+struct CheckOptions {
+    bool isExplaining = false; ///< says what a loader refuses
+    bool isDeep = false;       ///< decodes every value
+    unsigned threadCount = 1;
+};
+
+/// What came of the files, each loaded for itself, so that one does not hide what is wrong with another.
+struct Checked {
+    bool isLoaded = false; ///< every file
+    std::size_t zoneCount = 0;
+    std::size_t arrayCount = 0; ///< variables and node maps of all zones
+    std::size_t loadedArrayCount = 0;
+    std::vector<check::Finding> findings; ///< file by file
+
+    std::size_t count(check::Severity severity) const;
+    /// The message of the first error; empty when there is none.
+    std::string firstError() const;
+};
+
+std::size_t Checked::count(Severity severity) const {
+    return static_cast<std::size_t>(std::count_if(
+        findings.begin(), findings.end(), [severity](const Finding& finding) { return finding.severity == severity; }));
+}
+
+std::string Checked::firstError() const {
+    const auto found = std::find_if(findings.begin(), findings.end(),
+                                    [](const Finding& finding) { return finding.severity == Severity::error; });
+    return found == findings.end() ? "" : found->message;
+}
+
 /// Loads files one after the other.
 class Checker {
 public:
-    Checker(Host& host, const CommandLine& line, ProgressBar& progress)
-        : host_{host}, line_{line}, progress_{progress} {}
+    Checker(Host& host, const CheckOptions& options, ProgressBar& progress)
+        : host_{host}, options_{options}, progress_{progress} {}
 
-    Check run(const std::vector<SeriesFile>& files) {
+    Checked run(const std::vector<SeriesFile>& files) {
         result_.isLoaded = true;
         for (const SeriesFile& file : files) {
             if (!Host::isInterrupted())
                 load(file.path);
-            if (!Host::isInterrupted() && (line_.isExplaining || line_.isDeep))
+            if (!Host::isInterrupted() && (options_.isExplaining || options_.isDeep))
                 read(file.path);
         }
         progress_.clear();
@@ -52,7 +80,7 @@ private:
         if (!isLoaded_)
             return add("load", "the file was not loaded", reason({0, 0}));
         result_.zoneCount += host_.dataset().zones.size();
-        const auto demands = host_.demandAll({line_.threadCount, progress_.onDemand()});
+        const auto demands = host_.demandAll({options_.threadCount, progress_.onDemand()});
         result_.arrayCount += demands.size();
         for (const DemandResult& demand : demands)
             look(demand);
@@ -95,8 +123,8 @@ private:
             if (Host::isInterrupted())
                 throw Failure("Interrupted.", Exit_Interrupted);
         };
-        const bool isDeep = line_.isDeep || hasFailedDemand_; // what a demand fails on is among the values
-        auto findings = check::checkFile(path, {line_.isExplaining, isDeep}, poll);
+        const bool isDeep = options_.isDeep || hasFailedDemand_; // what a demand fails on is among the values
+        auto findings = check::checkFile(path, {options_.isExplaining, isDeep}, poll);
         if (isLoaded_ && !hasFailedDemand_)
             std::for_each(findings.begin(), findings.end(), weakenMalformation);
         result_.findings.insert(result_.findings.end(), std::make_move_iterator(findings.begin()),
@@ -112,9 +140,9 @@ private:
     }
 
     Host& host_;
-    const CommandLine& line_;
+    const CheckOptions& options_;
     ProgressBar& progress_;
-    Check result_;
+    Checked result_;
     std::string path_;
     std::size_t dialogCount_ = 0; // before the current load
     bool isLoaded_ = false;       // the current file
@@ -125,54 +153,29 @@ std::string counted(std::size_t count, const char* what) {
     return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
 }
 
-} // namespace
-
-std::size_t Check::count(Severity severity) const {
-    return static_cast<std::size_t>(std::count_if(
-        findings.begin(), findings.end(), [severity](const Finding& finding) { return finding.severity == severity; }));
-}
-
-void addCheckOptions(CLI::App& command, CommandLine& line) {
-    addFilesOption(command, line);
-    command.add_flag("--explain", line.isExplaining, "Say what a loader refuses, and where in the file");
-    command.add_flag("--deep", line.isDeep, "Decode every value and say what a loader passes over");
-    addJobsOption(command, line, std::max(1U, std::thread::hardware_concurrency()));
-    addHostOptions(command, line);
-    command.add_flag("--json", line.isJson, "Print one JSON document");
-    addOutputOptions(command, line);
-}
-
-Check check(Host& host, const CommandLine& line, const Plan& plan, ProgressBar& progress) {
-    return Checker{host, line, progress}.run(plan.files);
-}
-
-std::string Check::firstError() const {
-    const auto found = std::find_if(findings.begin(), findings.end(),
-                                    [](const Finding& finding) { return finding.severity == Severity::error; });
-    return found == findings.end() ? "" : found->message;
-}
-
-std::string checkText(const Check& check) {
+/// A line for each finding, `FILE:LINE:COLUMN: error: what [code]`, and one that sums up.
+std::string checkText(const Checked& checked) {
     std::string text;
-    for (const Finding& finding : check.findings) {
+    for (const Finding& finding : checked.findings) {
         const std::string place =
             finding.position ? fmt::format(":{}:{}", finding.position->line, finding.position->column) : "";
         text += fmt::format("{}{}: {}: {} [{}]\n", printableLine(finding.file), place, inWords(finding.severity),
                             printableLine(finding.message), finding.code);
     }
-    const bool isAll = check.loadedArrayCount == check.arrayCount;
-    const std::size_t warningCount = check.count(Severity::warning);
-    return text + fmt::format("{}{} in {} loaded, {}{}\n", isAll ? "" : std::to_string(check.loadedArrayCount) + " of ",
-                              counted(check.arrayCount, "array"), counted(check.zoneCount, "zone"),
-                              counted(check.count(Severity::error), "problem"),
+    const bool isAll = checked.loadedArrayCount == checked.arrayCount;
+    const std::size_t warningCount = checked.count(Severity::warning);
+    return text + fmt::format("{}{} in {} loaded, {}{}\n",
+                              isAll ? "" : std::to_string(checked.loadedArrayCount) + " of ",
+                              counted(checked.arrayCount, "array"), counted(checked.zoneCount, "zone"),
+                              counted(checked.count(Severity::error), "problem"),
                               warningCount == 0 ? "" : ", " + counted(warningCount, "warning"));
 }
 
-nlohmann::ordered_json checkDocument(const Check& check) {
-    using nlohmann::ordered_json;
+/// docs/schemas/check.schema.json describes it.
+ordered_json checkDocument(const Checked& checked) {
     const auto textOrNull = [](const std::string& text) { return text.empty() ? ordered_json() : ordered_json(text); };
     ordered_json findings = ordered_json::array();
-    for (const Finding& finding : check.findings) {
+    for (const Finding& finding : checked.findings) {
         const auto number = [&](std::uint64_t reader::Position::*member) {
             return finding.position ? ordered_json(*finding.position.*member) : ordered_json();
         };
@@ -185,14 +188,50 @@ nlohmann::ordered_json checkDocument(const Check& check) {
                             {"message", finding.message},
                             {"reason", textOrNull(finding.reason)}});
     }
-    return {{"loaded", check.isLoaded},
+    return {{"loaded", checked.isLoaded},
             {"counts",
-             {{"zones", check.zoneCount},
-              {"arrays", check.arrayCount},
-              {"loadedArrays", check.loadedArrayCount},
-              {"errors", check.count(Severity::error)},
-              {"warnings", check.count(Severity::warning)}}},
+             {{"zones", checked.zoneCount},
+              {"arrays", checked.arrayCount},
+              {"loadedArrays", checked.loadedArrayCount},
+              {"errors", checked.count(Severity::error)},
+              {"warnings", checked.count(Severity::warning)}}},
             {"findings", findings}};
 }
+
+/// Loads each file, demands everything in it and looks for what else is wrong. Ends early at an interrupt.
+class Check : public Command {
+public:
+    explicit Check(CLI::App& app) {
+        addFilesOption(app, input);
+        app.add_flag("--explain", options_.isExplaining, "Say what a loader refuses, and where in the file");
+        app.add_flag("--deep", options_.isDeep, "Decode every value and say what a loader passes over");
+        addJobsOption(app, options_.threadCount, std::max(1U, std::thread::hardware_concurrency()));
+        addHostOptions(app, host);
+        addJsonOption(app, output);
+        addOutputOptions(app, output);
+    }
+
+    Outcome run(Session& session) override {
+        const Checked checked = Checker{session.host, options_, session.progress}.run(session.plan.files);
+        Outcome outcome;
+        outcome.report.isLoaded = true; // what is not is among the findings
+        outcome.isSound = checked.count(Severity::error) == 0;
+        outcome.reason = checked.firstError();
+        outcome.text = checkText(checked);
+        outcome.document = checkDocument(checked);
+        return outcome;
+    }
+
+private:
+    CheckOptions options_;
+};
+
+} // namespace
+
+const CommandEntry checkCommand{"check", "Load everything in each file and list what is wrong with it",
+                                "  krohost check wing.vtu                    whether everything loads\n"
+                                "  krohost check --deep --explain wing.vtu   and what is wrong where in the file\n"
+                                "  krohost check --json 'step*.vtu'\n",
+                                [](CLI::App& app) -> std::unique_ptr<Command> { return std::make_unique<Check>(app); }};
 
 } // namespace krohost::cli

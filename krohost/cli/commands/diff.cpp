@@ -1,11 +1,10 @@
-#include "krohost/cli/commands/diff.h"
-
-#include "krohost/cli/input/loading.h"
-#include "krohost/cli/options.h"
+#include "krohost/cli/commands/compareItems.h"
+#include "krohost/cli/commands/table.h"
 #include "krohost/cli/report/jsonReport.h"
 #include "krohost/cli/report/lossReport.h"
 #include "krohost/cli/report/narrowedValues.h"
 #include "krohost/host/model/timesFromFileNames.h"
+#include "krohost/text/printable.h"
 #include "krohost/text/quoted.h"
 
 #include <CLI/CLI.hpp>
@@ -94,10 +93,11 @@ ordered_json extremeObject(const Extreme& extreme) {
 /// Walks two datasets side by side and writes down what differs.
 class Comparer {
 public:
-    Comparer(Host& host, const Tolerance& tolerance, Side& left, Side& right)
-        : host_{host}, tolerance_{tolerance}, left_{left}, right_{right} {}
+    Comparer(Host& host, const Tolerance& tolerance, Side& left, Side& right, Outcome& outcome)
+        : host_{host}, tolerance_{tolerance}, left_{left}, right_{right}, outcome_{outcome} {}
 
-    Diff run(ProgressBar& progress) {
+    /// Adds to the outcome what differs, and the demands.
+    void run(ProgressBar& progress) {
         const std::vector<Zone>&left = left_.dataset->zones, &right = right_.dataset->zones;
         compareProperty("zones", left.size(), right.size());
         const std::size_t count = std::min(left.size(), right.size());
@@ -106,9 +106,8 @@ public:
             compareZones(left[index], right[index]);
         }
         progress.clear();
-        diff_.document = {{"loaded", true},          {"same", diff_.isSame},  {"structure", structure_},
-                          {"variables", variables_}, {"nodeMaps", nodeMaps_}, {"notCompared", notCompared_}};
-        return std::move(diff_);
+        outcome_.document = {{"loaded", true},          {"same", !outcome_.isDifferent}, {"structure", structure_},
+                             {"variables", variables_}, {"nodeMaps", nodeMaps_},         {"notCompared", notCompared_}};
     }
 
 private:
@@ -255,7 +254,7 @@ private:
 
     Hold hold(const Side& side, Target target) {
         Hold result = host_.hold(*side.dataset, target);
-        diff_.report.demands.push_back({target, result.data() != nullptr, {}});
+        outcome_.report.demands.push_back({target, result.data() != nullptr, {}});
         return result;
     }
 
@@ -264,7 +263,7 @@ private:
             return true;
         const char* side = left.data() ? "B" : right.data() ? "A" : "A and B";
         notCompared_.push_back({{"zone", zoneNumber_}, {"what", what}, {"notLoadedFrom", side}});
-        diff_.text += fmt::format("{}: {}: not compared, not loaded from {}\n", place_, what, side);
+        outcome_.text += fmt::format("{}: {}: not compared, not loaded from {}\n", place_, what, side);
         return false;
     }
 
@@ -281,73 +280,82 @@ private:
     }
 
     void addLine(const std::string& difference) {
-        diff_.text += fmt::format("{}: {}\n", place_, difference);
-        diff_.isSame = false;
+        outcome_.text += fmt::format("{}: {}\n", place_, difference);
+        outcome_.isDifferent = true;
     }
 
     Host& host_;
     const Tolerance& tolerance_;
     Side &left_, &right_;
-    Diff diff_;
+    Outcome& outcome_;
     std::string place_ = "dataset";
     ordered_json zoneNumber_; // null for the whole dataset
     ordered_json structure_ = ordered_json::array(), variables_ = structure_, nodeMaps_ = structure_,
                  notCompared_ = structure_;
 };
 
-/// False when it is not loaded, which the report says.
-bool load(Host& host, const CommandLine& line, const std::string& file, Side& side, Report& report) {
-    CommandLine own = line;
-    own.files = {file};
-    const Plan plan = makePlan(own);
-    report.loaderName = loaderName(host, own, plan);
-    report.isLoaded = cli::load(host, report.loaderName, own, plan);
-    report.stoppedAt = host.stoppedAt().value_or("");
-    side = {plan.files, &host.keepDataset()};
-    if (!report.isLoaded)
-        return false;
-    const std::vector<std::string> names = paths(plan.files);
-    side.originals = {*side.dataset, {names.begin(), names.end()}};
-    report.losses.add(lossesOfLoad(plan, allArrays(*side.dataset)));
-    return true;
-}
-
 std::string toleranceError(const std::string& text) {
     const std::optional<double> value = parseTime(text);
     return value && *value >= 0 ? "" : text + " is not a tolerance";
 }
 
+/// Loads two datasets, A and B, side by side, and compares what they hold, two arrays in memory at a time.
+class Diff : public Command {
+public:
+    explicit Diff(CLI::App& app) {
+        addNewLoadOptions(app, input);
+        app.get_option("FILE")->expected(2);
+        app.add_option("--rtol", tolerance_.relative, "Values so close are equal, relative to the greater (default: 0)")
+            ->check(toleranceError)
+            ->type_name("R");
+        app.add_option("--atol", tolerance_.absolute, "Values so close are equal (default: 0)")
+            ->check(toleranceError)
+            ->type_name("A");
+        addHostOptions(app, host);
+        addJsonOption(app, output);
+        addOutputOptions(app, output);
+    }
+
+    Outcome run(Session& session) override {
+        Outcome outcome;
+        Side left, right;
+        const bool areLoaded = load(session, input.files.at(0), left, outcome.report) &&
+                               load(session, input.files.at(1), right, outcome.report) && !Host::isInterrupted();
+        if (areLoaded) {
+            Comparer{session.host, tolerance_, left, right, outcome}.run(session.progress);
+            outcome.document["losses"] = lossList(outcome.report.losses);
+            outcome.text = printable(outcome.text);
+        } else if (!outcome.report.isLoaded) {
+            outcome.document = {{"loaded", false}};
+        }
+        return outcome;
+    }
+
+private:
+    /// False when it is not loaded, which the report says.
+    bool load(Session& session, const std::string& file, Side& side, Report& report) const {
+        InputOptions own = input;
+        own.files = {file};
+        Plan plan = makePlan(own, writing.isForced);
+        Session part{session.host, session.console, session.progress, plan, session.addOn};
+        cli::load(part, own, report);
+        side = {plan.files, &session.host.keepDataset()};
+        if (!report.isLoaded)
+            return false;
+        const std::vector<std::string> names = paths(plan.files);
+        side.originals = {*side.dataset, {names.begin(), names.end()}};
+        report.losses.add(lossesOfLoad(plan, allArrays(*side.dataset)));
+        return true;
+    }
+
+    Tolerance tolerance_;
+};
+
 } // namespace
 
-void addDiffOptions(CLI::App& command, CommandLine& line) {
-    addNewLoadOptions(command, line);
-    command.get_option("FILE")->expected(2);
-    command
-        .add_option("--rtol", line.tolerance.relative,
-                    "Values so close are equal, relative to the greater (default: 0)")
-        ->check(toleranceError)
-        ->type_name("R");
-    command.add_option("--atol", line.tolerance.absolute, "Values so close are equal (default: 0)")
-        ->check(toleranceError)
-        ->type_name("A");
-    addHostOptions(command, line);
-    command.add_flag("--json", line.isJson, "Print one JSON document");
-    addOutputOptions(command, line);
-}
-
-Diff diff(Host& host, const CommandLine& line, ProgressBar& progress) {
-    Report report;
-    Side left, right;
-    const bool areLoaded = load(host, line, line.files.at(0), left, report) &&
-                           load(host, line, line.files.at(1), right, report) && !Host::isInterrupted();
-    Diff result;
-    if (areLoaded)
-        result = Comparer{host, line.tolerance, left, right}.run(progress);
-    if (areLoaded)
-        result.document["losses"] = lossList(report.losses);
-    report.demands = std::move(result.report.demands);
-    result.report = std::move(report);
-    return result;
-}
+const CommandEntry diffCommand{"diff", "Compare two datasets, A and B",
+                               "  krohost diff step1.vtu step2.vtu          ends with 5 when they differ\n"
+                               "  krohost diff --rtol 1e-6 step1.vtu step2.vtu\n",
+                               [](CLI::App& app) -> std::unique_ptr<Command> { return std::make_unique<Diff>(app); }};
 
 } // namespace krohost::cli

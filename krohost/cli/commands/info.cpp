@@ -1,83 +1,69 @@
-#include "krohost/cli/commands/info.h"
-
-#include "krohost/cli/Failure.h"
-#include "krohost/cli/input/layout.h"
-#include "krohost/cli/options.h"
+#include "krohost/cli/commands/LoadCommand.h"
+#include "krohost/cli/commands/table.h"
+#include "krohost/cli/report/jsonReport.h"
 #include "krohost/cli/report/lossReport.h"
-#include "krohost/cli/terminal/Stopwatch.h"
+#include "krohost/cli/report/tableReport.h"
 
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
 
 namespace krohost::cli {
 
 namespace {
 
-void addReportOptions(CLI::App& command, CommandLine& line) {
-    addLoadOptions(command, line);
-    command.add_flag("--all", line.isShowingAll, "Show every zone, also of a dataset with many");
-    addHostOptions(command, line);
-    command.add_flag("--json", line.isJson, "Print one JSON document");
-    addOutputOptions(command, line);
-}
+class Info : public LoadCommand {
+public:
+    explicit Info(CLI::App& app, bool isReplay) {
+        input.isReplay = isReplay;
+        if (isReplay)
+            app.add_option("FILE", input.files, "The recorded load")->required()->expected(1);
+        else
+            addNewLoadOptions(app, input);
+        addLoadOptions(app);
+        app.add_flag("--all", isShowingAll_, "Show every zone, also of a dataset with many");
+        addHostOptions(app, host);
+        addJsonOption(app, output);
+        addOutputOptions(app, output);
+        if (isReplay)
+            app.add_option("--strand", input.strand,
+                           "Strand of the files that --append adds (default: one above the highest)")
+                ->needs("--append");
+    }
 
-/// Loaders may record times with fewer digits than they were given.
-void addChangedTimes(const std::vector<double>& times, const std::string& file, convert::Losses& losses) {
-    if (!times.empty())
-        losses.add(
-            {.what = "changed",
-             .message = fmt::format("The layout \"{}\" does not keep all solution times: {} of them, the first is {}.",
-                                    file, times.size(), times.front()),
-             .file = file,
-             .count = times.size()});
-}
+    Outcome run(Session& session) override {
+        Outcome outcome;
+        Report& report = outcome.report;
+        report = loadAndDemand(session);
+        const Dataset& dataset = session.host.dataset();
+        if (!report.demands.empty())
+            report.losses.add(lossesOfLoad(session.plan, allArrays(dataset)));
+        if (output.form == Form::json)
+            outcome.document = jsonReport(report, dataset);
+        else if (report.isLoaded)
+            outcome.text = tableReport(report, dataset, session.console.outputStyle(), isShowingAll_);
+        return outcome;
+    }
 
-void record(const Host& host, const CommandLine& line, const Plan& plan, Report& report) {
-    const std::optional<Instructions>& instructions = host.dataset().instructions;
-    if (!instructions)
-        throw Failure("The loader has recorded no instructions.", Exit_Failed);
-    writeLayout(line.recordFile, plan.permission, *instructions);
-    addChangedTimes(changedTimes(line, plan, *instructions), line.recordFile, report.losses);
-}
+    nlohmann::ordered_json emptyDocument() const override { return jsonReport({}, {}); }
+
+private:
+    bool isShowingAll_ = false; // every zone, however many there are
+};
 
 } // namespace
 
-void addInfoOptions(CLI::App& command, CommandLine& line) {
-    addNewLoadOptions(command, line);
-    addReportOptions(command, line);
-}
+const CommandEntry infoCommand{
+    "info", "Show zones and variables (the default)",
+    "  krohost wing.vtu                          what the file holds\n"
+    "  krohost info --demand wing.vtu            with the range and checksum of all values\n"
+    "  krohost info --json wing.vtu              the same for programs\n"
+    "  krohost 'step*.vtu'                       a time series\n"
+    "  krohost --record layout.json run.pvd      keeps how it was loaded, for replay\n",
+    [](CLI::App& app) -> std::unique_ptr<Command> { return std::make_unique<Info>(app, false); }};
 
-void addReplayOptions(CLI::App& command, CommandLine& line) {
-    command.add_option("FILE", line.files, "The recorded load")->required()->expected(1);
-    addReportOptions(command, line);
-    command
-        .add_option("--strand", line.strand, "Strand of the files that --append adds (default: one above the highest)")
-        ->needs("--append");
-}
-
-Report loadAndDemand(Host& host, const CommandLine& line, const Plan& plan, const Console& console,
-                     ProgressBar& progress) {
-    Report report;
-    report.loaderName = loaderName(host, line, plan);
-    const Stopwatch loadTime;
-    report.isLoaded = load(host, report.loaderName, line, plan);
-    report.stoppedAt = host.stoppedAt().value_or("");
-    if (report.isLoaded && !line.recordFile.empty())
-        record(host, line, plan, report);
-    report.isDemanded = line.isDemanding;
-    const double loadSeconds = loadTime.seconds();
-    const Stopwatch demandTime;
-    if (report.isLoaded && line.isDemanding)
-        report.demands = host.demandAll({line.threadCount, progress.onDemand()});
-    const bool isReporting = line.command == Command::info || line.command == Command::replay;
-    if (isReporting && !report.demands.empty())
-        report.losses.add(lossesOfLoad(plan, allArrays(host.dataset())));
-    progress.clear();
-    console.note(fmt::format("{} took {:.4f} s", report.loaderName, loadSeconds));
-    if (!report.demands.empty())
-        console.note(fmt::format("{} demands took {:.4f} s, threads: {}", report.demands.size(), demandTime.seconds(),
-                                 line.threadCount));
-    return report;
-}
+const CommandEntry replayCommand{
+    "replay", "The same for a load that --record has written",
+    "  krohost replay layout.json                loads once more what was recorded\n"
+    "  krohost replay --demand layout.json --append wing.vtu\n",
+    [](CLI::App& app) -> std::unique_ptr<Command> { return std::make_unique<Info>(app, true); }};
 
 } // namespace krohost::cli

@@ -1,11 +1,9 @@
-#include "krohost/cli/commands/trace.h"
-
-#include "krohost/cli/options.h"
-#include "krohost/cli/terminal/Console.h"
+#include "krohost/cli/commands/LoadCommand.h"
+#include "krohost/cli/commands/table.h"
+#include "krohost/cli/report/jsonReport.h"
 #include "krohost/text/printable.h"
 
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <string_view>
@@ -78,38 +76,74 @@ ordered_json object(const std::string& line, std::size_t number) {
             {"result", call.result.empty() ? ordered_json() : ordered_json(call.result)}};
 }
 
+class Trace : public LoadCommand {
+public:
+    explicit Trace(CLI::App& app) {
+        addNewLoadOptions(app, input);
+        addLoadOptions(app);
+        app.add_flag("--lists", isTracingLists_, "Include the calls that build and read lists");
+        app.add_option("--only", prefixes_,
+                       "Only the calls whose names begin so, and contract violations; may be given several times")
+            ->delimiter(',')
+            ->allow_extra_args(false)
+            ->type_name("PREFIX");
+        addHostOptions(app, host);
+        CLI::Option* lines = app.add_flag(
+            "--jsonl", [this](std::int64_t) { output.form = Form::jsonLines; },
+            "Print one JSON object a line, one line a call");
+        addJsonOption(app, output, "Print one JSON document with all calls")->excludes(lines);
+        addOutputOptions(app, output);
+    }
+
+    JournalDetail journalDetail() const override { return isTracingLists_ ? JournalDetail::all : JournalDetail::calls; }
+
+    nlohmann::ordered_json emptyDocument() const override {
+        return output.form == Form::jsonLines ? ordered_json{{"kind", "end"}} : ordered_json::object();
+    }
+    bool isOnOneLine() const override { return output.form == Form::jsonLines; }
+
+    /// The calls of the host's end belong to the trace.
+    Outcome run(Session& session) override {
+        Outcome outcome;
+        outcome.report = loadAndDemand(session);
+        outcome.complete = [this, &console = session.console](const Host& ended, Outcome& result) {
+            addCalls(ended.journal(), result);
+            if (output.form == Form::text && result.text.empty())
+                console.warning("no call's name begins so");
+        };
+        return outcome;
+    }
+
+private:
+    void addCalls(const Journal& journal, Outcome& outcome) const {
+        ordered_json calls = ordered_json::array();
+        for (std::size_t index = 0; index < journal.lines().size(); ++index) {
+            const std::string& line = journal.lines()[index];
+            if (!isWanted(line, prefixes_))
+                continue;
+            if (output.form == Form::text)
+                outcome.text += printableLine(line) + '\n';
+            else if (output.form == Form::jsonLines)
+                outcome.text += jsonText(object(line, index + 1)) + '\n';
+            else
+                calls.push_back(object(line, index + 1));
+        }
+        if (output.form == Form::json)
+            outcome.document = {{"calls", std::move(calls)}};
+        else
+            outcome.document = emptyDocument();
+    }
+
+    bool isTracingLists_ = false;
+    std::vector<std::string> prefixes_; // of the calls that are shown; empty: of all
+};
+
 } // namespace
 
-void addTraceOptions(CLI::App& command, CommandLine& line) {
-    addNewLoadOptions(command, line);
-    addLoadOptions(command, line);
-    command.add_flag("--lists", line.isTracingLists, "Include the calls that build and read lists");
-    command
-        .add_option("--only", line.tracedPrefixes,
-                    "Only the calls whose names begin so, and contract violations; may be given several times")
-        ->delimiter(',')
-        ->allow_extra_args(false)
-        ->type_name("PREFIX");
-    addHostOptions(command, line);
-    CLI::Option* lines = command.add_flag("--jsonl", line.isJsonLines, "Print one JSON object a line, one line a call");
-    command.add_flag("--json", line.isJson, "Print one JSON document with all calls")->excludes(lines);
-    addOutputOptions(command, line);
-}
-
-std::string traceText(const Journal& journal, const CommandLine& line) {
-    std::string text;
-    for (const std::string& call : journal.lines())
-        if (isWanted(call, line.tracedPrefixes))
-            text += printableLine(call) + '\n';
-    return text;
-}
-
-ordered_json traceList(const Journal& journal, const CommandLine& line) {
-    ordered_json list = ordered_json::array();
-    for (std::size_t index = 0; index < journal.lines().size(); ++index)
-        if (isWanted(journal.lines()[index], line.tracedPrefixes))
-            list.push_back(object(journal.lines()[index], index + 1));
-    return list;
-}
+const CommandEntry traceCommand{"trace", "Print every call between host and add-on",
+                                "  krohost trace wing.vtu                    the calls of a load\n"
+                                "  krohost trace --only KroUtilDataSet --only KroUtilVar wing.vtu\n"
+                                "  krohost trace --demand --jsonl wing.vtu   one JSON object a call\n",
+                                [](CLI::App& app) -> std::unique_ptr<Command> { return std::make_unique<Trace>(app); }};
 
 } // namespace krohost::cli

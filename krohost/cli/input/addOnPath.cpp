@@ -39,9 +39,9 @@ std::vector<path> placesBesideKrohost() {
 
 } // namespace
 
-path addOnPath(const CommandLine& line) {
-    if (line.addOn)
-        return addOnAt(*line.addOn);
+path addOnPath(const HostSettings& settings) {
+    if (settings.addOn)
+        return addOnAt(*settings.addOn);
     const char* variable = std::getenv("KROHOST_ADDON_PATH");
     const bool hasVariable = variable != nullptr && *variable != '\0';
     std::vector<std::string> places;

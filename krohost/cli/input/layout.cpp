@@ -1,7 +1,7 @@
 #include "krohost/cli/input/layout.h"
 
-#include "krohost/cli/Failure.h"
 #include "krohost/cli/input/smallFile.h"
+#include "krohost/cli/terminal/Failure.h"
 #include "krohost/cli/terminal/OutputStream.h"
 #include "krohost/text/printable.h"
 

@@ -1,7 +1,7 @@
 #include "krohost/cli/input/loading.h"
 
-#include "krohost/cli/Failure.h"
 #include "krohost/cli/input/layout.h"
+#include "krohost/cli/terminal/Failure.h"
 #include "krohost/convert/WriteError.h"
 #include "krohost/host/model/strandGroups.h"
 #include "krohost/text/quoted.h"
@@ -46,11 +46,11 @@ void requireReadable(const std::vector<std::string>& files) {
 }
 
 /// What the user says goes before what a collection says; a file without a time among others has 0.
-std::vector<double> times(const CommandLine& line, const std::vector<SeriesFile>& files) {
+std::vector<double> times(const InputOptions& options, const std::vector<SeriesFile>& files) {
     const bool hasTimes =
         std::any_of(files.begin(), files.end(), [](const SeriesFile& file) { return file.time.has_value(); });
-    if (!line.times.empty() || !line.timeSource.empty() || !hasTimes)
-        return line.times;
+    if (!options.times.empty() || !options.timeSource.empty() || !hasTimes)
+        return options.times;
     std::vector<double> result;
     for (const SeriesFile& file : files)
         result.push_back(file.time.value_or(0));
@@ -100,25 +100,26 @@ bool loadInstructions(Host& host, const Loader& loader, const std::vector<std::s
     return host.loadInstructions(loader, list);
 }
 
-bool loadFiles(Host& host, const Loader& loader, const CommandLine& line, const std::vector<SeriesFile>& files) {
-    if (!line.times.empty() && line.times.size() != files.size())
-        throw Failure(fmt::format("--times gives {} times for {} files.", line.times.size(), files.size()), Exit_Usage);
-    const std::vector<double> solutionTimes = times(line, files);
+bool loadFiles(Host& host, const Loader& loader, const InputOptions& options, const std::vector<SeriesFile>& files) {
+    if (!options.times.empty() && options.times.size() != files.size())
+        throw Failure(fmt::format("--times gives {} times for {} files.", options.times.size(), files.size()),
+                      Exit_Usage);
+    const std::vector<double> solutionTimes = times(options, files);
     std::optional<std::int64_t> strand;
-    if (line.appendedFiles.empty() && line.strand)
-        strand = *line.strand;
-    if (solutionTimes.empty() && line.timeSource.empty() && !line.loader && !strand)
+    if (options.appendedFiles.empty() && options.strand)
+        strand = *options.strand;
+    if (solutionTimes.empty() && options.timeSource.empty() && !options.loader && !strand)
         return host.loadFiles(loader, paths(files));
-    return loadInstructions(host, loader, instructions(paths(files), line.timeSource, solutionTimes, strand));
+    return loadInstructions(host, loader, instructions(paths(files), options.timeSource, solutionTimes, strand));
 }
 
-bool append(Host& host, const CommandLine& line, const std::vector<SeriesFile>& files) {
-    CommandLine own = line;
+bool append(Host& host, const InputOptions& options, const std::vector<SeriesFile>& files) {
+    InputOptions own = options;
     own.times.clear(); // they belong to the first load
-    const Loader* loader = line.loader ? host.findLoader(*line.loader) : nullptr;
-    const std::int64_t strand = line.strand ? *line.strand : highestStrand(host.dataset()) + 1;
+    const Loader* loader = options.loader ? host.findLoader(*options.loader) : nullptr;
+    const std::int64_t strand = options.strand ? *options.strand : highestStrand(host.dataset()) + 1;
     return host.loadInstructions(loader ? *loader : host.loaderForFile(files.front().path),
-                                 instructions(paths(files), line.timeSource, times(own, files), strand));
+                                 instructions(paths(files), options.timeSource, times(own, files), strand));
 }
 
 /// What is named, also by collections and in a layout.
@@ -141,36 +142,33 @@ std::vector<std::string> paths(const std::vector<SeriesFile>& files) {
     return result;
 }
 
-Plan makePlan(const CommandLine& line) {
+Plan makePlan(const InputOptions& options, bool isForced) {
     Plan plan;
-    const bool isReplay = line.command == Command::replay;
-    const std::vector<std::string> files = isReplay ? line.files : expandPatterns(line.files);
-    const std::vector<std::string> appendedFiles = expandPatterns(line.appendedFiles);
+    const std::vector<std::string> files = options.isReplay ? options.files : expandPatterns(options.files);
+    const std::vector<std::string> appendedFiles = expandPatterns(options.appendedFiles);
     requireReadable(files);
     requireReadable(appendedFiles);
-    if (isReplay)
+    if (options.isReplay)
         plan.layout = readLayout(files.front());
     else
         plan.files = expandCollections(files);
     plan.appendedFiles = expandCollections(appendedFiles);
-    plan.permission = {line.isForced, inputs(plan, files, appendedFiles)};
+    plan.permission = {isForced, inputs(plan, files, appendedFiles)};
     return plan;
 }
 
-void requireFreeOutputs(const CommandLine& line, Plan& plan) {
+void requireFreeOutputs(const std::vector<PlannedOutput>& outputs, Plan& plan) {
     try {
-        for (const std::string& file : {line.recordFile, line.dump.outputFile})
-            if (!file.empty() && !convert::isStream(file))
-                plan.permission.require(file);
-        if (!line.convert.output.empty())
-            plan.permission.require(line.convert.output);
+        for (const PlannedOutput& output : outputs)
+            if (!output.path.empty() && !(output.mayBeStream && convert::isStream(output.path)))
+                plan.permission.require(output.path);
     } catch (const convert::NotReplaceable& error) {
         throw Failure(error.what(), Exit_Usage);
     }
 }
 
-std::vector<double> changedTimes(const CommandLine& line, const Plan& plan, const Instructions& recorded) {
-    const std::vector<double> given = plan.layout ? solutionTimes(plan.layout->strings) : times(line, plan.files);
+std::vector<double> changedTimes(const InputOptions& options, const Plan& plan, const Instructions& recorded) {
+    const std::vector<double> given = plan.layout ? solutionTimes(plan.layout->strings) : times(options, plan.files);
     const std::vector<double> kept = solutionTimes(recorded.strings);
     std::vector<double> changed;
     for (std::size_t index = 0; index < given.size(); ++index)
@@ -179,10 +177,10 @@ std::vector<double> changedTimes(const CommandLine& line, const Plan& plan, cons
     return changed;
 }
 
-std::string loaderName(const Host& host, const CommandLine& line, const Plan& plan) {
-    if (!plan.layout && !line.loader)
+std::string loaderName(const Host& host, const InputOptions& options, const Plan& plan) {
+    if (!plan.layout && !options.loader)
         return host.loaderForFile(plan.files.front().path).name;
-    const std::string name = plan.layout ? plan.layout->loaderName : *line.loader;
+    const std::string name = plan.layout ? plan.layout->loaderName : *options.loader;
     if (host.findLoader(name))
         return name;
     std::vector<std::string> names;
@@ -191,8 +189,8 @@ std::string loaderName(const Host& host, const CommandLine& line, const Plan& pl
     throw Failure(noSuch("loader", name, names), plan.layout ? Exit_Failed : Exit_Usage);
 }
 
-void announce(const Host& host, const CommandLine& line, const Plan& plan, const Console& console) {
-    if (plan.layout || line.loader)
+void announce(const Host& host, const InputOptions& options, const Plan& plan, const Console& console) {
+    if (plan.layout || options.loader)
         return;
     console.note(fmt::format("files to load: {}", plan.files.size()));
     const std::string& first = plan.files.front().path;
@@ -202,11 +200,11 @@ void announce(const Host& host, const CommandLine& line, const Plan& plan, const
                                     krohost::quoted(first), krohost::quoted(loader.name)));
 }
 
-bool load(Host& host, const std::string& loaderName, const CommandLine& line, const Plan& plan) {
+bool load(Host& host, const std::string& loaderName, const InputOptions& options, const Plan& plan) {
     const Loader& loader = *host.findLoader(loaderName);
-    const bool isLoaded =
-        plan.layout ? loadInstructions(host, loader, plan.layout->strings) : loadFiles(host, loader, line, plan.files);
-    return isLoaded && (plan.appendedFiles.empty() || append(host, line, plan.appendedFiles));
+    const bool isLoaded = plan.layout ? loadInstructions(host, loader, plan.layout->strings)
+                                      : loadFiles(host, loader, options, plan.files);
+    return isLoaded && (plan.appendedFiles.empty() || append(host, options, plan.appendedFiles));
 }
 
 } // namespace krohost::cli

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/cli/CommandLine.h"
+#include "krohost/cli/input/InputOptions.h"
 #include "krohost/cli/input/series.h"
 #include "krohost/cli/terminal/Console.h"
 #include "krohost/convert/Outputs.h"
@@ -23,21 +23,27 @@ struct Plan {
 std::vector<std::string> paths(const std::vector<SeriesFile>& files);
 
 /// Looks at what the user named. Throws Failure when it cannot be opened or a collection or layout is malformed.
-Plan makePlan(const CommandLine& line);
+Plan makePlan(const InputOptions& options, bool isForced);
 
 /// The solution times that were given for a load and that a replay of what it has recorded would not give.
-std::vector<double> changedTimes(const CommandLine& line, const Plan& plan, const Instructions& recorded);
+std::vector<double> changedTimes(const InputOptions& options, const Plan& plan, const Instructions& recorded);
+
+/// A file that is to be written.
+struct PlannedOutput {
+    std::string path; ///< empty: none
+    bool mayBeStream; ///< as a FIFO or a terminal
+};
 
 /// Looks at the files that are to be written. Throws Failure when one may not be.
-void requireFreeOutputs(const CommandLine& line, Plan& plan);
+void requireFreeOutputs(const std::vector<PlannedOutput>& outputs, Plan& plan);
 
 /// The name of the loader for the first load. Throws Failure for one that is not registered, and AddOnError.
-std::string loaderName(const Host& host, const CommandLine& line, const Plan& plan);
+std::string loaderName(const Host& host, const InputOptions& options, const Plan& plan);
 
 /// Says how many files are to be loaded, and warns where no loader is known to be for the first of them.
-void announce(const Host& host, const CommandLine& line, const Plan& plan, const Console& console);
+void announce(const Host& host, const InputOptions& options, const Plan& plan, const Console& console);
 
 /// Loads, then appends. True when everything was loaded.
-bool load(Host& host, const std::string& loaderName, const CommandLine& line, const Plan& plan);
+bool load(Host& host, const std::string& loaderName, const InputOptions& options, const Plan& plan);
 
 } // namespace krohost::cli

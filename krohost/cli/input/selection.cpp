@@ -1,16 +1,25 @@
 #include "krohost/cli/input/selection.h"
 
-#include "krohost/cli/Failure.h"
+#include "krohost/cli/terminal/Failure.h"
 #include "krohost/text/quoted.h"
 #include "krohost/text/suggest.h"
 
+#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
 
 namespace krohost::cli {
 
 namespace {
+
+std::optional<std::int64_t> parsePlace(const std::string& text) {
+    std::int64_t place = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), place);
+    const bool isWhole = result.ec == std::errc{} && result.ptr == text.data() + text.size();
+    return isWhole && place >= 0 ? std::optional{place} : std::nullopt;
+}
 
 template <class... Arguments>
 [[noreturn]] void fail(fmt::format_string<Arguments...> format, Arguments&&... arguments) {
@@ -37,7 +46,7 @@ const Zone& findZone(const Dataset& dataset, const std::string& wanted) {
 }
 
 Part makePart(Target target, std::size_t partIndex, std::int64_t rowCount, std::int64_t rowLength,
-              const DumpOptions& options) {
+              const SelectionOptions& options) {
     const Range range = options.range.value_or(Range{});
     const std::int64_t end = range.end.value_or(rowCount);
     if (range.begin > rowCount || end > rowCount)
@@ -54,7 +63,7 @@ std::vector<std::string> variableNames(const Dataset& dataset, const Zone& zone,
     return names;
 }
 
-Part findVariable(const Dataset& dataset, const Zone& zone, const std::string& name, const DumpOptions& options) {
+Part findVariable(const Dataset& dataset, const Zone& zone, const std::string& name, const SelectionOptions& options) {
     std::vector<const ZoneVariable*> found;
     for (const ZoneVariable& variable : zone.variables)
         if (variable.data &&
@@ -70,14 +79,13 @@ Part findVariable(const Dataset& dataset, const Zone& zone, const std::string& n
     return makePart(found.front()->data->target(), 0, found.front()->data->valueCount, 1, options);
 }
 
-std::vector<Part> findSections(const Zone& zone, const DumpOptions& options) {
+std::vector<Part> findSections(const Zone& zone, const SelectionOptions& options, bool needsOne) {
     if (!zone.nodeMap)
         fail("There is no node map in {}.", nameOf(zone));
     const auto count = static_cast<std::int32_t>(zone.sections.size());
     if (options.section && (*options.section < 1 || *options.section > count))
         fail("There is no section {} in {}; there are {}.", *options.section, nameOf(zone), count);
-    const bool needsOne = options.range || options.format == DumpFormat::csv || options.format == DumpFormat::npy;
-    if (!options.section && count > 1 && needsOne)
+    if (!options.section && count > 1 && (needsOne || options.range))
         fail("There are {} sections in {}; choose one with --section.", count, nameOf(zone));
     std::vector<Part> parts;
     for (std::int32_t number = options.section.value_or(1); number <= options.section.value_or(count); ++number) {
@@ -89,10 +97,7 @@ std::vector<Part> findSections(const Zone& zone, const DumpOptions& options) {
 }
 
 /// Columns of one table have one length.
-void requireTable(const std::vector<Part>& parts, DumpFormat format) {
-    const bool isBinary = format == DumpFormat::npy || format == DumpFormat::raw;
-    if (isBinary && parts.size() > 1)
-        fail("The formats npy and raw take one variable.");
+void requireTable(const std::vector<Part>& parts) {
     for (const Part& part : parts)
         if (part.rowCount != parts.front().rowCount)
             fail("Variables with {} and {} values are not columns of one table.", parts.front().rowCount,
@@ -101,14 +106,52 @@ void requireTable(const std::vector<Part>& parts, DumpFormat format) {
 
 } // namespace
 
-Selection select(const Dataset& dataset, const DumpOptions& options) {
+std::optional<Range> parseRange(const std::string& text) {
+    const std::size_t colon = text.find(':');
+    if (colon == text.npos)
+        return std::nullopt;
+    const std::string begin = text.substr(0, colon), end = text.substr(colon + 1);
+    const std::optional<std::int64_t> first = begin.empty() ? 0 : parsePlace(begin);
+    const std::optional<std::int64_t> last = end.empty() ? std::nullopt : parsePlace(end);
+    if (!first || (!last && !end.empty()) || (last && *last < *first))
+        return std::nullopt;
+    return Range{*first, last};
+}
+
+void addSelectionOptions(CLI::App& command, SelectionOptions& options) {
+    auto* variable =
+        command.add_option("--variable", options.variables, "Variable to write; several ones become columns")
+            ->allow_extra_args(false)
+            ->type_name("NAME");
+    auto* nodeMap = command
+                        .add_flag(
+                            "--node-map", [](std::int64_t) {}, "Write the nodes of each element instead")
+                        ->excludes(variable);
+    command.add_option("--location", options.location, "Which of two variables of one name is meant")
+        ->check(CLI::IsMember({"nodal", "cell"}))
+        ->needs(variable);
+    command.add_option("--zone", options.zone, "Zone, where there are several")->type_name("N|NAME");
+    command.add_option("--section", options.section, "Section, from 1 (default: all)")->needs(nodeMap);
+    command
+        .add_option_function<std::string>(
+            "--range", [&options](const std::string& text) { options.range = parseRange(text); },
+            "Values or elements from A up to, but without, B, counted from 0; either may be missing")
+        ->check([](const std::string& text) { return parseRange(text) ? "" : text + " is not a range"; })
+        ->type_name("A:B");
+    command.callback([variable, nodeMap] {
+        if (variable->count() + nodeMap->count() == 0)
+            throw CLI::RequiredError("--variable or --node-map");
+    });
+}
+
+Selection select(const Dataset& dataset, const SelectionOptions& options, bool needsOneSection) {
     const Zone& zone = findZone(dataset, options.zone);
     if (options.variables.empty())
-        return {zone, true, findSections(zone, options)};
+        return {zone, true, findSections(zone, options, needsOneSection)};
     Selection selection{zone, false, {}};
     for (const std::string& name : options.variables)
         selection.parts.push_back(findVariable(dataset, zone, name, options));
-    requireTable(selection.parts, options.format);
+    requireTable(selection.parts);
     return selection;
 }
 

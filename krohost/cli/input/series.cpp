@@ -1,8 +1,8 @@
 #include "krohost/cli/input/series.h"
 
-#include "krohost/cli/Failure.h"
 #include "krohost/cli/input/pvd.h"
 #include "krohost/cli/input/smallFile.h"
+#include "krohost/cli/terminal/Failure.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
 #include "krohost/cli/input/smallFile.h"
 
-#include "krohost/cli/Failure.h"
+#include "krohost/cli/terminal/Failure.h"
 #include "krohost/convert/Loss.h"
 
 #include <fmt/format.h>

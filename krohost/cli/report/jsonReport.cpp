@@ -81,15 +81,6 @@ ordered_json zoneList(const Report& report, const Dataset& dataset) {
     return list;
 }
 
-/// An item that is there already keeps its place.
-std::string finished(ordered_json document, const std::vector<std::string>& dialogs,
-                     const std::vector<std::string>& violations, const std::string& error, int indent) {
-    document["error"] = textOrNull(error);
-    document["dialogs"] = dialogs;
-    document["violations"] = violations;
-    return jsonText(document, indent) + '\n';
-}
-
 } // namespace
 
 std::string jsonText(const ordered_json& value, int indent) {
@@ -109,27 +100,6 @@ ordered_json jsonReport(const Report& report, const Dataset& dataset) {
             {"losses", lossList(report.losses)},
             {"variables", variableList(dataset)},
             {"zones", zoneList(report, dataset)}};
-}
-
-std::string jsonText(ordered_json document, const std::vector<std::string>& dialogs,
-                     const std::vector<std::string>& violations, const std::string& error) {
-    return finished(std::move(document), dialogs, violations, error, 2);
-}
-
-std::string jsonLine(ordered_json document, const std::vector<std::string>& dialogs,
-                     const std::vector<std::string>& violations, const std::string& error) {
-    return finished(std::move(document), dialogs, violations, error, -1);
-}
-
-std::string failureText(const CommandLine& line, const std::string& message) {
-    if (line.isJsonLines)
-        return jsonLine({{"kind", "end"}}, {message}, {}, message);
-    if (!line.isJson)
-        return {};
-    const bool isReport = line.command == Command::info || line.command == Command::replay;
-    const ordered_json document = isReport ? jsonReport({}, {}) : ordered_json::object();
-    return line.command == Command::bench ? jsonLine(document, {message}, {}, message)
-                                          : jsonText(document, {message}, {}, message);
 }
 
 } // namespace krohost::cli

@@ -1,5 +1,6 @@
 #include "krohost/cli/terminal/Console.h"
 
+#include "krohost/cli/terminal/Failure.h"
 #include "krohost/text/printable.h"
 
 #include <fmt/format.h>
@@ -33,17 +34,9 @@ void say(const std::string& text) {
 
 } // namespace
 
-bool applies(When when, int descriptor) {
-    return when == When::always || (when == When::automatic && isatty(descriptor) == 1);
-}
-
-std::string Style::wrapped(const char* code, std::string_view text) const {
-    return isColoured_ ? fmt::format("{}{}\x1b[0m", code, text) : std::string{text};
-}
-
-Console::Console(const CommandLine& line)
-    : isQuiet_{line.isQuiet}, isVerbose_{line.isVerbose}, outputStyle_{isColoured(line.color, STDOUT_FILENO)},
-      errorStyle_{isColoured(line.color, STDERR_FILENO)} {}
+Console::Console(const OutputOptions& options)
+    : isQuiet_{options.isQuiet}, isVerbose_{options.isVerbose}, outputStyle_{isColoured(options.color, STDOUT_FILENO)},
+      errorStyle_{isColoured(options.color, STDERR_FILENO)} {}
 
 void Console::error(const std::string& text) const {
     say(errorStyle_.error(printableLine(text)) + '\n');

@@ -1,30 +1,16 @@
 #pragma once
 
-#include "krohost/cli/CommandLine.h"
+#include "krohost/cli/terminal/OutputOptions.h"
+#include "krohost/cli/terminal/Style.h"
 
 #include <string>
-#include <string_view>
 
 namespace krohost::cli {
-
-/// Colours for what goes to one of the standard streams, or none.
-class Style {
-public:
-    explicit Style(bool isColoured) : isColoured_{isColoured} {}
-
-    std::string heading(std::string_view text) const { return wrapped("\x1b[1m", text); }
-    std::string error(std::string_view text) const { return wrapped("\x1b[31m", text); }
-
-private:
-    std::string wrapped(const char* code, std::string_view text) const;
-
-    bool isColoured_;
-};
 
 /// The standard streams, used as the user wants. Results go to standard output, all else to standard error.
 class Console {
 public:
-    explicit Console(const CommandLine& line);
+    explicit Console(const OutputOptions& options);
 
     Style outputStyle() const { return outputStyle_; }
 
@@ -47,8 +33,5 @@ private:
     Style outputStyle_;
     Style errorStyle_;
 };
-
-/// Whether something that is done only at some times is done for the stream with this descriptor.
-bool applies(When when, int descriptor);
 
 } // namespace krohost::cli

@@ -1,6 +1,6 @@
 #include "krohost/cli/terminal/OutputStream.h"
 
-#include "krohost/cli/Failure.h"
+#include "krohost/cli/terminal/Failure.h"
 #include "krohost/convert/Loss.h"
 #include "krohost/convert/WriteError.h"
 

@@ -1,8 +1,7 @@
 #include "krohost/cli/terminal/ProgressBar.h"
 
-#include "krohost/cli/report/processFigure.h"
-#include "krohost/cli/terminal/Console.h"
 #include "krohost/cli/terminal/byteText.h"
+#include "krohost/cli/terminal/processFigure.h"
 #include "krohost/text/printable.h"
 
 #include <fmt/format.h>
@@ -34,9 +33,9 @@ std::string timeLeft(double seconds, double fraction) {
 } // namespace
 
 // Work that is done at once shows no bar.
-ProgressBar::ProgressBar(const CommandLine& line)
-    : isShown_{!line.isQuiet && applies(line.progress, STDERR_FILENO)}, pause_{line.progress == When::always ? 0 : 0.3},
-      earlierByteCount_{isShown_ ? readByteCount() : 0} {}
+ProgressBar::ProgressBar(const OutputOptions& options)
+    : isShown_{!options.isQuiet && applies(options.progress, STDERR_FILENO)},
+      pause_{options.progress == When::always ? 0 : 0.3}, earlierByteCount_{isShown_ ? readByteCount() : 0} {}
 
 void ProgressBar::setFiles(std::vector<std::string> files) {
     files_ = std::move(files);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/cli/CommandLine.h"
+#include "krohost/cli/terminal/OutputOptions.h"
 #include "krohost/cli/terminal/Stopwatch.h"
 
 #include <cstddef>
@@ -15,7 +15,7 @@ namespace krohost::cli {
 /// second at most, on a terminal or when the user wants it in any case. One thread at a time.
 class ProgressBar {
 public:
-    explicit ProgressBar(const CommandLine& line);
+    explicit ProgressBar(const OutputOptions& options);
     ~ProgressBar() { clear(); }
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "krohost/cli/terminal/Console.h"
+#include "krohost/cli/terminal/Style.h"
 
 #include <cstddef>
 #include <string>

@@ -1,4 +1,4 @@
-#include "krohost/cli/report/processFigure.h"
+#include "krohost/cli/terminal/processFigure.h"
 
 #include <fstream>
 
