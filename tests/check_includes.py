@@ -8,7 +8,7 @@ LINE = "interface/kro.h"
 HOST = "krohost/host/runtime krohost/host/model krohost/host/line"
 ROOMS = {
     "interface": "",
-    "loader/cells": "",
+    "loader/cells": LINE,
     "loader/sdk": LINE,
     "loader/xml": f"loader/sdk {LINE}",
     "loader/streams": f"loader/xml loader/sdk {LINE}",
@@ -21,7 +21,7 @@ ROOMS = {
     "krohost/host/runtime": f"krohost/host/model krohost/host/line krohost/text {LINE}",
     "krohost/host/api": f"krohost/host/runtime krohost/host/model krohost/host/line krohost/text {LINE}",
     "krohost/reader": "krohost/text",
-    "krohost/check": "krohost/reader krohost/text",
+    "krohost/check": f"krohost/reader krohost/text loader/cells {LINE}",
     "krohost/convert": "krohost/reader krohost/host/runtime krohost/host/model krohost/text loader/cells",
     "krohost/cli/shell": "",
     "krohost/cli/terminal": "krohost/convert krohost/text",

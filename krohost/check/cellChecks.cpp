@@ -1,6 +1,6 @@
 #include "krohost/check/arrayChecks.h"
 #include "krohost/reader/IntegerReader.h"
-#include "krohost/reader/cellTypes.h"
+#include "loader/cells/cellTypes.h"
 
 #include <fmt/format.h>
 
@@ -14,9 +14,9 @@ namespace krohost::check {
 namespace {
 
 using reader::Array;
-using reader::CellType;
 using reader::Document;
 using reader::Piece;
+using veltra::vtkcells::CellType;
 
 /// What is said of the first of many like things, and of how many there are.
 class Tally {
@@ -46,13 +46,9 @@ std::int64_t difference(std::int64_t offset, std::int64_t previous) {
     return static_cast<std::int64_t>(static_cast<std::uint64_t>(offset) - static_cast<std::uint64_t>(previous));
 }
 
-bool hasNodeCount(const CellType& type, std::int64_t count) {
-    return count > 0 && std::find(type.nodeCounts.begin(), type.nodeCounts.end(), count) != type.nodeCounts.end();
-}
-
 std::string nodeCounts(const CellType& type) {
     std::string text;
-    for (const std::int64_t count : type.nodeCounts)
+    for (const std::uint32_t count : type.nodeCounts)
         if (count > 0)
             text += (text.empty() ? "" : ", ") + std::to_string(count);
     return text;
@@ -78,7 +74,7 @@ public:
                 break;
             typeCount += type ? 1 : 0;
             offsetCount += offset ? 1 : 0;
-            const CellType* known = type ? reader::findCellType(*type) : nullptr;
+            const CellType* known = type ? veltra::vtkcells::findCellType(*type) : nullptr;
             if (type)
                 checkType(cell, *type, known);
             if (offset)
@@ -155,13 +151,13 @@ private:
             falling_.add([&] {
                 return fmt::format("offset {} of cell {} is below {}, the one before", offset, cell, lastOffset_);
             });
-        else if (known && !hasNodeCount(*known, nodeCount))
+        else if (known && known->order(nodeCount) == 0)
             wrongCounts_.add([&] {
-                return fmt::format("cell {} of type {} has {} nodes (accepted: {})", cell, known->code, nodeCount,
+                return fmt::format("cell {} of type {} has {} nodes (accepted: {})", cell, known->code(), nodeCount,
                                    nodeCounts(*known));
             });
         else if (known)
-            kinds.emplace(known->code, nodeCount);
+            kinds.emplace(known->code(), nodeCount);
         lastOffset_ = offset;
     }
 
@@ -172,7 +168,7 @@ private:
     std::uint64_t cellCount_;
     const Array& types_;
     const Array& offsets_;
-    int dimension_ = 0; // of the cells so far; points go with all
+    std::uint32_t dimension_ = 0; // of the cells so far; points go with all
     Tally unknown_, mixed_, wrongCounts_, falling_;
     std::int64_t lastOffset_ = 0;
     bool hasOffsets_ = false;

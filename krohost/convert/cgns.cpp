@@ -5,6 +5,7 @@
 #include "krohost/convert/names.h"
 #include "krohost/convert/vtkCells.h"
 #include "krohost/host/model/itemType.h"
+#include "loader/cells/cellTypes.h"
 
 #include <cgnslib.h>
 #include <fmt/format.h>
@@ -32,29 +33,28 @@ cgsize_t size(std::int64_t count, const Zone& zone) {
     return static_cast<cgsize_t>(count);
 }
 
-/// By shape, orders 1 to 4. The orders of nodes are those of the host.
-constexpr std::array<std::array<ElementType_t, 4>, 7> elementTypes{{
-    {BAR_2, BAR_3, BAR_4, BAR_5},
-    {TRI_3, TRI_6, TRI_10, TRI_15},
-    {QUAD_4, QUAD_9, QUAD_16, QUAD_25},
-    {TETRA_4, TETRA_10, TETRA_20, TETRA_35},
-    {HEXA_8, HEXA_27, HEXA_64, HEXA_125},
-    {PYRA_5, ElementTypeNull, ElementTypeNull, ElementTypeNull},
-    {PENTA_6, PENTA_18, PENTA_40, PENTA_75},
+struct ElementTypes {
+    CellShape_e shape;
+    std::array<ElementType_t, 4> ofOrders; ///< 1 to 4
+};
+
+/// The orders of nodes are those of the host.
+constexpr std::array<ElementTypes, 7> elementTypes{{
+    {CellShape_Line, {BAR_2, BAR_3, BAR_4, BAR_5}},
+    {CellShape_Triangle, {TRI_3, TRI_6, TRI_10, TRI_15}},
+    {CellShape_Quadrilateral, {QUAD_4, QUAD_9, QUAD_16, QUAD_25}},
+    {CellShape_Tetrahedron, {TETRA_4, TETRA_10, TETRA_20, TETRA_35}},
+    {CellShape_Hexahedron, {HEXA_8, HEXA_27, HEXA_64, HEXA_125}},
+    {CellShape_Pyramid, {PYRA_5, ElementTypeNull, ElementTypeNull, ElementTypeNull}},
+    {CellShape_Prism, {PENTA_6, PENTA_18, PENTA_40, PENTA_75}},
 }};
 
-int dimension(CellShape_e shape) {
-    switch (shape) {
-    case CellShape_None:
-        return 0;
-    case CellShape_Line:
-        return 1;
-    case CellShape_Triangle:
-    case CellShape_Quadrilateral:
-        return 2;
-    default:
-        return 3;
-    }
+ElementType_t elementType(const Section& section) {
+    const auto found = std::find_if(elementTypes.begin(), elementTypes.end(),
+                                    [&](const ElementTypes& row) { return row.shape == section.shape; });
+    const auto order = static_cast<std::size_t>(section.gridOrder);
+    const bool exists = found != elementTypes.end() && order >= 1 && order <= found->ofOrders.size();
+    return exists ? found->ofOrders[order - 1] : ElementTypeNull;
 }
 
 template <class To>
@@ -99,7 +99,7 @@ public:
         int cellDimension = 1;
         for (const Zone& zone : dataset_.zones)
             for (const Section& section : zone.sections)
-                cellDimension = std::max(cellDimension, dimension(section.shape));
+                cellDimension = std::max(cellDimension, veltra::vtkcells::dimension(section.shape));
         require(cg_base_write(file_, "Base", cellDimension, 3, &base_));
         require(cg_simulation_type_write(file_, base_, TimeAccurate));
         writeTime();
@@ -174,8 +174,7 @@ private:
                 requirePoint(zone, numbers[place], zone.nodeCount);
                 nodes.push_back(size(numbers[place], zone) + 1);
             }
-            const ElementType_t type =
-                areVertices ? NODE : elementTypes.at(section.shape).at(static_cast<std::size_t>(section.gridOrder) - 1);
+            const ElementType_t type = areVertices ? NODE : elementType(section);
             if (type == ElementTypeNull)
                 throw WriteError(fmt::format("Zone {} \"{}\" has {}s of order {}, which are not written to CGNS files.",
                                              zone.number, zone.name, inWords(section.shape), section.gridOrder));

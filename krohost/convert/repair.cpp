@@ -5,8 +5,8 @@
 #include "krohost/convert/requireLoads.h"
 #include "krohost/convert/vtuFile.h"
 #include "krohost/reader/Document.h"
-#include "krohost/reader/cellTypes.h"
 #include "krohost/text/letterCase.h"
+#include "loader/cells/cellTypes.h"
 #include "loader/cells/nodeOrder.h"
 
 #include <fmt/format.h>
@@ -25,6 +25,9 @@ namespace krohost::convert {
 namespace fs = std::filesystem;
 
 namespace {
+
+using veltra::vtkcells::CellType;
+using veltra::vtkcells::findCellType;
 
 using reader::Document;
 
@@ -55,8 +58,7 @@ public:
                 fail("a piece has no or several arrays of points");
         }
         for (std::size_t type = 0; type < cellCounts_.size(); ++type)
-            if (const reader::CellType* known = reader::findCellType(static_cast<int>(type));
-                known && cellCounts_[type] > 0)
+            if (const CellType* known = findCellType(static_cast<int>(type)); known && cellCounts_[type] > 0)
                 dimension_ = std::max(dimension_, known->dimension);
         for (std::size_t type = 0; type < cellCounts_.size(); ++type)
             if (keeps(static_cast<std::uint8_t>(type))) {
@@ -74,7 +76,7 @@ public:
             losses.add({"dropped", std::move(message), {}, location, document_.path.string(), 1, count});
         };
         for (std::size_t type = 0; type < cellCounts_.size(); ++type) {
-            const reader::CellType* known = reader::findCellType(static_cast<int>(type));
+            const CellType* known = findCellType(static_cast<int>(type));
             const std::uint64_t count = keeps(static_cast<std::uint8_t>(type)) ? 0 : cellCounts_[type];
             if (count > 0 && known)
                 add(count, "cells",
@@ -161,7 +163,7 @@ private:
     }
 
     bool keeps(std::uint8_t type) const {
-        const reader::CellType* known = reader::findCellType(type);
+        const CellType* known = findCellType(type);
         return known && (known->dimension == 0 || known->dimension == dimension_);
     }
 
@@ -360,7 +362,7 @@ private:
     std::uint64_t pointCount_ = 0, cellCount_ = 0;
     std::array<std::uint64_t, 256> cellCounts_{}, nodeCounts_{}; // by type
     std::uint64_t keptCellCount_ = 0, keptNodeCount_ = 0;
-    int dimension_ = 0;
+    std::uint32_t dimension_ = 0;
     bool isOld_ = false;                                             // of a version before 2.1
     std::vector<reader::Array> keptFields_;                          // with the number of tuples that they hold
     std::vector<std::pair<std::string, std::string>> droppedFields_; // names, and why

@@ -2,6 +2,7 @@
 
 #include "krohost/convert/Loaded.h"
 #include "krohost/convert/WriteError.h"
+#include "loader/cells/cellTypes.h"
 #include "loader/cells/nodeOrder.h"
 
 #include <fmt/format.h>
@@ -14,31 +15,22 @@ namespace krohost::convert {
 
 namespace {
 
-struct CellType {
-    CellShape_e shape;
-    std::int32_t leastOrder;
-    std::int32_t greatestOrder;
-    std::uint8_t type;
-    bool makesPlainZone; ///< a zone of such cells alone is not mixed
-};
+using veltra::vtkcells::CellType;
+using veltra::vtkcells::Type;
 
 /// Of several types for one shape and order, the usual one comes first.
-constexpr std::array<CellType, 21> cellTypes{{
-    {CellShape_None, 1, 1, vertexType, true},   {CellShape_Line, 1, 1, 3, true},
-    {CellShape_Line, 2, 2, 21, false},          {CellShape_Line, 1, 4, 68, false},
-    {CellShape_Triangle, 1, 1, 5, true},        {CellShape_Triangle, 2, 2, 22, false},
-    {CellShape_Triangle, 1, 4, 69, false},      {CellShape_Quadrilateral, 1, 1, 9, true},
-    {CellShape_Quadrilateral, 2, 2, 28, false}, {CellShape_Quadrilateral, 1, 4, 70, false},
-    {CellShape_Quadrilateral, 1, 1, 8, true},   {CellShape_Tetrahedron, 1, 1, 10, true},
-    {CellShape_Tetrahedron, 2, 2, 24, false},   {CellShape_Tetrahedron, 1, 4, 71, false},
-    {CellShape_Hexahedron, 1, 1, 12, true},     {CellShape_Hexahedron, 1, 4, 72, false},
-    {CellShape_Hexahedron, 1, 1, 11, true},     {CellShape_Prism, 1, 1, 13, false},
-    {CellShape_Prism, 2, 2, 32, false},         {CellShape_Prism, 1, 4, 73, false},
-    {CellShape_Pyramid, 1, 1, 14, false},
-}};
+constexpr std::array<CellType, veltra::vtkcells::cellTypes.size()> usualTypes = [] {
+    auto types = veltra::vtkcells::cellTypes;
+    const auto isUsual = [](const CellType& row) { return row.type != Type::Pixel && row.type != Type::Voxel; };
+    const auto usual = veltra::vtkcells::cellTypes;
+    auto end = std::copy_if(usual.begin(), usual.end(), types.begin(), isUsual);
+    std::copy_if(usual.begin(), usual.end(), end, [&](const CellType& row) { return !isUsual(row); });
+    return types;
+}();
 
 bool isTypeOf(const Section& section, const CellType& row) {
-    return row.shape == section.shape && section.gridOrder >= row.leastOrder && section.gridOrder <= row.greatestOrder;
+    const auto order = static_cast<std::size_t>(section.gridOrder);
+    return row.shape == section.shape && order >= 1 && order <= row.nodeCounts.size() && row.nodeCounts[order - 1] > 0;
 }
 
 /// The host's places of the nodes of a cell, in the order of the file.
@@ -83,14 +75,14 @@ std::size_t vertexSection(Host& host, const Zone& zone) {
 std::uint8_t cellType(const Zone& zone, const Section& section, const std::vector<SectionCells>& before) {
     const bool isMixedOfOne = zone.type == ZoneType_Mixed && zone.sections.size() == 1;
     std::uint8_t type = 0;
-    for (const CellType& row : cellTypes) {
+    for (const CellType& row : usualTypes) {
         if (!isTypeOf(section, row))
             continue;
         const bool isTaken = std::any_of(before.begin(), before.end(), [&](const SectionCells& cells) {
-            return cells.type == row.type && cells.hostNodeCount == section.nodesPerElement();
+            return cells.type == row.code() && cells.hostNodeCount == section.nodesPerElement();
         });
-        type = row.type;
-        if (!isTaken && !(isMixedOfOne && row.makesPlainZone))
+        type = row.code();
+        if (!isTaken && !(isMixedOfOne && row.zoneType != ZoneType_Mixed))
             break;
     }
     if (type == 0)
@@ -102,10 +94,8 @@ std::uint8_t cellType(const Zone& zone, const Section& section, const std::vecto
 } // namespace
 
 bool isTypeOf(const Section& section, std::uint8_t type) {
-    return type == vertexType ? section.gridOrder == 1
-                              : std::any_of(cellTypes.begin(), cellTypes.end(), [&](const CellType& row) {
-                                    return row.type == type && isTypeOf(section, row);
-                                });
+    const CellType* row = veltra::vtkcells::findCellType(type);
+    return type == vertexType ? section.gridOrder == 1 : row && isTypeOf(section, *row);
 }
 
 std::vector<SectionCells> sectionCells(Host& host, const Zone& zone, const CellOrder& order) {

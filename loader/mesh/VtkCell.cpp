@@ -1,41 +1,35 @@
 #include "loader/mesh/VtkCell.h"
 
-#include "loader/mesh/cellTables.h"
 #include "loader/mesh/messages.h"
 
 #include "loader/cells/nodeOrder.h"
 #include "loader/sdk/exceptions.h"
 
-#include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace veltra::vtkfile::VtkCell {
 
 namespace {
 
-/// From a type code to the catalogue's row, or null.
-constexpr std::array<const AcceptedType*, 256> rowsByCode = [] {
-    std::array<const AcceptedType*, 256> rows{};
-    for (const AcceptedType& row : acceptedTypes)
-        rows[static_cast<std::uint8_t>(row.type)] = &row;
-    return rows;
-}();
+std::uint8_t code(Type type) {
+    return static_cast<std::uint8_t>(type);
+}
 
-const AcceptedType* findRow(Type type) {
-    return rowsByCode[static_cast<std::uint8_t>(type)];
+const vtkcells::CellType* findRow(Type type) {
+    return vtkcells::findCellType(code(type));
+}
+
+std::string_view typeName(Type type) {
+    return vtkcells::typeName(code(type));
 }
 
 constexpr FileVersion newHexahedronOrder{2, 1, 0};
 
 } // namespace
 
-std::string_view typeName(Type type) {
-    const auto code = static_cast<std::uint8_t>(type);
-    return code < typeNames.size() ? typeNames[code] : "Unknown";
-}
-
 void classify(Type type, std::uint32_t& runningDimension) {
-    const AcceptedType* row = findRow(type);
+    const vtkcells::CellType* row = findRow(type);
     if (!row)
         throw IOException(unsupportedCellType(typeName(type)));
     if (type == Type::Vertex)
@@ -46,23 +40,24 @@ void classify(Type type, std::uint32_t& runningDimension) {
 }
 
 void checkNodeCount(Type type, std::int64_t nodeCount) {
-    const auto& counts = findRow(type)->nodeCounts;
-    if (std::none_of(counts.begin(), counts.end(),
-                     [&](std::uint32_t count) { return count != none && count == nodeCount; }))
+    if (findRow(type)->order(nodeCount) == 0)
         throw IOException(unsupportedNodeCount(typeName(type), nodeCount));
 }
 
 std::uint32_t gridOrder(Type type, std::uint32_t nodeCount) {
-    const auto& counts = findRow(type)->nodeCounts;
-    return static_cast<std::uint32_t>(std::find(counts.begin(), counts.end(), nodeCount) - counts.begin()) + 1;
+    return findRow(type)->order(nodeCount);
 }
 
 CellShape_e hostShape(Type type) {
     return findRow(type)->shape;
 }
 
+ZoneType_e zoneType(Type type) {
+    return findRow(type)->zoneType;
+}
+
 std::span<const std::uint64_t> nodePermutation(FileVersion version, Type type, std::uint32_t nodeCount) {
-    const vtkcells::NodeOrder order = vtkcells::nodeOrder(static_cast<std::uint8_t>(type), nodeCount);
+    const vtkcells::NodeOrder order = vtkcells::nodeOrder(code(type), nodeCount);
     return version < newHexahedronOrder ? order.oldPlaces : order.places;
 }
 

@@ -68,26 +68,7 @@ std::size_t findSection(const std::vector<Section>& sections, VtkCell::Type type
 }
 
 ZoneType_e zoneType(const std::vector<Section>& sections) {
-    if (sections.size() != 1)
-        return ZoneType_Mixed;
-    switch (sections.front().type) {
-    case VtkCell::Type::Vertex:
-        return ZoneType_Ordered;
-    case VtkCell::Type::Line:
-        return ZoneType_LineSegment;
-    case VtkCell::Type::Triangle:
-        return ZoneType_Triangle;
-    case VtkCell::Type::Pixel:
-    case VtkCell::Type::Quad:
-        return ZoneType_Quadrilateral;
-    case VtkCell::Type::Tetra:
-        return ZoneType_Tetrahedron;
-    case VtkCell::Type::Voxel:
-    case VtkCell::Type::Hexahedron:
-        return ZoneType_Brick;
-    default:
-        return ZoneType_Mixed;
-    }
+    return sections.size() == 1 ? VtkCell::zoneType(sections.front().type) : ZoneType_Mixed;
 }
 
 } // namespace veltra::vtkfile
