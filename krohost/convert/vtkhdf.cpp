@@ -48,11 +48,30 @@ void require(herr_t status, const std::string& what) {
         throw FileError(fmt::format("HDF5 cannot write {}", what));
 }
 
-/// In the order of ElementType.
 hid_t hdfType(ElementType type) {
-    return std::array{H5T_STD_I8LE,  H5T_STD_U8LE,  H5T_STD_I16LE, H5T_STD_U16LE,  H5T_STD_I32LE,
-                      H5T_STD_U32LE, H5T_STD_I64LE, H5T_STD_U64LE, H5T_IEEE_F32LE, H5T_IEEE_F64LE}
-        .at(static_cast<std::size_t>(type));
+    switch (type) {
+    case ElementType::Int8:
+        return H5T_STD_I8LE;
+    case ElementType::UInt8:
+        return H5T_STD_U8LE;
+    case ElementType::Int16:
+        return H5T_STD_I16LE;
+    case ElementType::UInt16:
+        return H5T_STD_U16LE;
+    case ElementType::Int32:
+        return H5T_STD_I32LE;
+    case ElementType::UInt32:
+        return H5T_STD_U32LE;
+    case ElementType::Int64:
+        return H5T_STD_I64LE;
+    case ElementType::UInt64:
+        return H5T_STD_U64LE;
+    case ElementType::Float32:
+        return H5T_IEEE_F32LE;
+    case ElementType::Float64:
+        return H5T_IEEE_F64LE;
+    }
+    throw FileError("HDF5 has no such type");
 }
 
 Handle group(hid_t parent, const char* name) {

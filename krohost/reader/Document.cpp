@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <utility>
 
 namespace krohost::reader {
 
@@ -36,9 +37,15 @@ std::string Element::nameAttribute() const {
 }
 
 std::optional<Section> sectionNamed(std::string_view element) {
-    static constexpr std::array<std::string_view, 5> names{"Points", "Cells", "PointData", "CellData", "FieldData"};
-    const auto found = std::find(names.begin(), names.end(), element); // in the order of Section
-    return found == names.end() ? std::nullopt : std::optional{static_cast<Section>(found - names.begin())};
+    static constexpr auto names =
+        std::to_array<std::pair<std::string_view, Section>>({{"Points", Section::points},
+                                                             {"Cells", Section::cells},
+                                                             {"PointData", Section::pointData},
+                                                             {"CellData", Section::cellData},
+                                                             {"FieldData", Section::fieldData}});
+    const auto found =
+        std::find_if(names.begin(), names.end(), [&](const auto& entry) { return entry.first == element; });
+    return found == names.end() ? std::nullopt : std::optional{found->second};
 }
 
 std::optional<Format> formatNamed(const std::string* word) {
@@ -50,13 +57,15 @@ std::optional<Format> formatNamed(const std::string* word) {
 }
 
 Compressor compressorNamed(const std::string* word) {
-    static constexpr std::array names{"vtkZLibDataCompressor", "vtkLZ4DataCompressor", "vtkLZMADataCompressor"};
+    static constexpr auto names =
+        std::to_array<std::pair<std::string_view, Compressor>>({{"vtkZLibDataCompressor", Compressor::zlib},
+                                                                {"vtkLZ4DataCompressor", Compressor::lz4},
+                                                                {"vtkLZMADataCompressor", Compressor::lzma}});
     if (!word)
         return Compressor::none;
-    for (std::size_t index = 0; index < names.size(); ++index)
-        if (equalsIgnoringCase(*word, names[index]))
-            return static_cast<Compressor>(index + 1);
-    return Compressor::unknown;
+    const auto found = std::find_if(names.begin(), names.end(),
+                                    [&](const auto& entry) { return equalsIgnoringCase(*word, entry.first); });
+    return found == names.end() ? Compressor::unknown : found->second;
 }
 
 const Array* Piece::cellArray(std::string_view name) const {

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace veltra::vtkfile {
 
@@ -22,13 +23,36 @@ enum class DataArrayFormat : std::uint8_t {
 /// The element type of an array.
 enum class DataArrayType : std::uint8_t { Int8, UInt8, Int16, UInt16, Int32, UInt32, Int64, UInt64, Float32, Float64 };
 
-inline constexpr std::size_t dataArrayTypeCount = 10;
+struct ElementType {
+    DataArrayType type;
+    std::string_view name;  ///< in the file
+    std::uint8_t byteCount; ///< of one value
+};
+inline constexpr auto elementTypes = std::to_array<ElementType>({
+    {DataArrayType::Int8, "Int8", 1},
+    {DataArrayType::UInt8, "UInt8", 1},
+    {DataArrayType::Int16, "Int16", 2},
+    {DataArrayType::UInt16, "UInt16", 2},
+    {DataArrayType::Int32, "Int32", 4},
+    {DataArrayType::UInt32, "UInt32", 4},
+    {DataArrayType::Int64, "Int64", 8},
+    {DataArrayType::UInt64, "UInt64", 8},
+    {DataArrayType::Float32, "Float32", 4},
+    {DataArrayType::Float64, "Float64", 8},
+});
+inline constexpr std::size_t dataArrayTypeCount = elementTypes.size();
 
-/// Bytes of one value, by DataArrayType.
-inline constexpr std::array<std::uint8_t, dataArrayTypeCount> elementByteCounts{1, 1, 2, 2, 4, 4, 8, 8, 4, 8};
+static_assert(
+    [] {
+        for (std::size_t index = 0; index < elementTypes.size(); ++index)
+            if (elementTypes[index].type != static_cast<DataArrayType>(index))
+                return false;
+        return elementTypes.back().type == DataArrayType::Float64;
+    }(),
+    "each type has its row, in the order of the enumerators");
 
 constexpr std::uint8_t elementByteCount(DataArrayType type) {
-    return elementByteCounts[static_cast<std::size_t>(type)];
+    return elementTypes[static_cast<std::size_t>(type)].byteCount;
 }
 
 /// One DataArray element: what its values are, and where and how they stand in the file. Holds no values.

@@ -29,10 +29,6 @@ struct FormatName {
 constexpr std::array<FormatName, 3> formatNames{
     {{"ascii", DataArrayFormat::Ascii}, {"appended", DataArrayFormat::Appended}, {"binary", DataArrayFormat::Binary}}};
 
-/// In the order of DataArrayType.
-constexpr std::array<std::string_view, dataArrayTypeCount> typeNames{"Int8",   "UInt8", "Int16",  "UInt16",  "Int32",
-                                                                     "UInt32", "Int64", "UInt64", "Float32", "Float64"};
-
 DataArrayFormat arrayFormat(const std::string& value) {
     const auto found = std::find_if(formatNames.begin(), formatNames.end(),
                                     [&](const FormatName& entry) { return entry.name == value; });
@@ -42,10 +38,11 @@ DataArrayFormat arrayFormat(const std::string& value) {
 }
 
 DataArrayType arrayType(const std::string& value) {
-    const auto found = std::find(typeNames.begin(), typeNames.end(), value);
-    if (found == typeNames.end())
+    const auto found = std::find_if(elementTypes.begin(), elementTypes.end(),
+                                    [&](const ElementType& entry) { return entry.name == value; });
+    if (found == elementTypes.end())
         throw IOException(unsupportedArrayType(value));
-    return static_cast<DataArrayType>(found - typeNames.begin());
+    return found->type;
 }
 
 /// A value of an attribute that selects between two settings, or the first of them when the value is absent.
