@@ -2,7 +2,7 @@
 
 #include "loader/addon/messages.h"
 
-#include "loader/output/fieldData.h"
+#include "loader/mesh/fieldData.h"
 #include "loader/output/solutionTimes.h"
 
 #include "loader/xml/VtkFileXMLParser.h"

@@ -37,15 +37,6 @@ void checkComponentCounts(const Piece& piece) {
         throw IOException(tooManyVariables(variableLimit));
 }
 
-/// Per variable of the dataset, what `entry` says of those that the piece supplies and `absent` for the others.
-template <class Entry>
-auto perVariable(const Piece& piece, const VariableMap& variables, Entry entry, decltype(entry(DataArray())) absent) {
-    std::vector<decltype(absent)> entries(static_cast<std::size_t>(KroUtilDataSetGetNumVars()), absent);
-    for (const VariableComponent& variable : variableComponents(piece))
-        entries.at(static_cast<std::size_t>(variableNumber(variables, variable.key) - 1)) = entry(*variable.array);
-    return entries;
-}
-
 } // namespace
 
 std::vector<VariableComponent> variableComponents(const Piece& piece) {
@@ -105,16 +96,6 @@ FieldDataType_e storageType(DataArrayType type) {
         break;
     }
     return FieldDataType_Double;
-}
-
-std::vector<FieldDataType_e> getFieldDataTypes(const Piece& piece, const VariableMap& variables) {
-    return perVariable(
-        piece, variables, [](const DataArray& array) { return storageType(array.type); }, FieldDataType_None);
-}
-
-std::vector<ValueLocation_e> getValueLocations(const Piece& piece, const VariableMap& variables) {
-    return perVariable(
-        piece, variables, [](const DataArray& array) { return array.valueLocation; }, ValueLocation_CellCentered);
 }
 
 } // namespace veltra::vtkfile

@@ -36,12 +36,4 @@ std::int32_t variableNumber(const VariableMap& variables, const VariableKey& key
 /// How the host stores values of an element type. Integers of more than 32 bits, signed or not, are narrowed to 32.
 FieldDataType_e storageType(DataArrayType type);
 
-/// For every variable of the host's dataset, how the host is to store it in a zone that begins with this piece;
-/// FieldDataType_None for those that the zone does not supply. [main thread, host locked]
-std::vector<FieldDataType_e> getFieldDataTypes(const Piece& piece, const VariableMap& variables);
-
-/// The same for where the values live; those that the zone does not supply stay cell-centred.
-/// [main thread, host locked]
-std::vector<ValueLocation_e> getValueLocations(const Piece& piece, const VariableMap& variables);
-
 } // namespace veltra::vtkfile

@@ -1,17 +1,14 @@
 #pragma once
 
 #include "loader/mesh/Zone.h"
+#include "loader/mesh/fieldData.h"
 
 #include <boost/filesystem/path.hpp>
 
 #include <memory>
-#include <string>
-#include <utility>
 #include <vector>
 
 namespace veltra::vtkfile {
-
-using NameValuePair = std::pair<std::string, std::string>;
 
 /// A file that the user named.
 struct LoadedFile {

@@ -18,6 +18,28 @@ namespace veltra::vtkfile {
 
 namespace {
 
+/// Per variable of the dataset, what `entry` says of those that the piece supplies and `absent` for the others.
+template <class Entry>
+auto perVariable(const Piece& piece, const VariableMap& variables, Entry entry, decltype(entry(DataArray())) absent) {
+    std::vector<decltype(absent)> entries(static_cast<std::size_t>(KroUtilDataSetGetNumVars()), absent);
+    for (const VariableComponent& variable : variableComponents(piece))
+        entries.at(static_cast<std::size_t>(variableNumber(variables, variable.key) - 1)) = entry(*variable.array);
+    return entries;
+}
+
+/// For every variable of the host's dataset, how the host is to store it in a zone that begins with this piece;
+/// FieldDataType_None for those that the zone does not supply.
+std::vector<FieldDataType_e> getFieldDataTypes(const Piece& piece, const VariableMap& variables) {
+    return perVariable(
+        piece, variables, [](const DataArray& array) { return storageType(array.type); }, FieldDataType_None);
+}
+
+/// The same for where the values live; those that the zone does not supply stay cell-centred.
+std::vector<ValueLocation_e> getValueLocations(const Piece& piece, const VariableMap& variables) {
+    return perVariable(
+        piece, variables, [](const DataArray& array) { return array.valueLocation; }, ValueLocation_CellCentered);
+}
+
 std::string zoneName(const Zone& zone) {
     if (!zone.name.empty())
         return zone.name;

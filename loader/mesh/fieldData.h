@@ -1,10 +1,14 @@
 #pragma once
 
-#include "loader/output/LoadedFiles.h"
+#include "loader/xml/DataArray.h"
 
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace veltra::vtkfile {
+
+using NameValuePair = std::pair<std::string, std::string>;
 
 /// The names and values of those field-data arrays that hold one value, as the shortest decimal text that reads back to
 /// it. Arrays that have no name, that have the name of one before, or that cannot be read for whatever reason that is

@@ -1,4 +1,4 @@
-#include "loader/output/fieldData.h"
+#include "loader/mesh/fieldData.h"
 
 #include "loader/streams/dataArrayReader.h"
 #include "loader/streams/elementTypes.h"
