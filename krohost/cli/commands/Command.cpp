@@ -9,7 +9,7 @@ using nlohmann::ordered_json;
 /// An item that is there already keeps its place.
 std::string documentText(const Command& command, ordered_json document, const Ending& ending) {
     constexpr int indent = 2;
-    document["error"] = ending.error.empty() ? ordered_json() : ordered_json(ending.error);
+    document["error"] = textOrNull(ending.error);
     document["dialogs"] = ending.dialogs;
     document["violations"] = ending.violations;
     return jsonText(document, command.isOnOneLine() ? -1 : indent) + '\n';

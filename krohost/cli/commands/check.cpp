@@ -1,6 +1,8 @@
 #include "krohost/check/checkFile.h"
 #include "krohost/cli/commands/table.h"
+#include "krohost/cli/report/jsonReport.h"
 #include "krohost/cli/terminal/Failure.h"
+#include "krohost/text/counted.h"
 #include "krohost/text/printable.h"
 
 #include <CLI/CLI.hpp>
@@ -149,10 +151,6 @@ private:
     bool hasFailedDemand_ = false;
 };
 
-std::string counted(std::size_t count, const char* what) {
-    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-}
-
 /// A line for each finding, `FILE:LINE:COLUMN: error: what [code]`, and one that sums up.
 std::string checkText(const Checked& checked) {
     std::string text;
@@ -173,7 +171,6 @@ std::string checkText(const Checked& checked) {
 
 /// docs/schemas/check.schema.json describes it.
 ordered_json checkDocument(const Checked& checked) {
-    const auto textOrNull = [](const std::string& text) { return text.empty() ? ordered_json() : ordered_json(text); };
     ordered_json findings = ordered_json::array();
     for (const Finding& finding : checked.findings) {
         const auto number = [&](std::uint64_t reader::Position::*member) {

@@ -1,8 +1,10 @@
 #include "krohost/cli/commands/table.h"
+#include "krohost/cli/report/jsonReport.h"
 #include "krohost/cli/report/lossReport.h"
 #include "krohost/cli/terminal/Failure.h"
 #include "krohost/convert/WriteError.h"
 #include "krohost/convert/conversion.h"
+#include "krohost/text/counted.h"
 #include "krohost/text/printable.h"
 
 #include <CLI/CLI.hpp>
@@ -48,13 +50,8 @@ std::uint64_t byteCount(const convert::Conversion& conversion) {
         [](std::uint64_t sum, const convert::Outputs::Published& file) { return sum + file.byteCount; });
 }
 
-std::string plural(std::size_t count, const char* noun) {
-    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
-}
-
 /// docs/schemas/convert.schema.json describes it.
 ordered_json convertDocument(const convert::Conversion& conversion, const Report& report) {
-    const auto textOrNull = [](const std::string& text) { return text.empty() ? ordered_json() : ordered_json(text); };
     ordered_json files = ordered_json::array(), notes = files;
     for (const convert::Loss& loss : conversion.losses.list())
         notes.push_back(convert::sentence(loss));
@@ -167,7 +164,7 @@ private:
             outcome.reason = convert::sentence(conversion.losses.list().front());
         if (isConverted)
             outcome.text = fmt::format("{}: {} in {}, {} bytes\n", printableLine(outputFile_),
-                                       plural(conversion.zoneCount, "zone"), plural(conversion.files.size(), "file"),
+                                       counted(conversion.zoneCount, "zone"), counted(conversion.files.size(), "file"),
                                        byteCount(conversion));
         outcome.document = convertDocument(conversion, outcome.report);
     }

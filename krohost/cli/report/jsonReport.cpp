@@ -18,10 +18,6 @@ ordered_json variableList(const Dataset& dataset) {
     return list;
 }
 
-ordered_json textOrNull(const std::string& text) {
-    return text.empty() ? ordered_json() : ordered_json(text);
-}
-
 ordered_json checksum(const StorageSummary* summary) {
     return summary ? ordered_json(hexadecimal(summary->crc32)) : ordered_json();
 }
@@ -82,6 +78,10 @@ ordered_json zoneList(const Report& report, const Dataset& dataset) {
 }
 
 } // namespace
+
+ordered_json textOrNull(const std::string& text) {
+    return text.empty() ? ordered_json() : ordered_json(text);
+}
 
 std::string jsonText(const ordered_json& value, int indent) {
     return printableJson(value.dump(indent, ' ', false, ordered_json::error_handler_t::replace));

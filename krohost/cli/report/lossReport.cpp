@@ -1,5 +1,6 @@
 #include "krohost/cli/report/lossReport.h"
 
+#include "krohost/cli/report/jsonReport.h"
 #include "krohost/convert/WriteError.h"
 
 #include <fmt/format.h>
@@ -21,7 +22,6 @@ ordered_json number(long double value) {
 } // namespace
 
 ordered_json lossList(const convert::Losses& losses) {
-    const auto textOrNull = [](const std::string& text) { return text.empty() ? ordered_json() : ordered_json(text); };
     ordered_json list = ordered_json::array();
     for (const convert::Loss& loss : losses.list()) {
         ordered_json object{{"what", loss.what},
