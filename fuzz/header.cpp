@@ -78,17 +78,18 @@ std::string fuzz::outcome(Bytes bytes) {
     array.headerSize = input.flag() ? 8 : 4;
     array.bigEndian = input.flag();
     const std::uint8_t kind = input.byte();
-    array.compressed = kind % 2 == 1;
+    array.compressor = kind % 2 == 1 ? Compressor::ZLib : Compressor::None;
     array.type = static_cast<DataArrayType>(kind / 2 % dataArrayTypeCount);
 
     const auto stored =
         std::make_shared<veltra::dataio::ByteInputStream::Bytes>(input.rest().begin(), input.rest().end());
     const auto stream = std::make_shared<veltra::dataio::ByteInputStream>(stored);
     const Words words(input.rest(), array);
-    const auto byteCount = array.compressed ? inflatedByteCount(words, array.headerSize) : plainByteCount(words);
+    const auto byteCount =
+        array.compressor == Compressor::ZLib ? inflatedByteCount(words, array.headerSize) : plainByteCount(words);
     std::uint64_t valueCount = 0;
     try {
-        if (array.compressed)
+        if (array.compressor == Compressor::ZLib)
             VtkZLibDataInputStream(stream, array, valueCount);
         else
             VtkDataInputStream(stream, array, valueCount);
@@ -98,5 +99,5 @@ std::string fuzz::outcome(Bytes bytes) {
     }
     require(byteCount.has_value(), "what the file cannot hold is refused");
     require(valueCount == *byteCount / elementByteCount(array.type), "the values are those announced");
-    return array.compressed ? "blocks" : "plain";
+    return array.compressor == Compressor::ZLib ? "blocks" : "plain";
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "loader/streams/BlockTable.h"
 #include "loader/streams/Inflater.h"
 #include "loader/streams/InterleavedInflater.h"
 
@@ -36,15 +37,12 @@ public:
     void read(std::uint8_t* dst, std::size_t byteCount) override;
     void skip(std::size_t byteCount) override;
     std::span<const std::uint8_t> peek() override;
-    std::int64_t available() override { return static_cast<std::int64_t>(uncompressedSize_ - position_); }
+    std::int64_t available() override { return static_cast<std::int64_t>(size_ - position_); }
     std::uint64_t position() override { return position_; }
     void close() override;
 
 private:
-    void readBlockTable(const DataArray& array);
-    std::uint64_t readCompressedSizes(const DataArray& array, std::uint64_t available);
     bool areBlocksSmall() const;
-    std::uint64_t blockByteCount(std::uint64_t blockIndex) const;
     std::size_t deliver(std::span<std::uint8_t> dst);
     std::span<const std::uint8_t>& ready();
     void fill();
@@ -55,15 +53,9 @@ private:
     void passBlocks(std::size_t count);
 
     dataio::InputStreamPtr source_;
-    bool swapBytes_;
+    BlockTable table_;
     DamagedBlock damagedBlock_;
-    std::uint8_t headerSize_;
-    std::uint64_t numberOfBlocks_ = 0;
-    std::uint64_t blockSize_ = 0;
-    std::uint64_t lastBlockSize_ = 0; ///< 0 when the last block is full
-    std::uint64_t maxCompressedSize_ = 0;
-    std::uint64_t uncompressedSize_ = 0;
-    std::vector<std::uint64_t> compressedSizes_;
+    std::uint64_t size_; // of the inflated bytes; after close, of those that were read
 
     std::uint64_t position_ = 0;
     std::uint64_t nextBlock_ = 0;

@@ -48,11 +48,12 @@ std::unique_ptr<StreamReader> stackStreams(const FilePtr& file, const DataArray&
                                                                expectedByteCount);
     else if (binary)
         stream = std::make_shared<dataio::Base64InputStream>(std::move(stream));
-    if (binary && array.compressed)
+    const bool inBlocks = binary && array.compressor == Compressor::ZLib;
+    if (inBlocks)
         stream = std::make_shared<VtkZLibDataInputStream>(std::move(stream), array, valueCount, damagedBlock);
     else
         stream = std::make_shared<VtkDataInputStream>(std::move(stream), array, valueCount);
-    if (binary && !raw && !array.compressed)
+    if (binary && !raw && !inBlocks)
         stream = std::make_shared<dataio::BufferedInputStream>(std::move(stream), decodedBlockByteCount);
     return std::make_unique<StreamReader>(std::move(stream), binary, needsSwap(array.bigEndian));
 }

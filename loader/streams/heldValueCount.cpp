@@ -17,7 +17,7 @@ std::uint64_t heldValueCount(const FilePtr& file, const DataArray& array) {
         return readDataHeader(*stream, needsSwap(array.bigEndian), array.headerSize)->value();
     };
     std::uint64_t byteCount = readWord();
-    if (array.compressed && byteCount > 0) {
+    if (array.compressor == Compressor::ZLib && byteCount > 0) {
         const std::uint64_t fullBlockCount = byteCount - 1, blockSize = readWord(), lastBlockSize = readWord();
         if (__builtin_mul_overflow(fullBlockCount, blockSize, &byteCount) ||
             __builtin_add_overflow(byteCount, lastBlockSize == 0 ? blockSize : lastBlockSize, &byteCount))

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "interface/kro.h"
+#include "loader/xml/FileHeader.h"
 
 #include <boost/filesystem/path.hpp>
 
@@ -66,7 +67,7 @@ struct DataArray {
     std::uint16_t numberOfComponents = 0;
     DataArrayType type{};
     DataArrayFormat format{};
-    bool compressed = false;     ///< binary data are in zlib blocks
+    Compressor compressor{};     ///< of binary data
     bool appendedRaw = false;    ///< the AppendedData block holds plain bytes, not base64 text
     bool bigEndian = false;      ///< byte order of binary data
     std::uint8_t headerSize = 0; ///< bytes of each header word of binary data, 4 or 8

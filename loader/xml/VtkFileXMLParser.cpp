@@ -45,6 +45,14 @@ DataArrayType arrayType(const std::string& value) {
     return found->type;
 }
 
+Compressor compressorNamed(const std::optional<std::string>& value) {
+    if (!value)
+        return Compressor::None;
+    if (!equalsIgnoringCase(*value, "vtkZLibDataCompressor"))
+        throw IOException(badCompressor(*value));
+    return Compressor::ZLib;
+}
+
 /// A value of an attribute that selects between two settings, or the first of them when the value is absent.
 bool isSecondOf(const std::optional<std::string>& value, const char* first, const char* second,
                 std::string (*message)(const std::string&)) {
@@ -145,10 +153,7 @@ void VtkFileXMLParser::parseHeader() {
     if (const auto version = optionalAttribute("version"))
         header_.version = parseVersion(*version);
     header_.bigEndian = isSecondOf(optionalAttribute("byte_order"), "LittleEndian", "BigEndian", badByteOrder);
-    const auto compressor = optionalAttribute("compressor");
-    header_.compressed = compressor.has_value();
-    if (compressor && !equalsIgnoringCase(*compressor, "vtkZLibDataCompressor"))
-        throw IOException(badCompressor(*compressor));
+    header_.compressor = compressorNamed(optionalAttribute("compressor"));
     header_.headerSize = isSecondOf(optionalAttribute("header_type"), "UInt32", "UInt64", badHeaderType) ? 8 : 4;
     if (std::find(supportedDatasetTypes.begin(), supportedDatasetTypes.end(), header_.type) ==
         supportedDatasetTypes.end())
@@ -227,7 +232,7 @@ DataArray VtkFileXMLParser::arrayAttributes(const Section& section) const {
     array.numberOfTuples = section.tupleCount;
     array.numberOfComponents = componentCount(*array.name);
     array.valueLocation = section.valueLocation;
-    array.compressed = header_.compressed;
+    array.compressor = header_.compressor;
     array.bigEndian = header_.bigEndian;
     array.headerSize = header_.headerSize;
     if (array.format == DataArrayFormat::Appended)

@@ -86,7 +86,8 @@ TEST(Records, HaveDefaults) {
     const DataArray& array = piece.variables.at(0);
     EXPECT_TRUE(*array.name == "low" && array.numberOfTuples == 4 && array.numberOfComponents == 1 &&
                 array.type == DataArrayType::Float32 && array.format == DataArrayFormat::Ascii &&
-                array.valueLocation == ValueLocation_CellCentered && !array.compressed && !array.bigEndian);
+                array.valueLocation == ValueLocation_CellCentered && array.compressor == Compressor::None &&
+                !array.bigEndian);
     EXPECT_EQ(piece.points.valueLocation, ValueLocation_None);
 }
 
