@@ -109,8 +109,8 @@ private:
             if (isJson)
                 fmt::format_to(std::back_inserter(stream->buffer()),
                                "\"losses\":{},\"error\":{},\"dialogs\":{},\"violations\":{}}}\n", jsonText(losses),
-                               jsonText(textOrNull(ending.error)),
-                               jsonText(ending.dialogs), jsonText(ending.violations));
+                               jsonText(textOrNull(ending.error)), jsonText(ending.dialogs),
+                               jsonText(ending.violations));
             if (outputFile_.empty() || !Host::isInterrupted()) // an interrupted dump leaves no file
                 stream->finish();
         };

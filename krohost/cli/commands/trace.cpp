@@ -6,7 +6,6 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <string_view>
 
 namespace krohost::cli {
 
@@ -14,66 +13,23 @@ namespace {
 
 using nlohmann::ordered_json;
 
-constexpr std::string_view violationMark = "! contract violation: ";
-
-/// A line of the journal, taken apart: `-> name(arguments)`, `<- name = result` or `name(arguments) = result`.
-struct Call {
-    std::string_view kind, name, arguments, result;
-    bool hasArguments = false;
-};
-
-/// Where the parenthesis that `text` begins with is closed; parentheses between quotes do not count.
-std::size_t closingParenthesis(std::string_view text) {
-    int depth = 0;
-    bool isQuoted = false;
-    for (std::size_t index = 0; index < text.size(); ++index) {
-        if (isQuoted && text[index] == '\\')
-            ++index;
-        else if (text[index] == '"')
-            isQuoted = !isQuoted;
-        else if (!isQuoted && text[index] == '(')
-            ++depth;
-        else if (!isQuoted && text[index] == ')' && --depth == 0)
-            return index;
-    }
-    return text.size();
+bool isWanted(const Event& event, const std::vector<std::string>& prefixes) {
+    const auto fits = [&event](const std::string& prefix) { return event.name.starts_with(prefix); };
+    return event.kind == Event::Kind::violation || prefixes.empty() ||
+           std::any_of(prefixes.begin(), prefixes.end(), fits);
 }
 
-Call parse(std::string_view line) {
-    Call call;
-    call.kind = line.starts_with("-> ") ? "enter" : line.starts_with("<- ") ? "return" : "call";
-    if (call.kind != "call")
-        line.remove_prefix(3);
-    call.name = line.substr(0, line.find_first_of("( "));
-    line.remove_prefix(call.name.size());
-    call.hasArguments = line.starts_with('(');
-    if (call.hasArguments) {
-        const std::size_t end = closingParenthesis(line);
-        call.arguments = line.substr(1, end - 1);
-        line.remove_prefix(std::min(end + 1, line.size()));
-    }
-    if (line.starts_with(" = "))
-        call.result = line.substr(3);
-    return call;
-}
-
-bool isWanted(std::string_view line, const std::vector<std::string>& prefixes) {
-    if (line.starts_with(violationMark))
-        return true;
-    const std::string_view name = parse(line).name;
-    const auto fits = [name](const std::string& prefix) { return name.starts_with(prefix); };
-    return prefixes.empty() || std::any_of(prefixes.begin(), prefixes.end(), fits);
-}
-
-ordered_json object(const std::string& line, std::size_t number) {
-    if (line.starts_with(violationMark))
-        return {{"number", number}, {"kind", "violation"}, {"text", line.substr(violationMark.size())}};
-    const Call call = parse(line);
+ordered_json object(const Event& event, std::size_t number) {
+    if (event.kind == Event::Kind::violation)
+        return {{"number", number}, {"kind", "violation"}, {"text", event.text}};
+    const bool isEnd = event.kind == Event::Kind::leave;
     return {{"number", number},
-            {"kind", call.kind},
-            {"name", call.name},
-            {"arguments", call.hasArguments ? ordered_json(call.arguments) : ordered_json()},
-            {"result", call.result.empty() ? ordered_json() : ordered_json(call.result)}};
+            {"kind", isEnd                              ? "return"
+                     : event.kind == Event::Kind::enter ? "enter"
+                                                        : "call"},
+            {"name", event.name},
+            {"arguments", isEnd ? ordered_json() : ordered_json(event.arguments)},
+            {"result", textOrNull(event.result)}};
 }
 
 class Trace : public LoadCommand {
@@ -117,16 +73,16 @@ public:
 private:
     void addCalls(const Journal& journal, Outcome& outcome) const {
         ordered_json calls = ordered_json::array();
-        for (std::size_t index = 0; index < journal.lines().size(); ++index) {
-            const std::string& line = journal.lines()[index];
-            if (!isWanted(line, prefixes_))
+        for (std::size_t index = 0; index < journal.events().size(); ++index) {
+            const Event& event = journal.events()[index];
+            if (!isWanted(event, prefixes_))
                 continue;
             if (output.form == Form::text)
-                outcome.text += printableLine(line) + '\n';
+                outcome.text += printableLine(inWords(event)) + '\n';
             else if (output.form == Form::jsonLines)
-                outcome.text += jsonText(object(line, index + 1)) + '\n';
+                outcome.text += jsonText(object(event, index + 1)) + '\n';
             else
-                calls.push_back(object(line, index + 1));
+                calls.push_back(object(event, index + 1));
         }
         if (output.form == Form::json)
             outcome.document = {{"calls", std::move(calls)}};

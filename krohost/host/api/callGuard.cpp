@@ -49,8 +49,10 @@ bool writesCall(const HostState& host, std::size_t entryIndex, bool hasFailed) {
 }
 
 void writeCall(HostState& host, std::size_t entryIndex, const std::string& arguments, const std::string& result) {
-    host.journal.line(
-        fmt::format("{}({}){}{}", entries[entryIndex].name, arguments, result.empty() ? "" : " = ", result));
+    host.journal.add({.kind = Event::Kind::call,
+                      .name = std::string{entries[entryIndex].name},
+                      .arguments = arguments,
+                      .result = result});
 }
 
 } // namespace krohost

@@ -26,9 +26,31 @@ void store(std::mutex& mutex, Record& record, std::vector<Item> Record::*list, I
 
 } // namespace
 
-void Journal::line(std::string text) {
+std::string inWords(const Event& event) {
+    const std::string result = event.result.empty() ? "" : " = " + event.result;
+    switch (event.kind) {
+    case Event::Kind::call:
+        break;
+    case Event::Kind::enter:
+        return "-> " + event.name + '(' + event.arguments + ')';
+    case Event::Kind::leave:
+        return "<- " + event.name + result;
+    case Event::Kind::violation:
+        return "! contract violation: " + event.text;
+    }
+    return event.name + '(' + event.arguments + ')' + result;
+}
+
+std::vector<std::string> Journal::lines() const {
+    std::vector<std::string> lines;
+    for (const Event& event : record_.events)
+        lines.push_back(inWords(event));
+    return lines;
+}
+
+void Journal::add(Event event) {
     if (isOn())
-        store(mutex_, record_, &Record::lines, std::move(text));
+        store(mutex_, record_, &Record::events, std::move(event));
 }
 
 void Journal::dialog(Dialog dialog) {
@@ -36,13 +58,13 @@ void Journal::dialog(Dialog dialog) {
 }
 
 void Journal::violation(std::string text) {
-    line("! contract violation: " + text);
+    add({.kind = Event::Kind::violation, .text = text});
     store(mutex_, record_, &Record::violations, std::move(text));
 }
 
 void Journal::append(Record&& record) {
     const std::lock_guard lock{mutex_};
-    moveItems(record.lines, record_.lines);
+    moveItems(record.events, record_.events);
     moveItems(record.dialogs, record_.dialogs);
     moveItems(record.violations, record_.violations);
 }

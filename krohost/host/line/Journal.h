@@ -11,10 +11,28 @@ namespace krohost {
 
 /// How much the journal writes down.
 enum class JournalDetail {
-    off,   ///< no lines; dialogs and violations are kept all the same
+    off,   ///< no events; dialogs and violations are kept all the same
     calls, ///< every call, but of the calls that build and read string and argument lists only those that fail
     all    ///< every call
 };
+
+/// A call across the line, or a breach of its contract.
+struct Event {
+    enum class Kind {
+        call,     ///< of the host by the add-on
+        enter,    ///< of a callback of the add-on by the host
+        leave,    ///< the end of the same
+        violation ///< of which there is the text alone
+    };
+    Kind kind{};
+    std::string name = {};
+    std::string arguments = {};
+    std::string result = {}; ///< empty: none
+    std::string text = {};
+};
+
+/// `name(arguments) = result`, `-> name(arguments)`, `<- name = result` or `! contract violation: text`.
+std::string inWords(const Event& event);
 
 /// An error that the add-on or the host showed. During a load on demand, `zone` and `variable` say for what (from 1;
 /// variable 0: the node map); else both are 0.
@@ -26,12 +44,12 @@ struct Dialog {
 
 /// What happened, in order.
 struct Record {
-    std::vector<std::string> lines;
+    std::vector<Event> events;
     std::vector<Dialog> dialogs;
     std::vector<std::string> violations;
 };
 
-/// Keeps what crosses the line between add-on and host. Lines hold no addresses, threads or times, so that two equal
+/// Keeps what crosses the line between add-on and host. Events hold no addresses, threads or times, so that two equal
 /// runs write equal journals. Writing: [any thread]. Reading: while no add-on code runs.
 class Journal {
 public:
@@ -40,17 +58,19 @@ public:
     JournalDetail detail() const { return detail_; }
     bool isOn() const { return detail_ != JournalDetail::off; }
 
-    const std::vector<std::string>& lines() const { return record_.lines; }
+    const std::vector<Event>& events() const { return record_.events; }
+    /// The events in words.
+    std::vector<std::string> lines() const;
     const std::vector<Dialog>& dialogs() const { return record_.dialogs; }
     const std::vector<std::string>& violations() const { return record_.violations; }
-    void clearLines() { record_.lines.clear(); }
+    void clearEvents() { record_.events.clear(); }
 
     /// For where memory runs out in an end that must not fail: what should be here is not all here.
     void noteLoss() noexcept { hasLoss_ = true; }
     bool hasLoss() const noexcept { return hasLoss_; }
 
-    /// Writes a line; does nothing when the journal is off.
-    void line(std::string text);
+    /// Does nothing when the journal is off.
+    void add(Event event);
     void dialog(Dialog dialog);
     void violation(std::string text);
 

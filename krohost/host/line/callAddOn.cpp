@@ -39,10 +39,12 @@ CodeScope::Owner CodeScope::current() noexcept {
 bool callAddOn(Journal& journal, std::string_view name, const std::function<std::string()>& describe,
                const std::function<std::optional<KroBool>()>& call) {
     if (journal.isOn())
-        journal.line(fmt::format("-> {}({})", name, describe()));
+        journal.add({.kind = Event::Kind::enter, .name = std::string{name}, .arguments = describe()});
     const std::optional<KroBool> result = catchAll(journal, name, call);
     if (journal.isOn())
-        journal.line(result ? fmt::format("<- {} = {}", name, *result) : fmt::format("<- {}", name));
+        journal.add({.kind = Event::Kind::leave,
+                     .name = std::string{name},
+                     .result = result ? std::to_string(*result) : std::string{}});
     if (result && *result != 0 && *result != 1) {
         journal.violation(fmt::format("{} returned {}, not 0 or 1", name, *result));
         return false;

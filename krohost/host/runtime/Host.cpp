@@ -168,7 +168,7 @@ const Journal& Host::journal() const {
     return state_->journal;
 }
 void Host::clearJournalLines() {
-    state_->journal.clearLines();
+    state_->journal.clearEvents();
 }
 std::int64_t Host::callCount(std::string_view functionName) const {
     return state_->gate.callCount(functionName);
