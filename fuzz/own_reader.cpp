@@ -50,7 +50,7 @@ std::optional<std::vector<double>> firstValues(const Document& document, const A
 
 std::string variableName(const Array& array, std::uint64_t component) {
     constexpr std::array axes{"X", "Y", "Z"};
-    if (array.section == Section::points)
+    if (array.association == Association::points)
         return axes.at(component);
     if (array.componentCount == 1)
         return array.name;
@@ -70,7 +70,7 @@ bool hasFailed(const krohost::Host& host, std::size_t index) {
 
 /// How many variables were compared.
 std::size_t compare(krohost::Host& host, const Document& document, const Array& array, const krohost::Zone& zone) {
-    const auto location = array.section == Section::cellData ? ValueLocation_CellCentered : ValueLocation_Nodal;
+    const auto location = array.association == Association::cellData ? ValueLocation_CellCentered : ValueLocation_Nodal;
     const std::uint64_t componentCount = array.componentCount.value_or(0);
     const auto own = firstValues(document, array, array.tupleCount * componentCount);
     std::size_t count = 0;

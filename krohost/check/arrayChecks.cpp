@@ -27,7 +27,7 @@ bool isNamed(const Array& array, const char* name) {
 }
 
 bool isOfCells(const Array& array) {
-    return array.section == reader::Section::cells;
+    return array.association == reader::Association::cells;
 }
 
 /// Of the cells there may be arrays that no loader reads, such as the faces of polyhedra.
@@ -65,7 +65,7 @@ public:
 
 private:
     static bool isOverflow(const Array& array) {
-        return array.section != reader::Section::fieldData && !isOfCells(array) &&
+        return array.association != reader::Association::fieldData && !isOfCells(array) &&
                array.componentCount.value_or(reader::componentLimit + 1) <= reader::componentLimit;
     }
 
@@ -151,7 +151,7 @@ void checkValueCount(const Array& array, std::uint64_t heldCount, Findings& find
 }
 
 Severity severityFor(const Array& array) {
-    return array.section == reader::Section::fieldData ? Severity::warning : Severity::error;
+    return array.association == reader::Association::fieldData ? Severity::warning : Severity::error;
 }
 
 void reportFaults(const Array& array, const std::vector<reader::Fault>& faults, std::uint64_t neededCount,

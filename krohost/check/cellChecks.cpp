@@ -59,9 +59,9 @@ using Kinds = std::set<std::pair<std::int64_t, std::int64_t>>;
 
 /// The cells of one piece; all of its arrays are there and are of whole numbers. They are read one by one, since a file
 /// may claim any number of them.
-class PieceCells {
+class CellChecker {
 public:
-    PieceCells(const Document& document, const Piece& piece, Findings& findings, const Poll& poll)
+    CellChecker(const Document& document, const Piece& piece, Findings& findings, const Poll& poll)
         : document_{document}, piece_{piece}, findings_{findings}, poll_{poll},
           cellCount_{*piece.cellCount}, types_{array("types")}, offsets_{array("offsets")} {}
 
@@ -207,7 +207,7 @@ void checkCells(const Document& document, Findings& findings, bool isDeep, const
     for (const Piece& piece : document.pieces) {
         if (!hasCells(document, piece, poll))
             continue;
-        PieceCells cells{document, piece, findings, poll};
+        CellChecker cells{document, piece, findings, poll};
         cells.checkTypes(kinds);
         if (isDeep)
             cells.checkConnectivity();

@@ -19,7 +19,7 @@ void addNarrowing(const reader::Document& document, const reader::PiecewiseArray
     const reader::Narrowing narrowing = reader::narrowingOf(document, array, pollInterrupt);
     if (narrowing.narrowedCount == 0)
         return;
-    const std::string location = locationWord(array.first().section);
+    const std::string location = locationWord(array.first().association);
     const std::string file = document.path.string();
     const std::string number = array.isConnectivity()
                                    ? std::to_string(narrowing.narrowedCount)
@@ -97,17 +97,17 @@ void pollInterrupt() {
         throw Interrupted();
 }
 
-std::string locationWord(reader::Section section) {
-    switch (section) {
-    case reader::Section::points:
+std::string locationWord(reader::Association association) {
+    switch (association) {
+    case reader::Association::points:
         return "points";
-    case reader::Section::cells:
+    case reader::Association::cells:
         return "cells";
-    case reader::Section::pointData:
+    case reader::Association::pointData:
         return "nodal";
-    case reader::Section::cellData:
+    case reader::Association::cellData:
         return "cell";
-    case reader::Section::fieldData:
+    case reader::Association::fieldData:
         break;
     }
     return "field";

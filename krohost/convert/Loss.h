@@ -63,6 +63,6 @@ Losses narrowingLosses(const std::vector<std::filesystem::path>& files, const Us
 void pollInterrupt();
 
 /// "points", "cells", "nodal", "cell" or "field".
-std::string locationWord(reader::Section section);
+std::string locationWord(reader::Association association);
 
 } // namespace krohost::convert

@@ -33,7 +33,7 @@ bool fits(const CellOrder& order, const std::vector<CellKind>& kinds, const Zone
     if (zone.type == ZoneType_Ordered)
         return kinds.empty() || kinds == std::vector{CellKind{vertexType, 1}};
     std::vector<std::uint64_t> counts(kinds.size());
-    for (const CellRun& run : order.runs)
+    for (const SectionRun& run : order.runs)
         counts[run.sectionIndex] += run.cellCount;
     if (kinds.size() != zone.sections.size())
         return false;

@@ -13,7 +13,7 @@
 namespace krohost::convert {
 
 /// Cells of one section that follow each other in a file.
-struct CellRun {
+struct SectionRun {
     std::size_t sectionIndex;
     std::uint64_t cellCount;
 };
@@ -22,7 +22,7 @@ struct CellRun {
 /// section in the host, values at cells in the order of the file.
 struct CellOrder {
     std::filesystem::path file = {};      ///< empty where it is not known, and nothing else is then
-    std::vector<CellRun> runs = {};       ///< all of its cells
+    std::vector<SectionRun> runs = {};    ///< all of its cells
     std::vector<std::uint8_t> types = {}; ///< of the sections
 };
 using CellOrders = std::vector<CellOrder>; ///< zone by zone

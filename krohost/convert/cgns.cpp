@@ -67,7 +67,7 @@ std::vector<To> converted(FieldDataType_e type, const Loaded& loaded) {
 
 /// Values in the order of the elements, which the file has section by section.
 template <class Value>
-void sortBySection(std::vector<Value>& values, const Zone& zone, const std::vector<CellRun>& runs) {
+void sortBySection(std::vector<Value>& values, const Zone& zone, const std::vector<SectionRun>& runs) {
     if (runs.size() < 2)
         return;
     std::vector<std::size_t> next(1);
@@ -75,7 +75,7 @@ void sortBySection(std::vector<Value>& values, const Zone& zone, const std::vect
         next.push_back(next.back() + static_cast<std::size_t>(section.elementCount));
     const std::vector<Value> inFileOrder = values;
     auto value = inFileOrder.begin();
-    for (const CellRun& run : runs)
+    for (const SectionRun& run : runs)
         for (std::uint64_t cell = 0; cell < run.cellCount; ++cell)
             values[next[run.sectionIndex]++] = *value++;
 }
@@ -193,7 +193,7 @@ private:
     }
 
     void writeSolution(const Zone& zone, ValueLocation_e location, const char* name, GridLocation_t gridLocation,
-                       const std::vector<CellRun>& runs) {
+                       const std::vector<SectionRun>& runs) {
         Names names{nameLength, "CGNS", losses_, false, {"GridLocation"}};
         int solution = 0;
         for (const ArrayVariables& array : arrayVariables(dataset_, zone, location))
@@ -207,7 +207,7 @@ private:
     }
 
     void writeField(const Zone& zone, std::int32_t number, int solution, const std::string& name,
-                    const std::vector<CellRun>& runs) const {
+                    const std::vector<SectionRun>& runs) const {
         const Loaded loaded{host_, {zone.number, number}};
         const FieldDataType_e type = zone.suppliedVariable(number)->type;
         const auto writeAs = [&]<class Value>(DataType_t dataType, std::vector<Value> values) {

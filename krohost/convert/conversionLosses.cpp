@@ -46,7 +46,7 @@ public:
         for (const reader::Array& array : document_.fieldData)
             addFieldData(array);
         for (const reader::TextArray& array : document_.textArrays)
-            drop(array.element.nameAttribute(), array.section, 1, "an array of texts");
+            drop(array.element.nameAttribute(), array.association, 1, "an array of texts");
     }
 
 private:
@@ -88,15 +88,15 @@ private:
             return written.contains({name, 1}) || isJoined(name);
         });
         if (count == 0 || names.size() != count || (!isWritten && !written.contains({array.name, count})))
-            return drop(array.name, array.section, array.tupleCount * count, "an array that is not loaded");
+            return drop(array.name, array.association, array.tupleCount * count, "an array that is not loaded");
         if (holdsVectors(format_) && !written.contains({array.name, count}) &&
             std::none_of(names.begin(), names.end(), isJoined))
             losses_.add(
                 {"split",
                  fmt::format("The {} components of the array \"{}\" ({}) of \"{}\" are written as arrays of "
                              "their own, from \"{}\" to \"{}\".",
-                             count, array.name, locationWord(array.section), file_, names.front(), names.back()),
-                 array.name, locationWord(array.section), file_, 1, count});
+                             count, array.name, locationWord(array.association), file_, names.front(), names.back()),
+                 array.name, locationWord(array.association), file_, 1, count});
         addComponentNames(array);
     }
 
@@ -107,9 +107,9 @@ private:
         if (count > 0)
             losses_.add({"dropped",
                          fmt::format("The names of components of the array \"{}\" ({}) of \"{}\" are left out: {}.",
-                                     array.name, locationWord(array.section), file_, count),
+                                     array.name, locationWord(array.association), file_, count),
                          array.name,
-                         locationWord(array.section),
+                         locationWord(array.association),
                          file_,
                          1,
                          static_cast<std::uint64_t>(count),
@@ -122,9 +122,9 @@ private:
         for (const reader::Remark& remark : document_.remarks)
             losses_.add({"dropped",
                          fmt::format("That the array \"{}\" ({}) of \"{}\" has {} is left out.", remark.array,
-                                     locationWord(remark.section), file_, remark.what),
+                                     locationWord(remark.association), file_, remark.what),
                          remark.array,
-                         locationWord(remark.section),
+                         locationWord(remark.association),
                          file_,
                          1,
                          1,
@@ -138,7 +138,7 @@ private:
                 const std::uint64_t kept = array.first().componentCount.value_or(0);
                 const std::uint64_t count = part->componentCount.value_or(0);
                 if (count > kept && part->tupleCount > 0 && !array.isConnectivity())
-                    drop(part->name, part->section, (count - kept) * part->tupleCount,
+                    drop(part->name, part->association, (count - kept) * part->tupleCount,
                          "components that it does not have in the first piece");
             }
     }
@@ -155,20 +155,20 @@ private:
         const bool isTime =
             value && format_ == FileFormat::cgns && isTimeName(array.name) && value->number == zone_.solutionTime;
         if (!isTime && (!value || !isWritten(array, *value)))
-            drop(array.name, array.section, array.tupleCount * array.componentCount.value_or(0), "field data");
+            drop(array.name, array.association, array.tupleCount * array.componentCount.value_or(0), "field data");
     }
 
-    void drop(const std::string& name, reader::Section section, std::uint64_t count, const char* what) {
-        losses_.add(
-            {"dropped",
-             fmt::format("The array \"{}\" ({}) of \"{}\" is left out: {}.", name, locationWord(section), file_, what),
-             name,
-             locationWord(section),
-             file_,
-             1,
-             count,
-             {},
-             what});
+    void drop(const std::string& name, reader::Association association, std::uint64_t count, const char* what) {
+        losses_.add({"dropped",
+                     fmt::format("The array \"{}\" ({}) of \"{}\" is left out: {}.", name, locationWord(association),
+                                 file_, what),
+                     name,
+                     locationWord(association),
+                     file_,
+                     1,
+                     count,
+                     {},
+                     what});
     }
 
     static constexpr std::size_t vectorLength = 3;

@@ -26,7 +26,7 @@ public:
         const std::optional<reader::Fault> fault = firstFault(array);
         if (!fault || fault->valueByte / reader::byteCount(*array.type) >= needed)
             return;
-        const std::string location = locationWord(array.section), file = document_.path.string();
+        const std::string location = locationWord(array.association), file = document_.path.string();
         losses_.add({.what = damaged,
                      .message = fmt::format("Values of the array \"{}\" ({}) of \"{}\" are damaged: {}.", array.name,
                                             location, file, fault->message()),
@@ -62,7 +62,7 @@ void addDamage(const reader::Document& document, const std::function<bool(const 
                 verifier.verify(*part);
     for (const reader::Array* array : document.arrays()) {
         const bool isOfVariable =
-            array->section != reader::Section::cells && array->section != reader::Section::fieldData;
+            array->association != reader::Association::cells && array->association != reader::Association::fieldData;
         if (!isOfVariable && isUsed(*array))
             verifier.verify(*array);
     }

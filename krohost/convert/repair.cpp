@@ -130,28 +130,28 @@ private:
     using Arrays = std::vector<reader::Array> reader::Piece::*;
 
     void addArraysLeftOut(Losses& losses) const {
-        const auto add = [&](const std::string& name, reader::Section section, const char* what) {
+        const auto add = [&](const std::string& name, reader::Association association, const char* what) {
             losses.add({.what = "dropped",
-                        .message = fmt::format("Left out: {} \"{}\" ({}).", what, name, locationWord(section)),
+                        .message = fmt::format("Left out: {} \"{}\" ({}).", what, name, locationWord(association)),
                         .array = name,
-                        .location = locationWord(section),
+                        .location = locationWord(association),
                         .file = document_.path.string(),
                         .kind = what});
         };
         for (const reader::TextArray& array : document_.textArrays)
-            add(array.element.nameAttribute(), array.section, "the array of texts");
+            add(array.element.nameAttribute(), array.association, "the array of texts");
         for (const reader::Remark& remark : document_.remarks)
-            add(remark.array, remark.section, (remark.what + " of the array").c_str());
+            add(remark.array, remark.association, (remark.what + " of the array").c_str());
         for (const reader::Piece& piece : document_.pieces)
             for (const reader::Array& array : piece.cells)
                 if (!isOneOf(array.name, {"connectivity", "offsets", "types"}))
-                    add(array.name, array.section, "the array");
+                    add(array.name, array.association, "the array");
         for (const Arrays list : {&reader::Piece::pointData, &reader::Piece::cellData})
             for (const reader::Array& array : document_.pieces.front().*list)
                 if (std::ranges::any_of(array.element.attributes, [](const reader::Attribute& attribute) {
                         return attribute.name.starts_with("ComponentName");
                     }))
-                    add(array.name, array.section, "the names of components of the array");
+                    add(array.name, array.association, "the names of components of the array");
     }
 
     static bool isOneOf(const std::string& name, std::initializer_list<std::string_view> names) {

@@ -84,9 +84,9 @@ void attribute(hid_t group, const char* name, hid_t type, hid_t space, const voi
 }
 
 /// Arrays of all pieces one behind the other.
-class Dataset {
+class HdfDataset {
 public:
-    Dataset(hid_t parent, const Array& first, std::uint64_t tupleCount, bool isCompressed)
+    HdfDataset(hid_t parent, const Array& first, std::uint64_t tupleCount, bool isCompressed)
         : name_{first.name}, rank_{first.componentCount > 1 ? 2 : 1}, type_{hdfType(first.type)},
           sizes_{tupleCount, first.componentCount}, space_{H5Screate_simple(rank_, sizes_.data(), nullptr), H5Sclose,
                                                            name_},
@@ -132,7 +132,7 @@ void writeArrays(hid_t parent, bool isCompressed, const std::vector<Grid>& grids
     const std::uint64_t tupleCount =
         std::accumulate(pieces.begin(), pieces.end(), std::uint64_t{0},
                         [](std::uint64_t sum, const Array& array) { return sum + array.tupleCount; });
-    Dataset dataset{parent, pieces.front(), tupleCount, isCompressed};
+    HdfDataset dataset{parent, pieces.front(), tupleCount, isCompressed};
     for (const Array& array : pieces)
         dataset.append(array);
 }

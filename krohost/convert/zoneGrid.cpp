@@ -123,11 +123,11 @@ Array variableArray(Host& host, const Zone& zone, const ArrayVariables& array) {
 /// The cells of a zone in the order of the file that is written.
 struct ZoneCells {
     std::vector<SectionCells> sections;
-    std::vector<CellRun> runs;
+    std::vector<SectionRun> runs;
 
     std::uint64_t cellCount() const {
         return std::accumulate(runs.begin(), runs.end(), std::uint64_t{0},
-                               [](std::uint64_t sum, const CellRun& run) { return sum + run.cellCount; });
+                               [](std::uint64_t sum, const SectionRun& run) { return sum + run.cellCount; });
     }
     std::uint64_t nodeCount() const {
         return std::accumulate(
@@ -138,7 +138,7 @@ struct ZoneCells {
     template <class Use>
     void forEach(const Use& use) const {
         std::vector<std::size_t> next(sections.size());
-        for (const CellRun& run : runs)
+        for (const SectionRun& run : runs)
             for (std::uint64_t cell = 0; cell < run.cellCount; ++cell)
                 use(run.sectionIndex, next[run.sectionIndex]++);
     }

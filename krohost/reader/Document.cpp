@@ -36,13 +36,13 @@ std::string Element::nameAttribute() const {
     return {};
 }
 
-std::optional<Section> sectionNamed(std::string_view element) {
+std::optional<Association> associationNamed(std::string_view element) {
     static constexpr auto names =
-        std::to_array<std::pair<std::string_view, Section>>({{"Points", Section::points},
-                                                             {"Cells", Section::cells},
-                                                             {"PointData", Section::pointData},
-                                                             {"CellData", Section::cellData},
-                                                             {"FieldData", Section::fieldData}});
+        std::to_array<std::pair<std::string_view, Association>>({{"Points", Association::points},
+                                                                 {"Cells", Association::cells},
+                                                                 {"PointData", Association::pointData},
+                                                                 {"CellData", Association::cellData},
+                                                                 {"FieldData", Association::fieldData}});
     const auto found =
         std::find_if(names.begin(), names.end(), [&](const auto& entry) { return entry.first == element; });
     return found == names.end() ? std::nullopt : std::optional{found->second};

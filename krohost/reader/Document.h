@@ -42,12 +42,12 @@ struct Element {
     std::string nameAttribute() const;
 };
 
-enum class Section : std::uint8_t { points, cells, pointData, cellData, fieldData };
+enum class Association : std::uint8_t { points, cells, pointData, cellData, fieldData };
 enum class Format : std::uint8_t { ascii, base64, appended };
 enum class Compressor : std::uint8_t { none, zlib, lz4, lzma, unknown };
 
 /// That of the element which holds its arrays.
-std::optional<Section> sectionNamed(std::string_view element);
+std::optional<Association> associationNamed(std::string_view element);
 
 /// Those that the attributes name; null: there is no such attribute.
 std::optional<Format> formatNamed(const std::string* word);
@@ -57,7 +57,7 @@ Compressor compressorNamed(const std::string* word);
 /// end of the file.
 struct Array {
     Element element;
-    Section section{};
+    Association association{};
     std::string name;
     std::optional<ElementType> type;             ///< Float32 when the file says none
     std::optional<Format> format;                ///< ascii when the file says none
@@ -71,13 +71,13 @@ struct Array {
 /// An Array, which holds texts and is not read.
 struct TextArray {
     Element element;
-    Section section{};
+    Association association{};
 };
 
 /// What a tag says of an array besides its values and nobody reads, each once: "the role \"Scalars\"" or "the key
 /// \"UNITS_LABEL\"".
 struct Remark {
-    Section section{};
+    Association association{};
     std::string array;
     std::string what;
 

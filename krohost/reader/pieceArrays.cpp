@@ -79,7 +79,7 @@ void addList(const Document& document, List list, std::vector<PiecewiseArray>& a
 } // namespace
 
 bool PiecewiseArray::isConnectivity() const {
-    return first().section == Section::cells;
+    return first().association == Association::cells;
 }
 
 std::vector<PiecewiseArray> piecewiseArrays(const Document& document) {
@@ -110,7 +110,7 @@ std::vector<std::string> variableNames(const Array& array) {
     const std::uint64_t count = std::min(array.componentCount.value_or(0), componentLimit);
     std::vector<std::string> names;
     for (std::uint64_t component = 0; component < count; ++component)
-        if (array.section == Section::points)
+        if (array.association == Association::points)
             names.push_back(component < axes.size() ? axes[component] : "");
         else if (count == 1)
             names.push_back(array.name);
@@ -121,8 +121,8 @@ std::vector<std::string> variableNames(const Array& array) {
 }
 
 std::optional<std::uint64_t> neededValueCount(const Array& array) {
-    const bool isOfCells = array.section == Section::cells;
-    if (array.section == Section::fieldData || (isOfCells && equalsIgnoringCase(array.name, "connectivity")))
+    const bool isOfCells = array.association == Association::cells;
+    if (array.association == Association::fieldData || (isOfCells && equalsIgnoringCase(array.name, "connectivity")))
         return array.tupleCount == 0 ? std::optional<std::uint64_t>{0} : std::nullopt;
     if (isOfCells)
         return array.tupleCount;

@@ -248,13 +248,13 @@ private:
     }
 
     void dispatch(Element element) {
-        const std::optional<Section> section = sectionNamed(element.name);
+        const std::optional<Association> association = associationNamed(element.name);
         if (element.name == "AppendedData")
             beginAppendedData(std::move(element));
-        else if (section_)
-            addToSection(std::move(element));
-        else if (section && (isInPiece_ || section == Section::fieldData))
-            beginSection(*section, element);
+        else if (association_)
+            addToArrays(std::move(element));
+        else if (association && (isInPiece_ || association == Association::fieldData))
+            beginArrays(*association, element);
         else if (isInPiece_)
             return;
         else if (element.name == "Piece")
@@ -265,25 +265,25 @@ private:
             addToCollection(std::move(element));
     }
 
-    void addToSection(Element element) {
+    void addToArrays(Element element) {
         if (element.name == "DataArray")
             addArray(std::move(element));
         else if (element.name == "Array")
-            document_.textArrays.push_back({std::move(element), *section_});
+            document_.textArrays.push_back({std::move(element), *association_});
         else if (element.name == "InformationKey" && !arrays().empty())
             addKey(element.nameAttribute());
     }
 
-    void beginSection(Section section, const Element& element) {
-        section_ = section;
+    void beginArrays(Association association, const Element& element) {
+        association_ = association;
         for (const Attribute& role : element.attributes)
-            document_.remarks.insert({section, role.value, fmt::format("the role \"{}\"", role.name)});
+            document_.remarks.insert({association, role.value, fmt::format("the role \"{}\"", role.name)});
     }
 
     /// Ranges follow from the values.
     void addKey(const std::string& key) {
         if (!key.ends_with("RANGE"))
-            document_.remarks.insert({*section_, arrays().back().name, fmt::format("the key \"{}\"", key)});
+            document_.remarks.insert({*association_, arrays().back().name, fmt::format("the key \"{}\"", key)});
     }
 
     void readRoot(Element element) {
@@ -328,15 +328,15 @@ private:
     }
 
     std::vector<Array>& arrays() {
-        if (*section_ == Section::fieldData)
+        if (*association_ == Association::fieldData)
             return document_.fieldData;
         Piece& piece = document_.pieces.back();
-        switch (*section_) {
-        case Section::points:
+        switch (*association_) {
+        case Association::points:
             return piece.points;
-        case Section::cells:
+        case Association::cells:
             return piece.cells;
-        case Section::pointData:
+        case Association::pointData:
             return piece.pointData;
         default:
             return piece.cellData;
@@ -345,7 +345,7 @@ private:
 
     void addArray(Element element) {
         Array array;
-        array.section = *section_;
+        array.association = *association_;
         array.name = element.nameAttribute();
         const std::string* type = element.find("type");
         array.type = type ? elementType(*type) : ElementType::Float32;
@@ -362,10 +362,10 @@ private:
     }
 
     std::uint64_t tupleCount(const Array& array) const {
-        if (array.section == Section::fieldData)
+        if (array.association == Association::fieldData)
             return array.declaredTupleCount.value_or(1);
         const Piece& piece = document_.pieces.back();
-        const bool isOfPoints = array.section == Section::points || array.section == Section::pointData;
+        const bool isOfPoints = array.association == Association::points || array.association == Association::pointData;
         return (isOfPoints ? piece.pointCount : piece.cellCount).value_or(0);
     }
 
@@ -383,7 +383,7 @@ private:
     }
 
     void beginAppendedData(Element element) {
-        if (isInPiece_ || section_)
+        if (isInPiece_ || association_)
             return stop("appended-data-place", "AppendedData stands within a Piece or its arrays, or these do not end "
                                                "(accepted: behind all pieces)");
         const std::string* encoding = element.find("encoding");
@@ -411,11 +411,11 @@ private:
             return;
         --depth_;
         name = localName(name);
-        if (section_ && sectionNamed(name) == section_)
-            section_.reset(); // at the first end of its name; what is within counts for nothing else
-        else if (!section_ && name == "Piece")
+        if (association_ && associationNamed(name) == association_)
+            association_.reset(); // at the first end of its name; what is within counts for nothing else
+        else if (!association_ && name == "Piece")
             isInPiece_ = false;
-        else if (!section_ && name == "Block")
+        else if (!association_ && name == "Block")
             block_.clear();
         if (name == "AppendedData")
             stop("appended-prefix", "the appended data lack the \"_\" that stands before them");
@@ -427,7 +427,7 @@ private:
     const Poll& poll_;
     TagFilter filter_;
     Document document_;
-    std::optional<Section> section_;
+    std::optional<Association> association_;
     std::string block_;
     std::size_t depth_ = 0;
     std::size_t namespaceCount_ = 0; // of those in force

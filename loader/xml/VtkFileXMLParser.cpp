@@ -94,13 +94,13 @@ FileVersion parseVersion(const std::string& text) {
 } // namespace
 
 /// The element that arrays stand in, and what follows for them.
-struct VtkFileXMLParser::Section {
+struct VtkFileXMLParser::ArrayParent {
     std::string_view element;
     std::uint64_t tupleCount;
     ValueLocation_e valueLocation;
 };
 
-const VtkFileXMLParser::Section VtkFileXMLParser::fieldDataSection{"FieldData", 1, ValueLocation_Nodal};
+const VtkFileXMLParser::ArrayParent VtkFileXMLParser::fieldDataParent{"FieldData", 1, ValueLocation_Nodal};
 
 VtkFileXMLParser::VtkFileXMLParser(std::shared_ptr<const boost::filesystem::path> path,
                                    std::unique_ptr<ParseProgress> progress)
@@ -135,7 +135,7 @@ void VtkFileXMLParser::dispatch() {
     else if (xml_.isEndElement("Block"))
         blockName_.clear();
     else if (xml_.isStartElement("FieldData"))
-        parseSection(fieldDataSection, fieldData_);
+        parseArrays(fieldDataParent, fieldData_);
     else if (xml_.isStartElement("Piece"))
         parsePieceElement();
     else if (xml_.isStartElement("AppendedData"))
@@ -183,55 +183,55 @@ void VtkFileXMLParser::parsePiece() {
     std::vector<DataArray> points;
     while (advanceWithin("Piece")) {
         if (xml_.isStartElement("Points"))
-            parseSection({"Points", piece.numberOfPoints, ValueLocation_Nodal}, points);
+            parseArrays({"Points", piece.numberOfPoints, ValueLocation_Nodal}, points);
         else if (xml_.isStartElement("Cells"))
-            parseSection({"Cells", piece.numberOfCells, ValueLocation_CellCentered}, piece.cells);
+            parseArrays({"Cells", piece.numberOfCells, ValueLocation_CellCentered}, piece.cells);
         else if (xml_.isStartElement("PointData"))
-            parseSection({"PointData", piece.numberOfPoints, ValueLocation_Nodal}, piece.variables);
+            parseArrays({"PointData", piece.numberOfPoints, ValueLocation_Nodal}, piece.variables);
         else if (xml_.isStartElement("CellData"))
-            parseSection({"CellData", piece.numberOfCells, ValueLocation_CellCentered}, piece.variables);
+            parseArrays({"CellData", piece.numberOfCells, ValueLocation_CellCentered}, piece.variables);
         else if (xml_.isStartElement("FieldData"))
-            parseSection(fieldDataSection, fieldData_);
+            parseArrays(fieldDataParent, fieldData_);
     }
     if (!points.empty())
         piece.points = std::move(points.front());
     pieces_.push_back(std::move(piece));
 }
 
-void VtkFileXMLParser::parseSection(const Section& section, std::vector<DataArray>& arrays) {
-    while (advanceWithin(section.element)) {
+void VtkFileXMLParser::parseArrays(const ArrayParent& parent, std::vector<DataArray>& arrays) {
+    while (advanceWithin(parent.element)) {
         if (!xml_.isStartElement("DataArray"))
             continue;
-        if (section.element == "Points" && !arrays.empty())
+        if (parent.element == "Points" && !arrays.empty())
             throw IOException(tooManyPointsArrays);
-        if (std::optional<DataArray> array = describeArray(section)) {
-            locateData(*array, section);
+        if (std::optional<DataArray> array = describeArray(parent)) {
+            locateData(*array, parent);
             arrays.push_back(std::move(*array));
         }
-        reportProgress(section.element);
+        reportProgress(parent.element);
     }
 }
 
 /// What the attributes say. None for field data that are no array the loader knows: nobody misses a remark.
-std::optional<DataArray> VtkFileXMLParser::describeArray(const Section& section) const {
+std::optional<DataArray> VtkFileXMLParser::describeArray(const ArrayParent& parent) const {
     try {
-        return arrayAttributes(section);
+        return arrayAttributes(parent);
     } catch (const ExceptionBase&) {
-        if (section.element != fieldDataSection.element)
+        if (parent.element != fieldDataParent.element)
             throw;
         return std::nullopt;
     }
 }
 
-DataArray VtkFileXMLParser::arrayAttributes(const Section& section) const {
+DataArray VtkFileXMLParser::arrayAttributes(const ArrayParent& parent) const {
     DataArray array;
     array.file = path_;
     array.format = arrayFormat(optionalAttribute("format").value_or("ascii"));
     array.type = arrayType(optionalAttribute("type").value_or("Float32"));
     array.name = std::make_shared<const std::string>(xml_.getOptionalAttribute(nameSpellings));
-    array.numberOfTuples = section.tupleCount;
+    array.numberOfTuples = parent.tupleCount;
     array.numberOfComponents = componentCount(*array.name);
-    array.valueLocation = section.valueLocation;
+    array.valueLocation = parent.valueLocation;
     array.compressor = header_.compressor;
     array.bigEndian = header_.bigEndian;
     array.headerSize = header_.headerSize;
@@ -258,9 +258,9 @@ std::uint64_t VtkFileXMLParser::count(std::string_view attribute) const {
     }
 }
 
-void VtkFileXMLParser::locateData(DataArray& array, const Section& section) {
+void VtkFileXMLParser::locateData(DataArray& array, const ArrayParent& parent) {
     if (array.format != DataArrayFormat::Appended && !locateInlineData(array) &&
-        section.element == fieldDataSection.element)
+        parent.element == fieldDataParent.element)
         array.numberOfTuples = 0; // no piece says how many values there should be
 }
 

@@ -52,8 +52,8 @@ public:
     const std::vector<DataSetName>& dataSetNames() const { return dataSetNames_; }
 
 private:
-    struct Section;
-    static const Section fieldDataSection;
+    struct ArrayParent;
+    static const ArrayParent fieldDataParent;
 
     void checkRoot();
     void dispatch();
@@ -62,12 +62,12 @@ private:
     void parseDataSet();
     void parsePieceElement();
     void parsePiece();
-    void parseSection(const Section& section, std::vector<DataArray>& arrays);
-    std::optional<DataArray> describeArray(const Section& section) const;
-    DataArray arrayAttributes(const Section& section) const;
+    void parseArrays(const ArrayParent& parent, std::vector<DataArray>& arrays);
+    std::optional<DataArray> describeArray(const ArrayParent& parent) const;
+    DataArray arrayAttributes(const ArrayParent& parent) const;
     std::uint16_t componentCount(const std::string& arrayName) const;
     std::uint64_t count(std::string_view attribute) const;
-    void locateData(DataArray& array, const Section& section);
+    void locateData(DataArray& array, const ArrayParent& parent);
     bool locateInlineData(DataArray& array);
     void parseAppendedData();
     void addReference(const std::string& reference);

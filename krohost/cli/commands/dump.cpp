@@ -120,10 +120,10 @@ private:
         const std::vector<std::string>& wanted = selection_.variables;
         const bool isNodeMap = values.selection.isNodeMap;
         const auto isWanted = [&](const reader::Array& array) {
-            if (array.section == reader::Section::cells || array.section == reader::Section::fieldData)
-                return isNodeMap && array.section == reader::Section::cells;
+            if (array.association == reader::Association::cells || array.association == reader::Association::fieldData)
+                return isNodeMap && array.association == reader::Association::cells;
             const std::vector<std::string> names = reader::variableNames(array);
-            const char* location = array.section == reader::Section::cellData ? "cell" : "nodal";
+            const char* location = array.association == reader::Association::cellData ? "cell" : "nodal";
             return (selection_.location.empty() || selection_.location == location) &&
                    std::find_first_of(names.begin(), names.end(), wanted.begin(), wanted.end()) != names.end();
         };

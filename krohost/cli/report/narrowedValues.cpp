@@ -59,9 +59,9 @@ bool OriginalFiles::read(const Zone& zone) {
     components_.clear();
     for (std::size_t arrayIndex = 0; arrayIndex < arrays_.size(); ++arrayIndex) {
         const reader::Array& array = arrays_[arrayIndex].first();
-        const bool isAtCells = array.section == reader::Section::cellData;
+        const bool isAtCells = array.association == reader::Association::cellData;
         std::uint64_t number = 0;
-        if (array.section != reader::Section::cells)
+        if (array.association != reader::Association::cells)
             for (std::string& name : reader::variableNames(array))
                 components_.try_emplace({isAtCells ? ValueLocation_CellCentered : ValueLocation_Nodal, std::move(name)},
                                         Component{arrayIndex, number++});
