@@ -25,7 +25,7 @@ ROOMS = {
     "krohost/convert": "krohost/reader krohost/host/runtime krohost/host/model krohost/text loader/cells",
     "krohost/cli/shell": "",
     "krohost/cli/terminal": "krohost/convert krohost/text",
-    "krohost/cli/input": f"krohost/cli/terminal krohost/convert {HOST} krohost/text",
+    "krohost/cli/input": f"krohost/cli/terminal krohost/convert krohost/reader {HOST} krohost/text",
     "krohost/cli/report": f"krohost/cli/input krohost/cli/terminal krohost/convert krohost/reader {HOST} krohost/text",
     "krohost/cli/commands": "krohost/cli/report krohost/cli/input krohost/cli/terminal krohost/cli/shell krohost/check "
     f"krohost/convert krohost/reader {HOST} krohost/text",

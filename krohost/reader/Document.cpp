@@ -68,6 +68,19 @@ Compressor compressorNamed(const std::string* word) {
     return found == names.end() ? Compressor::unknown : found->second;
 }
 
+std::vector<Array>& Piece::arrays(Association association) {
+    switch (association) {
+    case Association::points:
+        return points;
+    case Association::cells:
+        return cells;
+    case Association::pointData:
+        return pointData;
+    default:
+        return cellData;
+    }
+}
+
 const Array* Piece::cellArray(std::string_view name) const {
     const auto found = std::find_if(cells.begin(), cells.end(),
                                     [name](const Array& array) { return equalsIgnoringCase(array.name, name); });

@@ -93,6 +93,8 @@ struct Piece {
     std::vector<Array> pointData;
     std::vector<Array> cellData;
 
+    /// Those of an association other than field data.
+    std::vector<Array>& arrays(Association association);
     /// The first of the cells with this name, whatever its case; null when there is none.
     const Array* cellArray(std::string_view name) const;
 };

@@ -1,7 +1,9 @@
 #include "krohost/reader/Document.h"
 
 #include "krohost/reader/TagFilter.h"
+#include "krohost/reader/XmlEvents.h"
 #include "krohost/reader/declaredEncoding.h"
+#include "krohost/reader/tagLimits.h"
 #include "krohost/text/letterCase.h"
 #include "krohost/text/printable.h"
 
@@ -11,8 +13,6 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
-#include <memory>
-#include <new>
 #include <span>
 #include <utility>
 
@@ -20,9 +20,6 @@ namespace krohost::reader {
 
 namespace {
 
-/// What the format's other readers take at most; a file beyond this is no work of a writer of such files.
-constexpr std::size_t tagByteLimit = 65536, depthLimit = 1000;
-constexpr std::ptrdiff_t innerCharacterLimit = 1000; // beside the tag's own ">"
 /// Bytes that the XML library may hold back until a comment or the like ends.
 constexpr std::uint64_t heldBackLimit = 8 << 20;
 
@@ -30,41 +27,29 @@ constexpr std::uint64_t heldBackLimit = 8 << 20;
 constexpr char namespaceEnd = '\n';
 
 /// Follows the events of the XML library and writes down what the records want.
-class Reader {
+class Reader : private XmlEvents {
 public:
-    Reader(const std::filesystem::path& path, const Poll& poll)
-        : parser_{XML_ParserCreateNS(nullptr, namespaceEnd), XML_ParserFree}, poll_{poll} {
+    Reader(const std::filesystem::path& path, const Poll& poll) : XmlEvents{namespaceEnd}, poll_{poll} {
         document_.path = path;
-        if (!parser_)
-            throw std::bad_alloc();
-        XML_SetUserData(parser_.get(), this);
-        takeMoreEncodings(parser_.get());
-        XML_SetElementHandler(
-            parser_.get(),
-            [](void* self, const char* name, const char** attributes) {
-                static_cast<Reader*>(self)->start(name, attributes);
-            },
-            [](void* self, const char* name) { static_cast<Reader*>(self)->end(name); });
-        XML_SetXmlDeclHandler(parser_.get(), [](void* self, const char* version, const char* encoding, int) {
-            static_cast<Reader*>(self)->declare(version, encoding);
+        takeMoreEncodings(parser());
+        XML_SetXmlDeclHandler(parser(), [](void* self, const char* version, const char* encoding, int) {
+            reader(self)->declare(version, encoding);
         });
-        XML_SetStartDoctypeDeclHandler(parser_.get(), [](void* self, const char*, const char*, const char*, int) {
-            static_cast<Reader*>(self)->documentTypeBegin_ = static_cast<Reader*>(self)->position().byte;
+        XML_SetStartDoctypeDeclHandler(parser(), [](void* self, const char*, const char*, const char*, int) {
+            reader(self)->documentTypeBegin_ = reader(self)->position().byte;
         });
-        XML_SetEndDoctypeDeclHandler(parser_.get(), [](void* self) { static_cast<Reader*>(self)->endDocumentType(); });
-        XML_SetEntityDeclHandler(parser_.get(),
-                                 [](void* self, const char*, int, const char*, int, const char*, const char*,
-                                    const char*, const char*) { static_cast<Reader*>(self)->checkDocumentType(); });
+        XML_SetEndDoctypeDeclHandler(parser(), [](void* self) { reader(self)->endDocumentType(); });
+        XML_SetEntityDeclHandler(parser(), [](void* self, const char*, int, const char*, int, const char*, const char*,
+                                              const char*, const char*) { reader(self)->checkDocumentType(); });
         XML_SetNamespaceDeclHandler(
-            parser_.get(), [](void* self, const char*, const char*) { static_cast<Reader*>(self)->beginNamespace(); },
-            [](void* self, const char*) { --static_cast<Reader*>(self)->namespaceCount_; });
-        XML_SetCommentHandler(parser_.get(),
-                              [](void* self, const char*) { static_cast<Reader*>(self)->beginMarkup(); });
-        XML_SetProcessingInstructionHandler(
-            parser_.get(), [](void* self, const char*, const char*) { static_cast<Reader*>(self)->beginMarkup(); });
+            parser(), [](void* self, const char*, const char*) { reader(self)->beginNamespace(); },
+            [](void* self, const char*) { --reader(self)->namespaceCount_; });
+        XML_SetCommentHandler(parser(), [](void* self, const char*) { reader(self)->beginMarkup(); });
+        XML_SetProcessingInstructionHandler(parser(),
+                                            [](void* self, const char*, const char*) { reader(self)->beginMarkup(); });
         XML_SetCdataSectionHandler(
-            parser_.get(), [](void* self) { static_cast<Reader*>(self)->beginCdata(); },
-            [](void* self) { static_cast<Reader*>(self)->isInCdata_ = false; });
+            parser(), [](void* self) { reader(self)->beginCdata(); },
+            [](void* self) { reader(self)->isInCdata_ = false; });
     }
 
     Document read() {
@@ -84,6 +69,9 @@ public:
     }
 
 private:
+    /// From what the library hands on.
+    static Reader* reader(void* self) { return static_cast<Reader*>(static_cast<XmlEvents*>(self)); }
+
     void feed(std::ifstream& stream) {
         std::vector<char> block(65536);
         std::size_t keptCount = 0; // of bytes that have been read and not fed
@@ -101,7 +89,7 @@ private:
             const std::size_t markCount = isFirst && isMarked_ ? mark.size() : 0;
             const std::size_t settled =
                 markCount + filter_.filter(std::span{block}.subspan(markCount, count - markCount), isLast);
-            if (XML_Parse(parser_.get(), block.data(), static_cast<int>(settled), isLast) == XML_STATUS_ERROR)
+            if (!parse(std::span{block}.first(settled), isLast))
                 return fail();
             if (isLast)
                 return;
@@ -128,11 +116,9 @@ private:
     }
 
     void fail() {
-        const XML_Error error = XML_GetErrorCode(parser_.get());
-        if (error == XML_ERROR_NO_MEMORY)
-            throw std::bad_alloc(); // which says nothing of the document
+        const std::string reason = error();
         if (!isOver_)
-            stop("xml", fmt::format("the document is not well-formed XML: {}", XML_ErrorString(error)));
+            stop("xml", fmt::format("the document is not well-formed XML: {}", reason));
     }
 
     /// Nothing further is read; without a code, because everything has been.
@@ -143,18 +129,12 @@ private:
         endText();
         if (code)
             document_.malformation = {code, std::move(message), position()};
-        XML_StopParser(parser_.get(), XML_FALSE);
-    }
-
-    Position position() const {
-        XML_Parser parser = parser_.get();
-        return {static_cast<std::uint64_t>(std::max<XML_Index>(XML_GetCurrentByteIndex(parser), 0)),
-                XML_GetCurrentLineNumber(parser), XML_GetCurrentColumnNumber(parser) + 1};
+        stopParser();
     }
 
     static std::string_view localName(std::string_view name) { return name.substr(name.rfind(namespaceEnd) + 1); }
 
-    void start(std::string_view name, const char** attributes) {
+    void start(std::string_view name, const char** attributes) override {
         beginMarkup();
         if (isOver_)
             return;
@@ -200,8 +180,8 @@ private:
     /// From here on entities may stand in text, and hold elements, which other readers would not see.
     void endDocumentType() {
         checkDocumentType();
-        XML_SetDefaultHandler(parser_.get(), [](void* self, const char* text, int byteCount) {
-            static_cast<Reader*>(self)->checkText({text, static_cast<std::size_t>(byteCount)});
+        XML_SetDefaultHandler(parser(), [](void* self, const char* text, int byteCount) {
+            reader(self)->checkText({text, static_cast<std::size_t>(byteCount)});
         });
     }
 
@@ -229,22 +209,13 @@ private:
             stop("namespaces", fmt::format("more than {} namespaces are declared at a time", namespaceLimit));
     }
 
+    /// False when the tag is one that other readers refuse.
     bool checkTag() {
-        const int tagByteCount = XML_GetCurrentByteCount(parser_.get());
-        if (static_cast<std::size_t>(tagByteCount) > tagByteLimit) {
-            stop("tag-too-long", fmt::format("a tag is longer than {} bytes", tagByteLimit));
-            return false;
-        }
         int offset = 0, byteCount = 0;
-        const char* bytes = XML_GetInputContext(parser_.get(), &offset, &byteCount);
-        const std::string_view tag{bytes ? bytes + offset : "", bytes ? static_cast<std::size_t>(tagByteCount) : 0};
-        for (const char character : {'>', '=', '&'})
-            if (std::count(tag.begin(), tag.end(), character) > innerCharacterLimit + (character == '>' ? 1 : 0)) {
-                stop("tag-characters",
-                     fmt::format("a tag holds more than {} \"{}\" characters", innerCharacterLimit, character));
-                return false;
-            }
-        return true;
+        const char* bytes = XML_GetInputContext(parser(), &offset, &byteCount);
+        if (auto fault = tagFault({bytes ? bytes + offset : "", bytes ? tagByteCount() : 0}, tagByteCount()))
+            stop(fault->first, std::move(fault->second));
+        return !isOver_;
     }
 
     void dispatch(Element element) {
@@ -328,19 +299,8 @@ private:
     }
 
     std::vector<Array>& arrays() {
-        if (*association_ == Association::fieldData)
-            return document_.fieldData;
-        Piece& piece = document_.pieces.back();
-        switch (*association_) {
-        case Association::points:
-            return piece.points;
-        case Association::cells:
-            return piece.cells;
-        case Association::pointData:
-            return piece.pointData;
-        default:
-            return piece.cellData;
-        }
+        return association_ == Association::fieldData ? document_.fieldData
+                                                      : document_.pieces.back().arrays(*association_);
     }
 
     void addArray(Element element) {
@@ -354,7 +314,7 @@ private:
         if (element.find("NumberOfTuples"))
             array.declaredTupleCount = element.number("NumberOfTuples", 0);
         array.tupleCount = tupleCount(array);
-        array.begin = position().byte + static_cast<std::uint64_t>(XML_GetCurrentByteCount(parser_.get()));
+        array.begin = position().byte + tagByteCount();
         array.end = array.begin;
         array.element = std::move(element);
         arrays().push_back(std::move(array));
@@ -391,8 +351,8 @@ private:
         isEncodingKnown_ = document_.isAppendedRaw || (encoding && equalsIgnoringCase(*encoding, "base64"));
         document_.appendedData = std::move(element);
         // Set here alone: with a handler for text the library would not leave inline data where they are.
-        XML_SetCharacterDataHandler(parser_.get(), [](void* self, const char* text, int byteCount) {
-            static_cast<Reader*>(self)->findAppendedBegin({text, static_cast<std::size_t>(byteCount)});
+        XML_SetCharacterDataHandler(parser(), [](void* self, const char* text, int byteCount) {
+            reader(self)->findAppendedBegin({text, static_cast<std::size_t>(byteCount)});
         });
     }
 
@@ -405,7 +365,7 @@ private:
         stop();
     }
 
-    void end(std::string_view name) {
+    void end(std::string_view name) override {
         endText();
         if (isOver_)
             return;
@@ -423,7 +383,6 @@ private:
             stop(); // what comes behind is nobody's business
     }
 
-    std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_;
     const Poll& poll_;
     TagFilter filter_;
     Document document_;

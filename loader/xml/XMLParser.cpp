@@ -1,5 +1,6 @@
 #include "loader/xml/XMLParser.h"
 
+#include "loader/xml/TagLimits.h"
 #include "loader/xml/Utf8Check.h"
 #include "loader/xml/equalsIgnoringCase.h"
 #include "loader/xml/messages.h"
@@ -18,28 +19,10 @@
 #include <optional>
 #include <span>
 #include <utility>
-#include <vector>
 
 namespace veltra::vtkfile {
 
 namespace {
-
-/// More than any writer's tag needs. The XML reader compares the attributes of a tag each with each.
-constexpr std::size_t markupByteLimit = 0x10000;
-
-/// The `>` characters within a tag. At each of them the XML reader begins anew to look for the tag's end.
-constexpr std::size_t innerEndLimit = 1000;
-constexpr std::size_t equalsLimit = 1000;    // the reader compares every attribute of a tag with every other
-constexpr std::size_t referenceLimit = 1000; // each may be an entity of 4096 characters
-
-/// Elements within elements; the XML reader keeps a record of each.
-constexpr std::size_t depthLimit = 1000;
-
-/// Declarations of namespaces that are in force; the XML reader looks through them at every tag.
-constexpr std::size_t namespaceLimit = 100;
-
-/// Characters of a tag's attributes once entities have been replaced: no more than a tag could hold without any.
-constexpr std::size_t expandedLimit = markupByteLimit;
 
 constexpr std::string_view whitespace = " \t\n\v\f\r";
 
@@ -116,17 +99,11 @@ struct XMLParser::Impl {
     bool declarationFed = false;
     bool rootBegun = false;
     bool hasDoctype = false;                           // which may give tags attributes that are not written there
-    std::size_t depth = 0;                             // of open elements
-    std::size_t namespaceCount = 0;                    // of declarations in force
-    std::vector<std::size_t> namespaceCounts;          // the same within each open element
     std::uint64_t start = 0;                           // of the document, behind a byte-order mark
     std::optional<Utf8Check> utf8Check{std::in_place}; // none once the document is known to be in another encoding
     bool isMarked = false;                             // begins with the byte-order mark of UTF-8
     std::optional<std::string> contradiction;          // the encoding that it declares besides
-    std::size_t openMarkupBytes = 0;                   // fed since the last whole token; not 0 within a tag or comment
-    std::size_t innerEndCount = 0;                     // of the `>` among them
-    std::size_t equalsCount = 0;                       // of the `=`
-    std::size_t referenceCount = 0;                    // of the `&`
+    TagLimits limits;
 
     /// Whether the next byte of the file passes. False at the end of the file.
     template <class Test>
@@ -207,16 +184,7 @@ struct XMLParser::Impl {
             const std::size_t end = find(bytes, '>');
             const std::size_t count = std::min(end + 1, bytes.size());
             checkCharacters(bytes.first(count));
-            openMarkupBytes += count;
-            if (openMarkupBytes > markupByteLimit)
-                throw IOException(markupTooLong(markupByteLimit));
-            const auto countOf = [&](char character) {
-                return static_cast<std::size_t>(std::ranges::count(bytes.first(count), character));
-            };
-            if ((equalsCount += countOf('=')) > equalsLimit)
-                throw IOException(tooManyInTag(equalsLimit, '='));
-            if ((referenceCount += countOf('&')) > referenceLimit)
-                throw IOException(tooManyInTag(referenceLimit, '&'));
+            limits.add(bytes.first(count));
             pending.append(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(count));
             stream->skip(count);
             if (end < bytes.size())
@@ -277,10 +245,10 @@ struct XMLParser::Impl {
     /// Hands the next tag to the reader, or more of one whose `>` was not its end. False when the file has nothing
     /// more.
     bool feedTag() {
-        if (openMarkupBytes == 0)
+        if (limits.isWithinTag())
+            limits.addInnerEnd();
+        else
             passOverToTag();
-        else if (++innerEndCount > innerEndLimit)
-            throw IOException(tooManyInTag(innerEndLimit, '>'));
         collectTag();
         position = stream->position();
         lookAhead = false;
@@ -309,28 +277,16 @@ struct XMLParser::Impl {
     void openElement() {
         rootBegun = true;
         attributes = reader.attributes();
-        if (hasDoctype && static_cast<std::size_t>(attributes.size()) > equalsLimit)
-            throw IOException(tooManyInTag(equalsLimit, '='));
-        if (referenceCount > 0 || hasDoctype) { // what has none is no longer than its tag
+        if (hasDoctype) // which may give them where no tag has any
+            TagLimits::checkAttributeCount(static_cast<std::size_t>(attributes.size()));
+        if (limits.hasReferences() || hasDoctype) { // what has none is no longer than its tag
             std::size_t characterCount = 0;
             for (const QXmlStreamAttribute& attribute : attributes)
                 characterCount += static_cast<std::size_t>(attribute.value().size());
-            if (characterCount > expandedLimit)
-                throw IOException(expandedTooFar(expandedLimit));
+            TagLimits::checkCharacterCount(characterCount);
         }
-        if (++depth > depthLimit)
-            throw IOException(nestedTooDeep(depthLimit));
-        if (equalsCount > 0 || hasDoctype) // a declaration has one
-            namespaceCount += static_cast<std::size_t>(reader.namespaceDeclarations().size());
-        if (namespaceCount > namespaceLimit)
-            throw IOException(tooManyNamespaces(namespaceLimit));
-        namespaceCounts.push_back(namespaceCount);
-    }
-
-    void closeElement() {
-        --depth;
-        namespaceCounts.pop_back();
-        namespaceCount = namespaceCounts.empty() ? 0 : namespaceCounts.back();
+        const bool mayDeclare = limits.hasEquals() || hasDoctype;
+        limits.openElement(mayDeclare ? static_cast<std::size_t>(reader.namespaceDeclarations().size()) : 0);
     }
 
     void readToken() {
@@ -346,9 +302,9 @@ struct XMLParser::Impl {
         if (token == QXmlStreamReader::StartElement)
             openElement();
         else if (token == QXmlStreamReader::EndElement)
-            closeElement();
+            limits.closeElement();
         if (token != QXmlStreamReader::Invalid && !announced)
-            openMarkupBytes = innerEndCount = equalsCount = referenceCount = 0;
+            limits.endTag();
     }
 };
 
@@ -376,7 +332,7 @@ bool XMLParser::readNext() {
 }
 
 bool XMLParser::hasMoreInput() const {
-    return !impl_->rootBegun || impl_->depth > 0;
+    return !impl_->rootBegun || impl_->limits.depth() > 0;
 }
 
 std::string XMLParser::errorString() const {

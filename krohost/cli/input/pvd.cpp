@@ -1,14 +1,12 @@
 #include "krohost/cli/input/pvd.h"
 
 #include "krohost/cli/input/smallFile.h"
+#include "krohost/reader/XmlEvents.h"
 
-#include <expat.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <charconv>
-#include <memory>
-#include <new>
 #include <optional>
 #include <utility>
 
@@ -16,21 +14,9 @@ namespace krohost::cli {
 
 namespace {
 
-/// Follows the events of the XML library.
-class PvdReader {
+class PvdReader : private reader::XmlEvents {
 public:
-    explicit PvdReader(const std::string& path)
-        : file_{"time series", path}, parser_{XML_ParserCreate(nullptr), XML_ParserFree} {
-        if (!parser_)
-            throw std::bad_alloc();
-        XML_SetUserData(parser_.get(), this);
-        XML_SetElementHandler(
-            parser_.get(),
-            [](void* self, const char* name, const char** attributes) {
-                static_cast<PvdReader*>(self)->start(name, attributes);
-            },
-            [](void* self, const char*) { --static_cast<PvdReader*>(self)->depth_; });
-    }
+    explicit PvdReader(const std::string& path) : file_{"time series", path} {}
 
     std::vector<SeriesMember> read() {
         file_.read([this](std::span<const char> bytes) { return feed(bytes); });
@@ -46,13 +32,12 @@ private:
     bool feed(std::span<const char> bytes) {
         constexpr std::int64_t heldBackLimit = 1 << 20; // that the library may keep until a tag or comment ends
         fedCount_ += static_cast<std::int64_t>(bytes.size());
-        const XML_Status status = XML_Parse(parser_.get(), bytes.data(), static_cast<int>(bytes.size()),
-                                            bytes.empty() ? XML_TRUE : XML_FALSE);
-        const std::int64_t position = std::max<std::int64_t>(XML_GetCurrentByteIndex(parser_.get()), 0);
-        if (status == XML_STATUS_ERROR)
-            fail(fmt::format("{} at byte {}", XML_ErrorString(XML_GetErrorCode(parser_.get())), position));
-        else if (fedCount_ - position > heldBackLimit)
-            fail(fmt::format("markup is longer than {} bytes at byte {}", heldBackLimit, position));
+        const bool isSound = parse(bytes, bytes.empty());
+        const auto place = static_cast<std::int64_t>(position().byte);
+        if (!isSound && !hasFailed_)
+            fail(fmt::format("{} at byte {}", error(), place));
+        else if (fedCount_ - place > heldBackLimit)
+            fail(fmt::format("markup is longer than {} bytes at byte {}", heldBackLimit, place));
         return error_.empty();
     }
 
@@ -60,11 +45,13 @@ private:
     void fail(std::string reason) {
         if (!std::exchange(hasFailed_, true)) {
             error_ = std::move(reason);
-            XML_StopParser(parser_.get(), XML_FALSE);
+            stopParser();
         }
     }
 
-    void start(std::string_view name, const char** attributes) {
+    void end(std::string_view) override { --depth_; }
+
+    void start(std::string_view name, const char** attributes) override {
         ++depth_;
         const auto attribute = [attributes](std::string_view wanted) -> const char* {
             for (const char** each = attributes; *each; each += 2)
@@ -97,7 +84,6 @@ private:
     }
 
     SmallFile file_;
-    std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser_;
     std::vector<SeriesMember> members_;
     std::int64_t fedCount_ = 0;
     std::size_t depth_ = 0; // of open elements
