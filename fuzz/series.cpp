@@ -2,7 +2,7 @@
 
 #include "fuzz/fuzz.h"
 
-#include "krohost/cli/Failure.h"
+#include "krohost/cli/terminal/Failure.h"
 #include "krohost/cli/input/layout.h"
 #include "krohost/cli/input/series.h"
 #include "krohost/host/model/timesFromFileNames.h"
