@@ -46,7 +46,8 @@ struct Outcome {
     std::string error = {};   ///< what went wrong, as far as no dialog says it; printed
     std::string reason = {};  ///< the error for programs, where nothing else went wrong
     std::string text = {};    ///< for people
-    nlohmann::ordered_json document = nlohmann::ordered_json::object(); ///< for programs, without its end
+    /// For programs, without its end. Made only for these: what holds it may end the process where memory runs out.
+    nlohmann::ordered_json document = nlohmann::ordered_json::object();
     /// What is known of the host only after its end is added by this; null: nothing.
     std::function<void(const Host& host, Outcome& outcome)> complete = nullptr;
     /// Writes the result, where it is not printed.

@@ -214,8 +214,10 @@ public:
         outcome.report.isLoaded = true; // what is not is among the findings
         outcome.isSound = checked.count(Severity::error) == 0;
         outcome.reason = checked.firstError();
-        outcome.text = checkText(checked);
-        outcome.document = checkDocument(checked);
+        if (output.form == Form::json)
+            outcome.document = checkDocument(checked);
+        else
+            outcome.text = checkText(checked);
         return outcome;
     }
 

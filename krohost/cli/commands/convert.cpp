@@ -166,7 +166,8 @@ private:
             outcome.text = fmt::format("{}: {} in {}, {} bytes\n", printableLine(outputFile_),
                                        counted(conversion.zoneCount, "zone"), counted(conversion.files.size(), "file"),
                                        byteCount(conversion));
-        outcome.document = convertDocument(conversion, outcome.report);
+        if (output.form == Form::json)
+            outcome.document = convertDocument(conversion, outcome.report);
     }
 
     std::string outputFile_;

@@ -62,7 +62,8 @@ public:
     /// cannot be served.
     Outcome run(Session& session) override {
         Outcome outcome;
-        outcome.document = {{"loaded", false}};
+        if (output.form == Form::json)
+            outcome.document = {{"loaded", false}};
         if (!load(session, input, outcome.report))
             return outcome;
         const Dataset& dataset = session.host.dataset();
@@ -99,16 +100,18 @@ private:
         if (writing.isStrict && !outcome.report.losses.empty()) {
             outcome.isSound = false;
             outcome.error = convert::LossesNotAllowed{outcome.report.losses}.what();
-            outcome.document = {{"losses", lossList(outcome.report.losses)}};
+            if (output.form == Form::json)
+                outcome.document = {{"losses", lossList(outcome.report.losses)}};
             return;
         }
         const auto stream = std::make_shared<OutputStream>(outputFile_, session.plan.permission);
         const bool isJson = output.form == Form::json;
         writeDump(*stream, isJson ? DumpFormat::json : format_, values);
-        outcome.write = [this, stream, isJson, losses = lossList(outcome.report.losses)](const Ending& ending) {
+        outcome.write = [this, stream, isJson,
+                         losses = isJson ? jsonText(lossList(outcome.report.losses)) : ""](const Ending& ending) {
             if (isJson)
                 fmt::format_to(std::back_inserter(stream->buffer()),
-                               "\"losses\":{},\"error\":{},\"dialogs\":{},\"violations\":{}}}\n", jsonText(losses),
+                               "\"losses\":{},\"error\":{},\"dialogs\":{},\"violations\":{}}}\n", losses,
                                jsonText(textOrNull(ending.error)), jsonText(ending.dialogs),
                                jsonText(ending.violations));
             if (outputFile_.empty() || !Host::isInterrupted()) // an interrupted dump leaves no file
