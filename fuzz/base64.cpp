@@ -61,7 +61,7 @@ void checkFunction(fuzz::Bytes text, std::size_t room) {
     const Base64Result result = decodeBase64(text, produced);
     fuzz::require(result.bytesProduced == expected.bytes.size() && result.charactersConsumed == expected.consumed,
                   "as much is decoded as has room");
-    fuzz::require(result.stopIndex == expected.stop, "decoding stops at the character that cannot stand there");
+    fuzz::require(result.stopIndex == expected.stop, "decoding stops at the character that cannot be there");
     fuzz::require(fuzz::asText({produced.data(), result.bytesProduced}) == expected.bytes, "bytes are decoded");
 }
 
@@ -93,7 +93,7 @@ std::string fuzz::outcome(Bytes bytes) {
             read += asText(part);
         }
     } catch (const veltra::IOException& failure) {
-        require(read == expected, "the stream gives what stands before the end or the foreign character");
+        require(read == expected, "the stream gives what is before the end or the foreign character");
         return sentence(failure.what());
     }
 }

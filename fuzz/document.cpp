@@ -31,7 +31,7 @@ bool isLatin(const Tag& tag) {
            std::ranges::all_of(tag.attributes, [](const auto& attribute) { return isLatin(attribute.first); });
 }
 
-/// The tags of a document; none when it is not well-formed. Those of entities do not stand in the document.
+/// The tags of a document; none when it is not well-formed. Those of entities are not in the document.
 std::vector<Tag> tagsOf(std::string_view text) {
     QXmlStreamReader reader(QByteArray(text.data(), static_cast<int>(text.size())));
     std::vector<Tag> tags;
@@ -87,7 +87,7 @@ std::string fuzz::outcome(Bytes input) {
             require(parser.position() >= before && parser.position() <= text.size(), "places do not go back");
             if (tagCount < tags.size() && isAt(parser, tags[tagCount])) {
                 for (const auto& [name, value] : tags[tagCount].attributes)
-                    require(parser.getAttribute(name) == value, "attributes are as they stand");
+                    require(parser.getAttribute(name) == value, "attributes have the values of the file");
                 ++tagCount;
             }
             if (!parser.isStartElement("DataArray") || parser.isEmptyElement())

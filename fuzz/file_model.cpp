@@ -28,7 +28,7 @@ void checkPlace(std::string_view text, const DataArray& array) {
         return;
     fuzz::require(array.offset <= text.size(), "inline text begins in the file");
     const std::size_t before = text.substr(0, array.offset).find_last_not_of(" \t\n\v\f\r");
-    fuzz::require(before != text.npos && text[before] == '>', "inline text begins behind its tag");
+    fuzz::require(before != text.npos && text[before] == '>', "inline text begins after its tag");
     if (array.length == 0)
         return;
     fuzz::require(text.find('<', array.offset) == array.offset + array.length, "inline text ends where a tag begins");
@@ -59,7 +59,7 @@ std::string fuzz::outcome(Bytes input) {
         if (piece.points.numberOfComponents > 0 && piece.points.valueLocation != ValueLocation_None)
             arrayCount += checkPlaces(text, {piece.points});
     }
-    require(arrayCount <= occurrences(text, "DataArray"), "each array stands in the file");
+    require(arrayCount <= occurrences(text, "DataArray"), "each array is in the file");
     require(parser.referencedFiles().empty() || parser.header().isParallel || parser.header().isMultiBlock,
             "only collections refer to files");
     require(parser.dataSetNames().empty() || parser.dataSetNames().size() == parser.referencedFiles().size(),

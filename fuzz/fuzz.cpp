@@ -35,7 +35,7 @@ std::string limitedOutcome(Bytes input) {
 
 std::string sentence(std::string_view message) {
     std::string text;
-    char quote = '\0'; // that a text stands in
+    char quote = '\0'; // that a text is in
     for (const char character : message) {
         const bool isDigit = character >= '0' && character <= '9';
         const bool isApostrophe = character == '\'' && !text.empty() && std::isalpha(text.back());

@@ -65,7 +65,7 @@ struct Code {
     }
 };
 
-/// What the symbols behind the end of a block stand for, and those of distances: the least, and the bits that add to
+/// What the symbols after the end of a block stand for, and those of distances: the least, and the bits that add to
 /// it.
 struct Range {
     std::size_t least;

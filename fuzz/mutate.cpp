@@ -16,7 +16,7 @@ namespace fuzz {
 
 namespace {
 
-/// Places in the text, the second one behind the last character.
+/// Places in the text, the second one after the last character.
 struct Span {
     std::size_t begin = 0;
     std::size_t end = 0;

@@ -1,5 +1,5 @@
 // Node maps through the embedded host: meshes of any cells that the host takes, in 32 and 64 bits, against what the
-// tests' writer says of them. A byte behind the pieces that is not 0 damages an array; then nothing
+// tests' writer says of them. A byte after the pieces that is not 0 damages an array; then nothing
 // but failing properly is asked.
 
 #include "fuzz/fuzz.h"

@@ -88,7 +88,7 @@ Reading readSlowly(const std::string& token, T& value) {
         const std::size_t first = token.starts_with('-') || token.starts_with('+') ? 1 : 0;
         if (first == token.size() || token.find_first_not_of("0123456789", first) != token.npos)
             return Reading::noNumber;
-        // Digits beyond 20 behind zeros are too many for any type.
+        // Digits beyond 20 after zeros are too many for any type.
         const std::size_t digits = std::min(token.find_first_not_of('0', first), token.size());
         const std::string magnitudeText = token.substr(digits);
         errno = 0;
@@ -124,7 +124,7 @@ std::string readAll(std::string_view text) {
         const Reading reading = readSlowly(token, expected);
         try {
             const T value = tokenizer.next<T>();
-            fuzz::require(reading == Reading::number && isSame(value, expected), "a number is read as it stands");
+            fuzz::require(reading == Reading::number && isSame(value, expected), "a number is read as it is");
         } catch (const veltra::bad_numeric_cast&) {
             fuzz::require(reading == Reading::outOfRange, "what fits is no number out of range");
             outcome = "out of range";

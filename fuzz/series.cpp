@@ -2,9 +2,9 @@
 
 #include "fuzz/fuzz.h"
 
-#include "krohost/cli/terminal/Failure.h"
 #include "krohost/cli/input/layout.h"
 #include "krohost/cli/input/series.h"
+#include "krohost/cli/terminal/Failure.h"
 #include "krohost/host/model/timesFromFileNames.h"
 
 #include <array>

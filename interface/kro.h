@@ -132,7 +132,7 @@ KroArgList* KroUtilArgListAlloc(void);
 /* Frees the list and sets the pointer to null. [any thread] */
 void KroUtilArgListDealloc(KroArgList** list);
 
-/* Each appends one argument; a name may stand only once in a list. [any thread] */
+/* Each appends one argument; a name may be there only once in a list. [any thread] */
 KroBool KroUtilArgListAppendString(KroArgList* list, const char* name, const char* value);
 KroBool KroUtilArgListAppendInt(KroArgList* list, const char* name, int64_t value);
 KroBool KroUtilArgListAppendDouble(KroArgList* list, const char* name, double value);

@@ -9,7 +9,7 @@ import subprocess
 import sys
 import tempfile
 
-# What is typed behind "krohost ", and the word that stands at its end then.
+# What is typed after "krohost ", and the word that is at its end then.
 CASES = {
     "tra": "trace",
     "wi": "wing.vtu",

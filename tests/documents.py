@@ -4,8 +4,8 @@
     documents.py --root DIR KROHOST
 
 Command lines in code blocks are run, page by page, in a folder with the samples and what earlier lines of the page
-made. They end with 0 or, where the line says `# exit code N`, with N, and print what stands beneath them; a line `...`
-stands for any lines left out, `...` behind other text for the rest of its line, and `# figures vary` lets numbers
+made. They end with 0 or, where the line says `# exit code N`, with N, and print what is beneath them; a line `...`
+stands for any lines left out, `...` after other text for the rest of its line, and `# figures vary` lets numbers
 differ. The examples of the page about the file format are built and loaded, and tables are compared with what they are
 of. Closes with "documents: N passed, N failed"; exits with 1 on a failure.
 """

@@ -210,7 +210,7 @@ def mixed_grid(cell_count, arrays=(), point_kind="Float"):
     return make_grid(cells, cell_count, arrays, point_kind)
 
 
-# An encoding is where and how data stand, compression, byte order, header words and the integers of cells.
+# An encoding is where and how data are stored, compression, byte order, header words and the integers of cells.
 COMPRESSIONS = {"plain": (0, 32768), "zlib": (5, 32768), "dense": (9, 1000)}  # level, block size
 ENCODINGS = [*itertools.product(["ascii"], ["plain"], ["LittleEndian"], ["UInt32"], ["Int32", "Int64"]),
              *itertools.product(["binary", "raw", "base64"], COMPRESSIONS, ["LittleEndian", "BigEndian"],

@@ -3,7 +3,7 @@
 
     schemas.py --addon LIBRARY --faulty-addon LIBRARY --samples DIR --schemas DIR KROHOST
 
-Every field must stand in the schema, although the schemas let other programs meet new ones. Closes with
+Every field must be in the schema, although the schemas let other programs meet new ones. Closes with
 "schemas: N passed, N failed"; exits with 1 on a failure and with 77 where the validator is not installed.
 """
 

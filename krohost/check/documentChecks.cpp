@@ -133,7 +133,7 @@ void checkMalformation(const Document& document, Findings& findings) {
         findings.error("file-type", {}, "the document is no VTK XML file (accepted: a VTKFile element)");
 }
 
-/// One to three parts of digits between points; what stands behind a third point is not looked at.
+/// One to three parts of digits between points; what is after a third point is not looked at.
 bool isVersion(std::string_view text) {
     if (text.find_first_not_of("0123456789.") != text.npos)
         return false;

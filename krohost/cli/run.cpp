@@ -94,7 +94,7 @@ int finish(Host& host, const Command& command, const Console& console, Outcome& 
         return code;
     }
     std::string text = std::move(outcome.text);
-    if (command.output.form == Form::jsonLines) // which stand before the end of the document
+    if (command.output.form == Form::jsonLines) // which are before the end of the document
         text += documentText(command, std::move(outcome.document), ending(host, outcome, code));
     else if (command.output.form == Form::json)
         text = documentText(command, std::move(outcome.document), ending(host, outcome, code));

@@ -7,7 +7,7 @@ namespace krohost::convert {
 
 enum class Format : std::uint8_t { ascii, base64, raw, appendedBase64 };
 
-/// How the values of arrays stand in a VTK XML file. The default is the fastest to load of the small ones.
+/// How a VTK XML file holds the values of arrays. The default is the fastest to load of the small ones.
 struct Encoding {
     Format format = Format::raw;
     bool isCompressed = true; ///< with zlib; text never is

@@ -49,7 +49,7 @@ private:
 void requireAllowed(const Losses& losses, bool isStrict);
 
 /// Writes what the host has loaded, from the files named. Throws WriteError and Interrupted, and nothing is left
-/// behind.
+/// after.
 Conversion convertZones(Host& host, const std::vector<std::filesystem::path>& inputs, const Request& request);
 
 /// Writes a VTK XML unstructured grid, read without the add-on, as one that it loads: its arrays decompressed and

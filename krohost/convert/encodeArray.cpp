@@ -134,7 +134,7 @@ private:
     ByteWriter writer_;
 };
 
-/// Blocks, each compressed for itself, behind a table of their sizes that is filled in at the end.
+/// Blocks, each compressed for itself, after a table of their sizes that is filled in at the end.
 class ZlibEncoder final : public Encoder {
 public:
     ZlibEncoder(OutputFile& file, const Encoding& encoding, std::uint64_t byteCount)

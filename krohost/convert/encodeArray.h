@@ -6,7 +6,7 @@
 
 namespace krohost::convert {
 
-/// Writes the values of an array as they stand between its tags or in the appended data: text, or header words and
+/// Writes the values of an array as they are between its tags or in the appended data: text, or header words and
 /// bytes. Memory is that of a block and the block table. Throws WriteError, also when the array produces another number
 /// of values than it says, and Interrupted.
 void encodeArray(OutputFile& file, const Encoding& encoding, const Array& array);

@@ -83,7 +83,7 @@ void attribute(hid_t group, const char* name, hid_t type, hid_t space, const voi
     require(H5Awrite(attribute, type, value), name);
 }
 
-/// Arrays of all pieces one behind the other.
+/// Arrays of all pieces one after the other.
 class HdfDataset {
 public:
     HdfDataset(hid_t parent, const Array& first, std::uint64_t tupleCount, bool isCompressed)
@@ -124,7 +124,7 @@ private:
     hsize_t writtenCount_ = 0;
 };
 
-/// Writes an array of every grid, one behind the other, as one dataset.
+/// Writes an array of every grid, one after the other, as one dataset.
 template <class ArrayOf>
 void writeArrays(hid_t parent, bool isCompressed, const std::vector<Grid>& grids, const ArrayOf& arrayOf) {
     std::vector<Array> pieces;

@@ -28,7 +28,7 @@ struct CollectionMember {
     std::size_t part = 0;
 };
 
-/// Writes a .vtm file: successive members of one block stand in that block. Throws FileError.
+/// Writes a .vtm file: successive members of one block are in that block. Throws FileError.
 void writeVtm(const std::filesystem::path& path, const std::vector<CollectionMember>& members);
 
 /// Writes a .pvd file, a time series. Throws FileError.

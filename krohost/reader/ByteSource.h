@@ -19,7 +19,7 @@ public:
 
     /// Fills `bytes` from its beginning; gives how many there were, which are fewer only at the end or at a fault.
     virtual std::size_t read(std::span<std::byte> bytes) = 0;
-    /// Where in the file the next byte stands, or begins.
+    /// Where in the file the next byte is, or begins.
     virtual std::uint64_t position() const = 0;
     /// No more bytes than these are to come.
     virtual std::uint64_t byteLimit() const = 0;

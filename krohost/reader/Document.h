@@ -1,5 +1,5 @@
 /// A VTK XML file as plain records, read without the add-on. Nothing in them has been checked: what a file gets wrong
-/// stands here as it says it, or as nothing where it is no number or no word of the format.
+/// is here as it says it, or as nothing where it is no number or no word of the format.
 #pragma once
 
 #include "krohost/reader/ElementType.h"
@@ -53,7 +53,7 @@ std::optional<Association> associationNamed(std::string_view element);
 std::optional<Format> formatNamed(const std::string* word);
 Compressor compressorNamed(const std::string* word);
 
-/// A DataArray. Its text or bytes stand from `begin` to `end` in the file; what is appended goes no further than to the
+/// A DataArray. Its text or bytes are from `begin` to `end` in the file; what is appended goes no further than to the
 /// end of the file.
 struct Array {
     Element element;
@@ -103,7 +103,7 @@ struct Piece {
 struct Member {
     Element element;
     std::string block; ///< the enclosing block's name; empty outside any
-    std::string file;  ///< as it stands there; empty when the collection names none
+    std::string file;  ///< as it is there; empty when the collection names none
     std::filesystem::path path;
 };
 
@@ -129,7 +129,7 @@ struct Document {
     std::vector<Member> members;
     std::vector<Element> strays; ///< DataSet and Block elements of a file that is no multi-block one
     std::optional<Element> appendedData;
-    std::optional<std::uint64_t> appendedBegin; ///< behind the `_`, where the encoding is known
+    std::optional<std::uint64_t> appendedBegin; ///< after the `_`, where the encoding is known
     bool isAppendedRaw = false;                 ///< else base64
     std::optional<Malformation> malformation;
     bool beginsAsMarkup = false; ///< with a `<`, after white space

@@ -177,7 +177,7 @@ private:
                            [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; });
     }
 
-    /// From here on entities may stand in text, and hold elements, which other readers would not see.
+    /// From here on entities may be in text, and hold elements, which other readers would not see.
     void endDocumentType() {
         checkDocumentType();
         XML_SetDefaultHandler(parser(), [](void* self, const char* text, int byteCount) {
@@ -329,13 +329,13 @@ private:
         return (isOfPoints ? piece.pointCount : piece.cellCount).value_or(0);
     }
 
-    /// An array's text ends at the first markup behind its tag.
+    /// An array's text ends at the first markup after its tag.
     void endText() {
         if (std::exchange(isInText_, false))
             arrays().back().end = std::max(arrays().back().begin, position().byte);
     }
 
-    /// A loader takes the first `_` behind AppendedData, which may be within markup.
+    /// A loader takes the first `_` after AppendedData, which may be within markup.
     void beginMarkup() {
         endText();
         if (document_.appendedData)
@@ -344,8 +344,8 @@ private:
 
     void beginAppendedData(Element element) {
         if (isInPiece_ || association_)
-            return stop("appended-data-place", "AppendedData stands within a Piece or its arrays, or these do not end "
-                                               "(accepted: behind all pieces)");
+            return stop("appended-data-place", "AppendedData is within a Piece or its arrays, or these do not end "
+                                               "(accepted: after all pieces)");
         const std::string* encoding = element.find("encoding");
         document_.isAppendedRaw = encoding && equalsIgnoringCase(*encoding, "raw");
         isEncodingKnown_ = document_.isAppendedRaw || (encoding && equalsIgnoringCase(*encoding, "base64"));
@@ -378,9 +378,9 @@ private:
         else if (!association_ && name == "Block")
             block_.clear();
         if (name == "AppendedData")
-            stop("appended-prefix", "the appended data lack the \"_\" that stands before them");
+            stop("appended-prefix", "the appended data lack the \"_\" that is before them");
         else if (depth_ == 0)
-            stop(); // what comes behind is nobody's business
+            stop(); // what comes after it is nobody's business
     }
 
     const Poll& poll_;

@@ -42,7 +42,7 @@ public:
 
     const std::shared_ptr<const std::string>& name() const { return name_; }
 
-    /// A load into a new dataset stands within the host's data-load bracket and is recorded; one with a strand adds to
+    /// A load into a new dataset is within the host's data-load bracket and is recorded; one with a strand adds to
     /// the current dataset and leaves both to whoever called it.
     bool load(const VtkFileLoaderInstructions& instructions, bool fromFileSelection) {
         const HostLock lock;

@@ -53,7 +53,7 @@ void parse(VtkFileXMLParser& parser) {
 }
 
 /// Adds a file's own field data to those that its collection gives it. They replace what has the same name, but not the
-/// time: there the collection's goes first, as it does for the solution time.
+/// time: there the collection's takes precedence, as it does for the solution time.
 void addTexts(std::vector<NameValuePair>& texts, const std::vector<NameValuePair>& own) {
     const std::size_t givenCount = texts.size();
     const auto isGiven = [&](const std::string& name) {

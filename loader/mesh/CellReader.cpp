@@ -31,7 +31,7 @@ std::int64_t difference(std::int64_t offset, std::int64_t previous) {
 
 constexpr std::size_t stride = 32;
 
-/// Whether the next cells, as many as a stride, are all of this kind. Another offset stands before the first.
+/// Whether the next cells, as many as a stride, are all of this kind. Another offset is before the first.
 bool areAlike(const VtkCell::Type* types, const std::int64_t* offsets, VtkCell::Type type, std::int64_t nodeCount) {
     const std::int64_t* previous = offsets - 1;
     unsigned differentTypes = 0;

@@ -25,7 +25,7 @@ public:
     /// For both arrays of a piece of `cellCount` cells. Throws IOException when either holds fewer values.
     CellReader(const FilePtr& file, const CellArrays& arrays, std::uint64_t cellCount);
 
-    /// Gives the runs of the next block of cells, the first of which may continue the block before; false behind the
+    /// Gives the runs of the next block of cells, the first of which may continue the block before; false after the
     /// last block. Throws what StreamReader::readValues throws.
     bool nextBlock(std::vector<CellRun>& runs);
 

@@ -43,7 +43,7 @@ public:
     }
 
     /// The array of just this name; null when there is none. One of another type is none that could be passed over. Of
-    /// several, one with as many components goes first.
+    /// several, one with as many components takes precedence.
     const DataArray* takeNamesake(const DataArray& array) {
         const auto found = exact_.find({array.valueLocation, *array.name});
         if (found == exact_.end())

@@ -11,7 +11,7 @@ namespace veltra::dataio {
 
 namespace {
 
-// Arrays are often short and lie one behind the other: the first block need not reach far beyond the first one's end.
+// Arrays are often short and lie one after the other: the first block need not reach far beyond the first one's end.
 constexpr std::size_t firstBlockByteCount = 0x1000;
 constexpr std::size_t blockByteCount = 0x10000;
 
@@ -64,7 +64,7 @@ std::size_t Base64InputStream::decode(std::span<std::uint8_t> dst) {
     }
 }
 
-/// Whether a byte follows; it stands in `ahead_` then.
+/// Whether a byte follows; it is in `ahead_` then.
 bool Base64InputStream::lookAhead() {
     if (aheadBegin_ == aheadEnd_) {
         aheadBegin_ = 0;
@@ -73,7 +73,7 @@ bool Base64InputStream::lookAhead() {
     return aheadBegin_ < aheadEnd_;
 }
 
-/// Reads the next block of text behind the characters of an incomplete group. False at the end of the stream below.
+/// Reads the next block of text after the characters of an incomplete group. False at the end of the stream below.
 bool Base64InputStream::fetchText() {
     const auto available = static_cast<std::uint64_t>(inner_->available());
     if (available == 0)

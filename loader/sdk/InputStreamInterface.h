@@ -23,14 +23,14 @@ public:
     InputStreamInterface& operator=(const InputStreamInterface&) = delete;
 
     /// Delivers exactly `byteCount` bytes into `dst`. Throws IOException when that many cannot be had: those that
-    /// could stand in `dst` then, and position() counts them.
+    /// could be in `dst` then, and position() counts them.
     virtual void read(std::uint8_t* dst, std::size_t byteCount) = 0;
 
     /// Passes over `byteCount` bytes, which a stream that knows no better way reads. Throws IOException when it ends
     /// before.
     virtual void skip(std::size_t byteCount);
 
-    /// Bytes that come next and stand in memory already or are put there now, for those who can do without a copy. They
+    /// Bytes that come next and are in memory already or are put there now, for those who can do without a copy. They
     /// are not consumed; skip() does that. There may be none although more can be read. Valid until the next call of
     /// another operation. Throws IOException like read().
     virtual std::span<const std::uint8_t> peek() { return {}; }

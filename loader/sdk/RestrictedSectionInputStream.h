@@ -4,7 +4,7 @@
 
 namespace veltra::dataio {
 
-/// The next `length` bytes of the stream below, counted from where that stands now. A read past the section's end
+/// The next `length` bytes of the stream below, counted from where that is now. A read past the section's end
 /// throws IOException and delivers what the section still holds.
 class RestrictedSectionInputStream : public InputStreamInterface {
 public:

@@ -17,7 +17,7 @@ public:
     TaskProgress& operator=(const TaskProgress&) = delete;
     virtual ~TaskProgress() = default;
 
-    /// Opens the next step as a task of one step, with a title that stands before its texts; without one, this task's
+    /// Opens the next step as a task of one step, with a title that is before its texts; without one, this task's
     /// does. The step is done when the returned object is destroyed, which must happen before this object's end and
     /// before another step is opened.
     virtual std::unique_ptr<TaskProgress> openSubTask(const std::string& title = {}) = 0;

@@ -46,7 +46,7 @@ void decodeRun(Text text, std::span<std::uint8_t> dst, Base64Result& result) {
 
 /// The next group with its blanks and padding.
 struct Group {
-    std::size_t end;       // behind its last character; where there is no whole group, at what stopped it
+    std::size_t end;       // after its last character; where there is no whole group, at what stopped it
     std::size_t byteCount; // 1 to 3, or 0 where there is no whole group
     std::uint32_t bits;    // its bytes in bits 23 to 0
 };

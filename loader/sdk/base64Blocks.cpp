@@ -17,7 +17,7 @@ constexpr std::size_t blockLength = 32;
 }
 
 [[gnu::target("avx2")]] std::size_t decodeWithAvx2(std::span<const std::uint8_t> text, std::span<std::uint8_t> dst) {
-    // A character of the alphabet shows a class by its upper half and may stand in it by its lower half:
+    // A character of the alphabet shows a class by its upper half and may be in it by its lower half:
     // 1 for + and /, 2 for digits, 4 for A to O and a to o, 8 for P to Z and p to z.
     const __m256i classes = table(0, 0, 1, 2, 4, 8, 4, 8, 0, 0, 0, 0, 0, 0, 0, 0);
     const __m256i members = table(10, 14, 14, 14, 14, 14, 14, 14, 14, 14, 12, 5, 4, 4, 4, 5);

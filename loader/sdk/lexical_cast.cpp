@@ -17,7 +17,7 @@ namespace veltra {
 
 namespace {
 
-/// Passes over a plus, which the standard conversion does not know; a second sign behind it is left to be refused.
+/// Passes over a plus, which the standard conversion does not know; a second sign after it is left to be refused.
 const char* withoutPlus(const char* begin, const char* end) {
     const bool hasPlus = end - begin > 1 && begin[0] == '+' && begin[1] != '-';
     return hasPlus ? begin + 1 : begin;

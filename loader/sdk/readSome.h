@@ -4,7 +4,7 @@
 
 namespace veltra::dataio {
 
-/// Reads up to `byteCount` bytes into `dst` and returns how many there were: fewer only where the stream failed behind
+/// Reads up to `byteCount` bytes into `dst` and returns how many there were: fewer only where the stream failed after
 /// them. Throws IOException when it fails before the first. What a reader-ahead wants: a failure counts when its place
 /// is asked for. [any thread]
 std::size_t readSome(InputStreamInterface& stream, std::uint8_t* dst, std::size_t byteCount);

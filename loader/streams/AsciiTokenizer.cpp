@@ -16,7 +16,7 @@ constexpr std::size_t bufferByteCount = AsciiTokenizer::tokenLimit;
 
 } // namespace
 
-/// Moves the text not yet taken to the front of the buffer and reads on behind it. False when the buffer is full or the
+/// Moves the text not yet taken to the front of the buffer and reads on after it. False when the buffer is full or the
 /// stream has no more.
 bool AsciiTokenizer::fill() {
     const auto available = static_cast<std::uint64_t>(stream_.available());

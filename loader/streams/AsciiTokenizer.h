@@ -15,7 +15,7 @@ namespace veltra::vtkfile {
 
 /// Takes numbers from the text of a stream, one token after the other.
 ///
-/// White space separates tokens, and so does a minus sign behind a digit, which begins the next one: "7-8" is 7 and -8,
+/// White space separates tokens, and so does a minus sign after a digit, which begins the next one: "7-8" is 7 and -8,
 /// "1.5e-3" is one number. The stream is read ahead.
 class AsciiTokenizer {
 public:
@@ -59,7 +59,7 @@ private:
     static bool isWhitespace(char character) { return character == ' ' || (character >= '\t' && character <= '\r'); }
     static bool isDigit(char character) { return character >= '0' && character <= '9'; }
 
-    /// Whether a token ends before `character`, which does not stand first in it.
+    /// Whether a token ends before `character`, which is not its first.
     static bool isSeparator(const char* character) {
         return isWhitespace(*character) || (*character == '-' && isDigit(character[-1]));
     }
@@ -102,7 +102,7 @@ private:
     std::unique_ptr<char[]> buffer_;
     std::size_t capacity_ = 0;
     const char* begin_ = "";   // the text not yet taken
-    const char* end_ = begin_; // a zero stands there, which is neither white space nor of a number
+    const char* end_ = begin_; // a zero is there, which is neither white space nor of a number
 };
 
 } // namespace veltra::vtkfile

@@ -44,7 +44,7 @@ struct BitReader {
         return taken;
     }
 
-    /// One behind the last byte of which a bit has been used.
+    /// One past the last byte of which a bit has been used.
     const std::uint8_t* end() const { return in + (std::countl_zero(bits) + 7) / 8; }
 };
 

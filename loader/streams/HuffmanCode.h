@@ -79,7 +79,7 @@ public:
 private:
     static constexpr unsigned longest = 15;
 
-    /// The next code of as many bits as `size` has values, first bit least significant; 0 behind the last.
+    /// The next code of as many bits as `size` has values, first bit least significant; 0 after the last.
     static std::size_t following(std::size_t code, std::size_t size) {
         const std::size_t highestZero = std::bit_floor(~code & (size - 1));
         return highestZero == 0 ? 0 : (code & (highestZero - 1)) | highestZero;

@@ -27,8 +27,8 @@ std::size_t Inflater::inflate(std::span<const std::uint8_t> compressed, std::spa
                                            room.size(), &byteCount) == LIBDEFLATE_SUCCESS;
     if (wasSound_)
         return byteCount;
-    // libdeflate says nothing of how far it came. zlib does, and what it leaves behind is what the loader always gave
-    // for damaged blocks; its result code therefore tells only of memory.
+    // libdeflate says nothing of how far it came. zlib does, and what it leaves behind is the result
+    // for a damaged block; its result code therefore tells only of memory.
     uLongf produced = room.size();
     if (uncompress(room.data(), &produced, compressed.data(), compressed.size()) == Z_MEM_ERROR)
         throw std::bad_alloc();

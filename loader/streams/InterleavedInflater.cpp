@@ -77,7 +77,7 @@ struct InterleavedInflater::Lane {
     void park();
     std::uint8_t* parkedOut() { return parking.data() + shortestPlainDistance; }
 
-    /// The position stands in variables of the caller's, which can be kept in registers.
+    /// The position is in variables of the caller's, which can be kept in registers.
     void takeLiteral(std::uint64_t& bits, std::uint8_t*& to) const;
     bool takeMatch(LiteralEntry next, std::uint64_t& bits, const std::uint8_t*& in, std::uint8_t*& to);
 

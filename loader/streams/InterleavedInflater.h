@@ -17,7 +17,7 @@ class InterleavedInflater {
 public:
     static constexpr std::size_t laneCount = 4;
 
-    /// Bytes that must be readable behind a stream, whatever they hold, and writable behind its room.
+    /// Bytes that must be readable after a stream, whatever they hold, and writable after its room.
     static constexpr std::size_t readSlack = 32;
     static constexpr std::size_t writeSlack = 320;
 
@@ -35,7 +35,7 @@ public:
 
     /// Inflates up to laneCount streams and returns how many of them, from the first on, have filled their room to the
     /// byte, with what zlib would have put there. The next one is damaged, gives another number of bytes, or is better
-    /// inflated by itself because most of its symbols are matches. Its room and those behind it hold anything.
+    /// inflated by itself because most of its symbols are matches. Its room and those after it hold anything.
     std::size_t inflate(std::span<const Stream> streams);
 
 private:

@@ -24,7 +24,7 @@ public:
     /// The last argument is not looked at. About a hundred times in a call the host is asked whether to go on.
     ///
     /// Throws IOException (short or undecodable data), bad_lexical_cast and bad_numeric_cast (ascii only) and
-    /// InterruptedException. The definition stands in loader/streams/readValues.h.
+    /// InterruptedException. The definition is in loader/streams/readValues.h.
     template <class Dst, class Src>
     void readValues(Dst* dst, std::size_t count, short numComponents, short component, short spare = 0);
 

@@ -24,11 +24,11 @@ enum class DamagedBlock {
 /// The inflated bytes of an array that is stored in zlib blocks.
 ///
 /// Blocks are inflated as they are read: a few at once where that is faster, others straight into the caller's buffer
-/// where a whole one fits. Where a damaged block that yields too little is passed over, the bytes of the blocks behind
+/// where a whole one fits. Where a damaged block that yields too little is passed over, the bytes of the blocks after
 /// it move up, and the missing bytes at the array's end are zero.
 class VtkZLibDataInputStream final : public dataio::InputStreamInterface {
 public:
-    /// `source` stands at the array's first header word. Reads the block table, inflates nothing. `valueCount` receives
+    /// `source` is at the array's first header word. Reads the block table, inflates nothing. `valueCount` receives
     /// the whole values that the inflated data hold. Throws IOException when the table or the blocks it announces do
     /// not fit what `source` can hold, or when the blocks cannot inflate to what the table claims.
     VtkZLibDataInputStream(dataio::InputStreamPtr source, const DataArray& array, std::uint64_t& valueCount,
@@ -64,7 +64,7 @@ private:
     std::unique_ptr<InterleavedInflater> interleavedInflater_;
     std::unique_ptr<std::uint8_t[]> fetched_; // compressed bytes from the next block on
     std::uint64_t fetchedSize_ = 0;
-    std::vector<std::uint8_t> inflated_; // where the bytes stand that are ready
+    std::vector<std::uint8_t> inflated_; // where the bytes are that are ready
     std::array<std::span<const std::uint8_t>, InterleavedInflater::laneCount> ready_; // not yet delivered, by blocks
 };
 

@@ -27,7 +27,7 @@ struct UnsignedOfSize<8> {
     using type = std::uint64_t;
 };
 
-/// The value whose bytes stand in the opposite order.
+/// The value whose bytes are in the opposite order.
 template <class T>
 T reverseBytes(T value) {
     if constexpr (sizeof(T) == 1) {

@@ -33,7 +33,7 @@ inline constexpr CodeLengths fixedCodeLengths = [] {
 }();
 
 /// Reads them from the header of a block that has codes of its own. False when the header is not one that zlib takes,
-/// or does not end before `inEnd`; up to sixteen bytes behind that may have been read.
+/// or does not end before `inEnd`; up to sixteen bytes after that may have been read.
 bool readCodeLengths(BitReader& reader, const std::uint8_t* inEnd, CodeLengths& lengths);
 
 } // namespace veltra::vtkfile

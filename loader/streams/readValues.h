@@ -38,7 +38,7 @@ public:
             readConverted(valueCount);
     }
 
-    /// Leaves the stream behind the last value consumed.
+    /// Leaves the stream after the last value consumed.
     void giveBack() {
         reader_.stream_->skip(readyByteCount_ - ready_.size());
         ready_ = {};

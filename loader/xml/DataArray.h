@@ -14,7 +14,7 @@
 
 namespace veltra::vtkfile {
 
-/// How the values of an array stand in the file.
+/// How an array's values are stored in the file.
 enum class DataArrayFormat : std::uint8_t {
     Ascii = 0,    ///< numbers as text between the tags
     Appended = 1, ///< in the file's AppendedData block
@@ -56,7 +56,7 @@ constexpr std::uint8_t elementByteCount(DataArrayType type) {
     return elementTypes[static_cast<std::size_t>(type)].byteCount;
 }
 
-/// One DataArray element: what its values are, and where and how they stand in the file. Holds no values.
+/// One DataArray element: what its values are, and where and how they are stored in the file. Holds no values.
 struct DataArray {
     std::shared_ptr<const boost::filesystem::path> file; ///< the file that holds the values
     std::shared_ptr<const std::string> name;             ///< empty when the file gives none

@@ -143,7 +143,7 @@ void VtkFileXMLParser::dispatch() {
 }
 
 void VtkFileXMLParser::parseHeader() {
-    // The presence of a title counts, not its text: zones and scripts of older sessions rely on the one-byte title.
+    // The presence of a title counts, not its text: the title is then one byte.
     if (xml_.hasAttribute("title"))
         header_.title = std::string(1, '\x01');
     else
@@ -264,7 +264,7 @@ void VtkFileXMLParser::locateData(DataArray& array, const ArrayParent& parent) {
         array.numberOfTuples = 0; // no piece says how many values there should be
 }
 
-/// Finds where an array's text stands; false when there is none.
+/// Finds where an array's text is; false when there is none.
 bool VtkFileXMLParser::locateInlineData(DataArray& array) {
     array.offset = xml_.position();
     if (xml_.isEmptyElement())
@@ -315,7 +315,7 @@ void VtkFileXMLParser::parseBlock() {
 }
 
 void VtkFileXMLParser::addReference(const std::string& reference) {
-    // Joining to an absolute path leaves that as it stands.
+    // Joining to an absolute path leaves that as it is.
     const boost::filesystem::path path(reference);
     referencedFiles_.push_back(
         std::make_shared<const boost::filesystem::path>(path.is_absolute() ? path : path_->parent_path() / path));

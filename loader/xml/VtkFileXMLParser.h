@@ -24,7 +24,7 @@ struct DataSetName {
 };
 
 /// Reads one VTK XML file into records: its header, its pieces with their arrays, its field data, and the files that a
-/// collection refers to. Reads no values: an array's record says where in the file they stand and how.
+/// collection refers to. Reads no values: an array's record says where in the file they are and how.
 ///
 /// One parser per file, on one thread.
 class VtkFileXMLParser {

@@ -38,7 +38,7 @@ std::size_t findNonWhitespace(Bytes bytes) {
     return static_cast<std::size_t>(std::find_if_not(bytes.begin(), bytes.end(), isBlank) - bytes.begin());
 }
 
-/// Markup that is no element and that nobody looks at. It ends at the first `>` behind `mark`s, so many at least.
+/// Markup that is no element and that nobody looks at. It ends at the first `>` after `mark`s, so many at least.
 struct Passage {
     std::string_view opening;
     char mark;
@@ -93,13 +93,13 @@ struct XMLParser::Impl {
     QXmlStreamReader reader;
     QXmlStreamReader::TokenType token = QXmlStreamReader::NoToken;
     QXmlStreamAttributes attributes; // of the current start element
-    std::uint64_t position = 0;      // in the stream, behind the last byte fed or passed over
+    std::uint64_t position = 0;      // in the stream, after the last byte fed or passed over
     bool lookAhead = false;          // `position` is one byte too far
     bool emptyElement = false;       // the last tag fed ended in "/>"
     bool declarationFed = false;
     bool rootBegun = false;
     bool hasDoctype = false;                           // which may give tags attributes that are not written there
-    std::uint64_t start = 0;                           // of the document, behind a byte-order mark
+    std::uint64_t start = 0;                           // of the document, after a byte-order mark
     std::optional<Utf8Check> utf8Check{std::in_place}; // none once the document is known to be in another encoding
     bool isMarked = false;                             // begins with the byte-order mark of UTF-8
     std::optional<std::string> contradiction;          // the encoding that it declares besides
@@ -153,7 +153,7 @@ struct XMLParser::Impl {
         return found;
     }
 
-    /// What stands there up to a `;`, or the beginning of it.
+    /// What is there up to a `;`, or the beginning of it.
     std::string takeReference() {
         constexpr std::size_t byteLimit = 100;
         const auto goesOn = [](char byte) { return byte != '<' && whitespace.find(byte) == whitespace.npos; };
@@ -199,7 +199,7 @@ struct XMLParser::Impl {
         while (passOverPassage());
     }
 
-    /// Passes over the passage that comes next. False when there is none; what was taken of a tag then stands in
+    /// Passes over the passage that comes next. False when there is none; what was taken of a tag then is in
     /// `pending`.
     bool passOverPassage() {
         const bool atStart = stream->position() == start;

@@ -20,7 +20,7 @@ void checkEncoding(std::span<const std::uint8_t> bytes);
 ///
 /// The XML reader inside is fed tag by tag. Text, comments, instructions and CDATA between tags are passed over in the
 /// stream's buffer and never reach it, wherever they are, so that memory does not grow with the text, and bytes that
-/// are not XML can stand where the caller expects them. Strings are UTF-8. One parser per file, on one thread.
+/// are not XML can be where the caller expects them. Strings are UTF-8. One parser per file, on one thread.
 class XMLParser {
 public:
     /// Alternative spellings of an attribute's name; the first that is present counts.
@@ -47,7 +47,7 @@ public:
     bool isStartElement() const;
     /// The name of the current element, as it is written.
     std::string elementName() const;
-    /// Whether the start element was written as an empty-element tag, so that nothing stands before its end.
+    /// Whether the start element was written as an empty-element tag, so that nothing is before its end.
     bool isEmptyElement() const;
 
     bool hasAttribute(std::string_view name) const { return hasAnyAttribute({name}); }
@@ -76,11 +76,11 @@ public:
     void skipWhitespace();
 
     /// Passes over the bytes through the first `byte`; false if the file ends before. A `<` begins the next tag. After
-    /// skipWhitespace(), position() is then that of `byte` itself, otherwise that of the byte behind it. Throws
+    /// skipWhitespace(), position() is then that of `byte` itself, otherwise that of the byte after it. Throws
     /// IOException as readNext() does.
     bool feedThrough(char byte);
 
-    /// Where the parser stands in the file, in bytes: after a tag, just behind its `>`.
+    /// Where the parser is in the file, in bytes: after a tag, just after its `>`.
     std::uint64_t position() const;
 
 private:

@@ -30,7 +30,7 @@ constexpr const char* loaderCodes[]{"load", "demand", ""};
 struct Row {
     std::string file;
     std::string codes; ///< with a blank between two
-    std::string place; ///< where this stands in the file for the first time, the finding is
+    std::string place; ///< where this is in the file for the first time, the finding is
     Loader loader = Loader::refuses;
 };
 
@@ -162,7 +162,7 @@ TEST(Check, GoesDeepIntoWhatALoaderPassesOver) {
     std::vector<double> odd(23, 1.0);
     odd[3] = nan, odd[7] = odd[8] = infinity;
     std::string damaged = zlib().text();
-    damaged[damaged.find('_', damaged.find("<AppendedData")) + 1 + 6 * 4] ^= 0x55; // behind the table of two blocks
+    damaged[damaged.find('_', damaged.find("<AppendedData")) + 1 + 6 * 4] ^= 0x55; // after the table of two blocks
     expectFindings(
         {{damaged, "damaged-block", pressure, Loader::passesOver},
          {zlib().headerWord("pressure", 2, 24), "wrong-block-size", pressure, Loader::failsOnDemand},

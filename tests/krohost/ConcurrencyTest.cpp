@@ -51,7 +51,7 @@ protected:
                                          Encoding{Format::AppendedBase64}}) {
             paths_.push_back(folder_ / (std::to_string(paths_.size()) + ".vtu"));
             versions_.push_back(twoVersions(encoding));
-            // Elsewhere the arrays of the other version begin at other places, and what stands there is any number.
+            // Elsewhere the arrays of the other version begin at other places, and what is there is any number.
             if (encoding.format != Format::AppendedRaw)
                 versions_.back()[1] = versions_.back()[0];
         }

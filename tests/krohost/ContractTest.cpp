@@ -18,7 +18,7 @@ KroBool registerP(std::int32_t zone, void* clientData = nullptr) {
         zone, 1, load, load, [](KroFieldData*) {}, clientData);
 }
 
-/// Writes behind the last value, or before the first.
+/// Writes after the last value, or before the first.
 template <bool behind>
 KroBool writeP(KroFieldData* p) {
     static_cast<float*>(KroUtilDataValueGetRawPtrByRef(p))[behind ? KroUtilDataValueGetCount(p) : -1] = 1;

@@ -110,7 +110,7 @@ TEST(Encodings, ValuesBehindThoseThatAreNeededArePassedOver) {
     VtuBuilder single = vtu().piece(singleCell(12)).values("connectivity", numbers(9));
     for (Encoding encoding : allEncodings()) {
         SCOPED_TRACE(encoding.name());
-        encoding.blockByteCount = 20; // of which those behind the needed values are not inflated
+        encoding.blockByteCount = 20; // of which those after the needed values are not inflated
         expectLoaded(several.encoding(encoding), mixed());
         expectLoaded(single.encoding(encoding), singleCell(12));
     }
@@ -130,7 +130,7 @@ TEST(Encodings, ADamagedBlockIsPassedOverAndWhatFollowsMovesUp) {
     for (std::uint32_t damaged = 0; damaged < words[4]; ++damaged) { // each byte of the second block in turn
         std::string damagedText = text;
         damagedText.at(firstBlock + words[3] + damaged) ^= 0x55;
-        // What zlib makes of each block, one behind the other, is what the host gets.
+        // What zlib makes of each block, one after the other, is what the host gets.
         std::string expected(4 * blockByteCount, '\0');
         std::size_t place = firstBlock, written = 0;
         for (std::size_t block = 3; block < words.size(); place += words[block++]) {

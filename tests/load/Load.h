@@ -40,7 +40,7 @@ public:
     std::int32_t variableNumber(const std::string& name) const;
     std::optional<std::vector<double>> values(const std::string& name);
     std::optional<std::vector<std::vector<std::int64_t>>> nodeMap() { return host.demandNodeMap(1); }
-    /// What stands in the storage of a variable, as bytes; nothing when the load fails.
+    /// What is in the storage of a variable, as bytes; nothing when the load fails.
     std::optional<std::string> bytes(std::int32_t variable);
 
     /// The texts of all dialogs, with a line between them.

@@ -1,4 +1,4 @@
-// Every way to write a file and every sample, cut behind each byte and with each byte changed: as they are opened, and
+// Every way to write a file and every sample, cut after each byte and with each byte changed: as they are opened, and
 // behind the back of a host that has opened them.
 
 #include "krohost/host/runtime/Host.h"

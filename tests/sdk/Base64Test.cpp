@@ -11,7 +11,7 @@ namespace {
 
 using namespace veltra::dataio;
 
-/// The bytes and where decoding stopped, from and to memory of just these sizes, or with more behind it.
+/// The bytes and where decoding stopped, from and to memory of just these sizes, or with more after it.
 std::pair<std::string, std::size_t> decode(const std::string& text, std::size_t room) {
     std::pair<std::string, std::size_t> decoded;
     for (const std::size_t more : {16, 0}) {

@@ -50,7 +50,7 @@ Delivery readOnce(Stream&& stream, std::size_t byteCount) {
     return delivery;
 }
 
-/// What a stream shows of its next bytes, passed over behind the look.
+/// What a stream shows of its next bytes, passed over after the look.
 inline std::string peekAndSkip(veltra::dataio::InputStreamInterface& stream, std::size_t largest) {
     const auto shown = stream.peek();
     const auto bytes = shown.first(std::min(largest, shown.size()));

@@ -34,7 +34,7 @@ std::string componentBytes(const Array& array, std::size_t component) {
     });
 }
 
-/// Adds every component of every array, one piece's values behind the other's.
+/// Adds every component of every array, one piece's values after the other's.
 void addVariables(ExpectedZone& zone, const std::vector<std::vector<Array>>& arraysOfPieces, bool nodal) {
     for (std::size_t index = 0; index < arraysOfPieces.front().size(); ++index) {
         const Array& first = arraysOfPieces.front()[index];

@@ -40,7 +40,7 @@ public:
     VtuBuilder& header64() { return set(encoding_.header64, true); }
     VtuBuilder& version(FileVersion version) { return set(version_, version); }
 
-    /// Gives an attribute this text as it stands (a new attribute when there is none), or leaves it out. `element` is
+    /// Gives an attribute this text as it is (a new attribute when there is none), or leaves it out. `element` is
     /// an element's name or, for a DataArray, the array's ("Points" for that of the coordinates); all such elements
     /// change.
     VtuBuilder& attribute(const std::string& element, const std::string& name, std::optional<std::string> text) {

@@ -56,7 +56,7 @@ std::string valueBytes(T value, bool bigEndian) {
 /// The array's values as decimal text that reads back to the same values.
 std::string asciiText(const Array& array);
 
-/// The array as it stands in a file with a binary encoding: header words, then values or blocks, as text where the
+/// The array as it is in a file with a binary encoding: header words, then values or blocks, as text where the
 /// encoding is base64.
 std::string encodedArray(const Array& array, const Encoding& encoding, const HeaderWords& replacedWords = {});
 

@@ -20,7 +20,7 @@ using veltra::vtkfile::InterleavedInflater;
 using Data = std::vector<std::uint8_t>;
 
 /// Inflates the streams to so many bytes each and returns those that it says are done. There is the slack it asks for
-/// and no byte more; behind each stream stand the bytes `behind`, as far as they fit.
+/// and no byte more; behind each stream are the bytes `behind`, as far as they fit.
 std::vector<Data> inflated(InterleavedInflater& inflater, std::vector<Data> streams, std::size_t byteCount,
                            const Data& behind = {}) {
     std::vector<Data> rooms(streams.size(), Data(byteCount + InterleavedInflater::writeSlack));
@@ -47,7 +47,7 @@ Data smoothFloats(std::size_t byteCount) {
 }
 
 /// Bytes each half as frequent as the one before, whose codes are as long as codes get, and some that repeat what
-/// stands from one to a few hundred bytes before.
+/// is from one to a few hundred bytes before.
 Data skewedBytes(std::size_t byteCount) {
     std::mt19937 random(7);
     Data bytes;

@@ -138,7 +138,7 @@ void writeNpy(OutputStream& output, const PrintedPart& part) {
     const std::string columns = part.target.variable == 0 ? fmt::format(" {}", part.rowLength) : std::string{};
     const std::string header = fmt::format("{{'descr': '{}', 'fortran_order': False, 'shape': ({},{}), }}", type,
                                            part.end - part.begin, columns);
-    const std::size_t length = (10 + header.size() + 1 + 63) / 64 * 64 - 10; // behind the ten bytes that tell it
+    const std::size_t length = (10 + header.size() + 1 + 63) / 64 * 64 - 10; // after the ten bytes that tell it
     output.buffer().append(std::string_view{"\x93NUMPY\1\0", 8});
     output.buffer().push_back(static_cast<char>(length & 0xFF));
     output.buffer().push_back(static_cast<char>(length >> 8));

@@ -45,7 +45,7 @@ void requireReadable(const std::vector<std::string>& files) {
             throw Failure(fmt::format("The file \"{}\" cannot be opened: {}", file, reason), Exit_FileNotOpened);
 }
 
-/// What the user says goes before what a collection says; a file without a time among others has 0.
+/// What the user says takes precedence over what a collection says; a file without a time among others has 0.
 std::vector<double> times(const InputOptions& options, const std::vector<SeriesFile>& files) {
     const bool hasTimes =
         std::any_of(files.begin(), files.end(), [](const SeriesFile& file) { return file.time.has_value(); });

@@ -30,7 +30,7 @@ std::string nameOf(const Zone& zone) {
     return fmt::format("zone {} {}", zone.number, krohost::quoted(zone.name));
 }
 
-/// A name goes before a number.
+/// A name takes precedence over a number.
 const Zone& findZone(const Dataset& dataset, const std::string& wanted) {
     const auto fits = [&](const Zone& zone) { return wanted.empty() || zone.name == wanted; };
     const auto count = std::count_if(dataset.zones.begin(), dataset.zones.end(), fits);

@@ -9,7 +9,7 @@ namespace krohost::cli {
 
 /// What completions are made from. The first command is the one that a command line without any means.
 struct CompletionModel {
-    CommandModel tool; ///< what may stand in place of a command
+    CommandModel tool; ///< what may be in place of a command
     std::vector<CommandModel> commands;
     std::vector<std::string> extensions; ///< of data files, without the dot; none: all files are
 };

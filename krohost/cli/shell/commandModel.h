@@ -10,7 +10,7 @@ class App;
 
 namespace krohost::cli {
 
-/// What is typed behind an option or in place of a positional argument.
+/// What is typed after an option or in place of a positional argument.
 enum class ValueKind {
     none, ///< it is a flag
     text,

@@ -39,7 +39,7 @@ constexpr const char* end = R"(.SH ENVIRONMENT
 .B KROHOST_ADDON_PATH
 Files and folders, separated by colons, in which to look for the add\-on, instead of the places below.
 .B \-\-addon
-goes before it.
+takes precedence.
 .TP
 .B NO_COLOR
 Set to anything, keeps colours away unless
@@ -96,7 +96,7 @@ std::string optionText(const OptionModel& option) {
         text += (option.names.empty() ? "\\fI" : " \\fI") + escaped(option.valueName) + "\\fR";
     text += '\n' + escaped(option.description) + '\n';
     if (option.kind != ValueKind::choice || option.valueName.find('|') != std::string::npos)
-        return text; // the choices, if any, stand in place of the value
+        return text; // the choices, if any, are in place of the value
     text += "(one of";
     for (const std::string& choice : option.choices)
         text += (choice == option.choices.front() ? " \\fB" : ", \\fB") + escaped(choice) + "\\fR";

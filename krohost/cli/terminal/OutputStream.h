@@ -29,7 +29,7 @@ public:
         if (buffer_.size() >= 65536)
             writeBuffer();
     }
-    /// Writes bytes behind the text so far, without copying them.
+    /// Writes bytes after the text so far, without copying them.
     void write(std::span<const std::byte> bytes);
     /// Writes what is left; without this a file is not there. Nothing may follow.
     void finish();

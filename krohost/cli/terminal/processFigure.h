@@ -5,7 +5,7 @@
 
 namespace krohost::cli {
 
-/// The number behind `key` in a file of the process's own folder of /proc; 0 where there is none.
+/// The number after `key` in a file of the process's own folder of /proc; 0 where there is none.
 std::int64_t processFigure(const char* file, const std::string& key);
 
 /// Bytes that the process has read from files of all kinds.

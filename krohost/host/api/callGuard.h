@@ -15,7 +15,7 @@ namespace krohost {
 /// The result of a function without result.
 struct Nothing {};
 
-/// Results as they stand in the journal, without addresses.
+/// Results as they are in the journal, without addresses.
 std::string resultText(Nothing);
 std::string resultText(std::int64_t number);
 std::string resultText(const char* text);

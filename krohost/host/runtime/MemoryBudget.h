@@ -24,7 +24,7 @@ public:
 
     /// Begins a use of the data by the calling thread, unless refused; they stay as they are until it ends. While other
     /// threads use what fills the budget, waits for them; but never when the calling thread uses data itself, so that
-    /// no two threads wait for each other. Kept data stay loaded behind their last use, as long as there is room.
+    /// no two threads wait for each other. Kept data stay loaded after their last use, as long as there is room.
     Answer begin(Deferred& data, std::uint64_t byteCount, bool isKept, Journal& journal);
     /// Ends a use, on the thread that began it. Behind the last one, unloads data that are not kept.
     void end(Deferred& data, Journal& journal) noexcept;
