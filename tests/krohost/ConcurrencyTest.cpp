@@ -121,9 +121,9 @@ TEST_F(Concurrency, FilesThatChangeUnderneathGiveWhatIsRightOrADialog) {
 
 TEST_F(Concurrency, AnInterruptStopsEveryDemandAtItsNextPoll) {
     for (const std::int64_t poll : {1, 2, 3, 5, 8, 100}) {
-        host_.interruptAtPoll(poll);
+        host_.injection().interruptAtPoll(poll);
         EXPECT_GT(demandAll(), 0);
-        EXPECT_LT(host_.pollCount(), poll + threadCount);
+        EXPECT_LT(host_.injection().pollCount(), poll + threadCount);
         host_.clearInterrupt();
         EXPECT_EQ(demandAll(), 0);
     }

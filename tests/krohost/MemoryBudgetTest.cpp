@@ -20,7 +20,7 @@ std::string unloadedBy(std::uint64_t byteBudget, const std::vector<Target>& targ
         box.unloadP = [](KroFieldData*) { return KroBool{0}; };
     EXPECT_TRUE(box.load());
     std::string unloaded;
-    box.host.clearJournalLines();
+    box.host.injection().clearJournal();
     for (const Target target : targets)
         unloaded += box.host.load(target) ? "" : "refused ";
     for (const std::string& line : box.host.journal().lines())

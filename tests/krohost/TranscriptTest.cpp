@@ -32,7 +32,7 @@ protected:
         for (const std::string& line : host.journal().lines())
             if (!line.starts_with("KroUtilProgressUpdate("))
                 text += line + "\n";
-        host.clearJournalLines();
+        host.injection().clearJournal();
         EXPECT_EQ(text, test::readFile(std::filesystem::path(TRANSCRIPTS) / (name + ".txt")));
     }
 
@@ -53,20 +53,20 @@ TEST_F(Transcript, OfPickedFiles) {
 }
 
 TEST_F(Transcript, OfAReplay) {
-    host.clearJournalLines();
+    host.injection().clearJournal();
     EXPECT_TRUE(replay({"SolutionTimeSource", "none", "filename_file", "cube.vtu", "SOLUTION_TIMES", "1", "2.5"}));
     expectTranscript("replay");
 }
 
 TEST_F(Transcript, OfAnAppend) {
     EXPECT_TRUE(host.loadFiles({"cube.vtu"}));
-    host.clearJournalLines();
+    host.injection().clearJournal();
     EXPECT_TRUE(replay({"FILENAME_FILE", "cube.vtu", "STRAND_ID", "3"}));
     expectTranscript("append");
 }
 
 TEST_F(Transcript, OfAFailureHalfWayAfterWhichAllIsAsBefore) {
-    host.clearJournalLines();
+    host.injection().clearJournal();
     EXPECT_FALSE(host.loadFiles({"cube.vtu", "cube.vtu", "broken.vtu", "cube.vtu"}));
     expectTranscript("failure");
     EXPECT_EQ(host.stoppedAt(), "broken.vtu: Parsing XML file...");
@@ -74,7 +74,7 @@ TEST_F(Transcript, OfAFailureHalfWayAfterWhichAllIsAsBefore) {
     EXPECT_TRUE(host.loadFiles({"cube.vtu"}));
     EXPECT_EQ(host.stoppedAt(), std::nullopt);
     EXPECT_FALSE(replay({"FILENAME_FILE", "broken.vtu", "STRAND_ID", "3"}));
-    host.refuse("KroUtilVarGetName", 2);
+    host.injection().refuse("KroUtilVarGetName", 2);
     EXPECT_FALSE(replay({"FILENAME_FILE", "cube.vtu", "STRAND_ID", "3"}));
     EXPECT_EQ(host.dataset().zones.size(), 1);
     EXPECT_EQ(host.dataset().instructions->strings.back(), "cube.vtu");

@@ -66,7 +66,7 @@ TEST(Equalities, OfLoadsWithLittleMemoryInManyThreadsAndAfterInterrupts) {
             plain = checksums(load.host);
             byteBudget = largestByteCount(load.host.dataset());
             for (const std::int64_t poll : {1, 2}) {
-                load.host.interruptAtPoll(poll);
+                load.host.injection().interruptAtPoll(poll);
                 EXPECT_FALSE(load.host.demandAll().back().isLoaded);
                 load.host.clearInterrupt();
                 EXPECT_EQ(checksums(load.host), plain);

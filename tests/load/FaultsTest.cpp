@@ -203,8 +203,16 @@ TEST_F(Faults, InterruptsAreSilentExceptInNodeMaps) {
         return isInterrupted;
     };
     sweepAll(scenarios_,
-             {{"poll", &Host::interruptAtPoll, fires, {unknown}, true},
-              {"progress update", &Host::interruptAtProgressUpdate, fires, {}, true}},
+             {{"poll",
+               [](Host& host, std::int64_t number) { host.injection().interruptAtPoll(number); },
+               fires,
+               {unknown},
+               true},
+              {"progress update",
+               [](Host& host, std::int64_t number) { host.injection().interruptAtProgressUpdate(number); },
+               fires,
+               {},
+               true}},
              stride);
 }
 
@@ -231,10 +239,11 @@ TEST_F(Faults, RefusedCallsAreToldOrTheHostsOwnAffair) {
     for (const auto& [name, caller, refusal] : krohost::entries) {
         if (refusal == krohost::Refusal::impossible)
             continue;
-        injections.push_back({std::string(name),
-                              [name = name](Host& host, std::int64_t number) { host.refuse(name, number); },
-                              [name = name](Host& host, std::int64_t number) { return host.callCount(name) >= number; },
-                              dialogs, name == "KroUtilProgressUpdate"});
+        injections.push_back(
+            {std::string(name),
+             [name = name](Host& host, std::int64_t number) { host.injection().refuse(name, number); },
+             [name = name](Host& host, std::int64_t number) { return host.injection().callCount(name) >= number; },
+             dialogs, name == "KroUtilProgressUpdate"});
         injections.back().dialogs.push_back(std::string(name) + ": the host was told to refuse this call");
     }
     sweepAll(scenarios_, injections);

@@ -42,7 +42,7 @@ TEST(HostCalls, ThatAreRefusedFailAllButRemarksWithTheseDialogs) {
         {"KroUtilImportSetLoaderInstr", 1, ""},
         {"KroUtilDataLoadFinishX", 1, ""}};
     for (const auto& [name, call, dialog] : rows) {
-        Load load{file, {}, [name = name, call = call](Host& host) { host.refuse(name, call); }};
+        Load load{file, {}, [name = name, call = call](Host& host) { host.injection().refuse(name, call); }};
         EXPECT_EQ(load.dialog(), dialog) << name;
         EXPECT_EQ(load.loaded(), name == "KroUtilImportAddLoaderX" || name == "KroUtilZoneSetAuxData") << name;
     }
@@ -51,16 +51,16 @@ TEST(HostCalls, ThatAreRefusedFailAllButRemarksWithTheseDialogs) {
 TEST(Interrupt, EndsAValueDemandInSilenceAndANodeMapDemandWithADialog) {
     for (const MeshPiece& piece : {mixed(), singleCell(12)}) {
         Load load{vtu().piece(piece).appendedRaw().compressed()};
-        load.host.interruptAtPoll(1);
+        load.host.injection().interruptAtPoll(1);
         EXPECT_FALSE(load.values("Y"));
         EXPECT_EQ(load.dialog(), "");
         load.host.clearInterrupt();
-        load.host.interruptAtPoll(2);
+        load.host.injection().interruptAtPoll(2);
         EXPECT_FALSE(load.nodeMap());
         EXPECT_EQ(load.dialog(), "VTK Data Loader: An unknown error occurred while reading data from the VTK file");
         load.host.clearInterrupt();
         EXPECT_TRUE(std::ranges::all_of(load.host.demandAll(), &krohost::DemandResult::isLoaded));
-        load.host.interruptAtPoll(1);
+        load.host.injection().interruptAtPoll(1);
         EXPECT_FALSE(load.loadAgain());
         EXPECT_EQ(load.host.dialogs().size(), 1);
     }

@@ -35,7 +35,7 @@ TEST(ReadValues, PollsBetweenValuesAtFixedPlaces) {
                 source += binary ? "\1" : "1 ";
             const std::size_t step = total < 100 ? 2 : total / 100 + 1;
             for (std::size_t poll = 1; (poll - 1) * step <= total; ++poll) { // the last is not come to
-                host.interruptAtPoll(static_cast<std::int64_t>(poll));
+                host.injection().interruptAtPoll(static_cast<std::int64_t>(poll));
                 std::vector<std::uint8_t> values(total);
                 bool isInterrupted = false;
                 try {

@@ -167,16 +167,6 @@ std::vector<DemandResult> Host::demand(std::span<const Target> targets, const De
 const Journal& Host::journal() const {
     return state_->journal;
 }
-void Host::clearJournalLines() {
-    state_->journal.clearEvents();
-}
-std::int64_t Host::callCount(std::string_view functionName) const {
-    return state_->gate.callCount(functionName);
-}
-void Host::refuse(std::string_view functionName, std::int64_t callNumber) {
-    state_->gate.refuse(functionName, callNumber);
-}
-
 void Host::requestInterrupt() noexcept {
     interrupt.request();
 }
@@ -188,16 +178,6 @@ void Host::clearInterrupt() {
     interrupt.reset();
     if (journal().isOn())
         interrupt.countPolls();
-}
-
-void Host::interruptAtPoll(std::int64_t pollNumber) {
-    interrupt.requestAtPoll(pollNumber);
-}
-void Host::interruptAtProgressUpdate(std::int64_t updateNumber) {
-    interrupt.requestAtProgressUpdate(updateNumber);
-}
-std::int64_t Host::pollCount() const {
-    return interrupt.pollCount();
 }
 
 void Host::shutDown() {

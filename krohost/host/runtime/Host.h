@@ -6,6 +6,7 @@
 #include "krohost/host/runtime/Demand.h"
 #include "krohost/host/runtime/Hold.h"
 #include "krohost/host/runtime/HostOptions.h"
+#include "krohost/host/runtime/Injection.h"
 #include "krohost/host/runtime/Loader.h"
 
 #include <cstdint>
@@ -16,7 +17,6 @@
 #include <span>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace krohost {
@@ -86,30 +86,20 @@ public:
     std::optional<std::vector<std::vector<std::int64_t>>> demandNodeMap(std::int32_t zone);
     /// Serves everything that the dataset has, from several threads; see krohost::demand.
     std::vector<DemandResult> demandAll(const DemandOptions& options = {});
-    /// The same for these targets; every one must exist (std::out_of_range) and stand there once.
+    /// The same for these targets; every one must exist (std::out_of_range) and be there once.
     std::vector<DemandResult> demand(std::span<const Target> targets, const DemandOptions& options);
 
     const Journal& journal() const;
-    /// Forgets the lines written so far.
-    void clearJournalLines();
     const std::vector<Dialog>& dialogs() const { return journal().dialogs(); }
     const std::vector<std::string>& violations() const { return journal().violations(); }
-    std::int64_t callCount(std::string_view functionName) const;
-
-    /// Lets the n-th call from now (from 1) of a function fail the way its contract allows. Throws
-    /// std::invalid_argument when that cannot be and std::out_of_range for an unknown function.
-    void refuse(std::string_view functionName, std::int64_t callNumber = 1);
 
     /// Asks the current operation to stop, until clearInterrupt. [any thread, signal handler]
     static void requestInterrupt() noexcept;
     static bool isInterrupted() noexcept;
     /// Forgets the request, what was armed and what was counted.
     void clearInterrupt();
-    /// Requests an interrupt at the n-th poll or progress update since the start or the last clearInterrupt (from 1).
-    void interruptAtPoll(std::int64_t pollNumber);
-    void interruptAtProgressUpdate(std::int64_t updateNumber);
-    /// Polls counted; they are when the journal is on or a poll is armed.
-    std::int64_t pollCount() const;
+    /// Faults and counts for tests.
+    Injection injection() { return Injection{*state_}; }
 
     /// Tells add-ons of the end and cleans up everything, so that violations() is complete; dataset() is empty then.
     /// Only the first call does anything, and no load or demand may follow. Throws std::bad_alloc when there was no
