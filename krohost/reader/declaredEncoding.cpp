@@ -97,4 +97,13 @@ void takeMoreEncodings(XML_ParserStruct* parser) {
     XML_SetUnknownEncodingHandler(parser, take, nullptr);
 }
 
+bool isAscii(const Element& element) {
+    const auto isOne = [](const std::string& text) {
+        return std::all_of(text.begin(), text.end(), [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+    };
+    return isOne(element.name) &&
+           std::all_of(element.attributes.begin(), element.attributes.end(),
+                       [&](const Attribute& attribute) { return isOne(attribute.name) && isOne(attribute.value); });
+}
+
 } // namespace krohost::reader

@@ -1,5 +1,6 @@
 #include "krohost/reader/Document.h"
 
+#include "krohost/reader/SkippedText.h"
 #include "krohost/reader/TagFilter.h"
 #include "krohost/reader/XmlEvents.h"
 #include "krohost/reader/declaredEncoding.h"
@@ -25,6 +26,10 @@ constexpr std::uint64_t heldBackLimit = 8 << 20;
 
 /// Stands between namespace and name in what the XML library calls an element.
 constexpr char namespaceEnd = '\n';
+
+bool isUtf16(std::string_view bytes) {
+    return bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
+}
 
 /// Follows the events of the XML library and writes down what the records want.
 class Reader : private XmlEvents {
@@ -89,17 +94,25 @@ private:
             const std::size_t markCount = isFirst && isMarked_ ? mark.size() : 0;
             const std::size_t settled =
                 markCount + filter_.filter(std::span{block}.subspan(markCount, count - markCount), isLast);
-            if (!parse(std::span{block}.first(settled), isLast))
+            const std::string_view bytes{block.data(), settled};
+            if (!isLast && filter_.isAllText() && !document_.appendedData && skipped_.takes(bytes)) {
+                skipped_.add(bytes, XmlEvents::position());
+                continue;
+            }
+            skipped_.pass(bytes);
+            if (!parse(bytes, isLast))
                 return fail();
             if (isLast)
                 return;
             fedCount += settled;
             keptCount = count - settled;
             std::copy_n(block.begin() + static_cast<std::ptrdiff_t>(settled), keptCount, block.begin());
-            if (fedCount - position().byte > heldBackLimit)
+            if (fedCount - XmlEvents::position().byte > heldBackLimit)
                 return stop("markup-too-long", fmt::format("markup is longer than {} bytes", heldBackLimit));
         }
     }
+
+    Position position() const { return skipped_.inFile(XmlEvents::position()); }
 
     static constexpr std::string_view mark = "\xEF\xBB\xBF"; // of UTF-8
 
@@ -109,10 +122,6 @@ private:
         bytes.remove_prefix(isMarked_ ? mark.size() : 0);
         const std::size_t first = bytes.find_first_not_of(" \t\n\v\f\r");
         document_.beginsAsMarkup = first != bytes.npos && bytes[first] == '<';
-    }
-
-    static bool isUtf16(std::string_view bytes) {
-        return bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF");
     }
 
     void fail() {
@@ -151,7 +160,7 @@ private:
             element.attributes.push_back({attributes[0], attributes[1]});
             valueByteCount += element.attributes.back().value.size();
         }
-        if (declaredEncoding_ && isForeign(element))
+        if (declaredEncoding_ && !isAscii(element))
             return stop("encoding", fmt::format("the document begins with the byte-order mark of UTF-8 and declares "
                                                 "the encoding \"{}\", so that this tag can be read in two ways "
                                                 "(accepted: the mark or that encoding)",
@@ -166,15 +175,6 @@ private:
             stop("xml", fmt::format("XML {} is not read (accepted: 1.0)", beginning(version, 80)));
         if (isMarked_ && encoding && !equalsIgnoringCase(encoding, "UTF-8") && !equalsIgnoringCase(encoding, "UTF8"))
             declaredEncoding_ = beginning(encoding, 80);
-    }
-
-    /// Whether a tag has other characters than those of ASCII.
-    static bool isForeign(const Element& element) {
-        std::string text = element.name;
-        for (const Attribute& attribute : element.attributes)
-            text += attribute.name + attribute.value;
-        return std::any_of(text.begin(), text.end(),
-                           [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; });
     }
 
     /// From here on entities may be in text, and hold elements, which other readers would not see.
@@ -385,6 +385,7 @@ private:
 
     const Poll& poll_;
     TagFilter filter_;
+    SkippedText skipped_;
     Document document_;
     std::optional<Association> association_;
     std::string block_;
