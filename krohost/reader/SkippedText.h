@@ -20,13 +20,15 @@ public:
     /// `end` is where the library's bytes end.
     void add(std::string_view text, const Position& end) {
         const auto byteCount = static_cast<std::int64_t>(text.size());
-        const std::size_t lineEnd = text.rfind('\n');
         byteCount_ += text.size();
-        lineCount_ += static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '\n'));
-        if (lineEnd != text.npos)
-            columnShift_ = byteCount - static_cast<std::int64_t>(lineEnd) - static_cast<std::int64_t>(end.column);
-        else
+        if (const std::size_t firstEnd = text.find('\n'); firstEnd == text.npos) {
             columnShift_ = (end.line == line_ ? columnShift_ : 0) + byteCount;
+        } else {
+            lineCount_ += static_cast<std::uint64_t>(
+                std::count(text.begin() + static_cast<std::ptrdiff_t>(firstEnd), text.end(), '\n'));
+            columnShift_ =
+                byteCount - static_cast<std::int64_t>(text.rfind('\n')) - static_cast<std::int64_t>(end.column);
+        }
         line_ = end.line;
     }
 

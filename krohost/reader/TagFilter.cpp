@@ -25,7 +25,6 @@ bool isDeclaration(std::string_view text) {
 
 std::size_t TagFilter::filter(std::span<char> bytes, bool isLast) {
     std::size_t next = 0;
-    isAllText_ = hasRoot_ && state_ == State::text && std::find(bytes.begin(), bytes.end(), '<') == bytes.end();
     while (next < bytes.size()) {
         if (state_ == State::tag)
             next = passTag(bytes, next);

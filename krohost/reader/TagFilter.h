@@ -16,8 +16,10 @@ public:
     /// come again with what follows them.
     std::size_t filter(std::span<char> bytes, bool isLast);
 
-    /// Whether the bytes taken last were nothing but text within the root element.
-    bool isAllText() const { return isAllText_; }
+    /// Whether the next bytes are nothing but text within the root element, so that these need not be taken.
+    bool isText(std::string_view bytes) const {
+        return hasRoot_ && state_ == State::text && bytes.find('<') == bytes.npos;
+    }
 
 private:
     enum class State { text, tag, passage, through };
@@ -32,7 +34,6 @@ private:
 
     State state_ = State::text;
     bool isAtStart_ = true;
-    bool isAllText_ = false;
     bool hasRoot_ = false;
     char quote_ = 0; // within which a tag is
     char mark_ = 0;  // of which some are before the `>` that ends a passage

@@ -87,20 +87,20 @@ private:
             stream.read(block.data() + keptCount, static_cast<std::streamsize>(block.size() - keptCount));
             const std::size_t count = keptCount + static_cast<std::size_t>(stream.gcount());
             const bool isLast = count < block.size();
-            if (isFirst && isUtf16({block.data(), count}))
+            const std::string_view bytes{block.data(), count};
+            if (isFirst && isUtf16(bytes))
                 return stop("utf-16", "the file is in UTF-16 (accepted: UTF-8)");
             if (isFirst)
-                look({block.data(), count});
-            const std::size_t markCount = isFirst && isMarked_ ? mark.size() : 0;
-            const std::size_t settled =
-                markCount + filter_.filter(std::span{block}.subspan(markCount, count - markCount), isLast);
-            const std::string_view bytes{block.data(), settled};
-            if (!isLast && filter_.isAllText() && !document_.appendedData && skipped_.takes(bytes)) {
+                look(bytes);
+            if (!isLast && filter_.isText(bytes) && !document_.appendedData && skipped_.takes(bytes)) {
                 skipped_.add(bytes, XmlEvents::position());
                 continue;
             }
-            skipped_.pass(bytes);
-            if (!parse(bytes, isLast))
+            const std::size_t markCount = isFirst && isMarked_ ? mark.size() : 0;
+            const std::size_t settled =
+                markCount + filter_.filter(std::span{block}.subspan(markCount, count - markCount), isLast);
+            skipped_.pass(bytes.substr(0, settled));
+            if (!parse(bytes.substr(0, settled), isLast))
                 return fail();
             if (isLast)
                 return;

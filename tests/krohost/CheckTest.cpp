@@ -119,6 +119,8 @@ TEST(Check, ExplainsWhatALoaderRefusesAndWhere) {
          {with("VTKFile", "header_type", "UInt16"), "header-type", "<VTKFile"},
          {with("pressure", "format", "hex"), "array-format", pressure},
          {with("pressure", "type", "float32"), "array-type", "<DataArray Name=\"pressure\""},
+         {with("types", "format", "hex").inlineText("pressure", repeated("1\n 2", 60'000)), "array-format", types},
+         {with("types", "format", "hex").inlineText("pressure", repeated("1 ", 99'999)), "array-format", types},
          {with("Piece", "NumberOfPoints", "abc"), "number", "<Piece"},
          {with("pressure", "NumberOfComponents", "32768"), "number", pressure},
          {sound().appendedRaw().attribute("AppendedData", "encoding", "zip"), "appended-encoding", "<AppendedData"},
