@@ -1,5 +1,6 @@
 #include "tests/krohost/runKrohost.h"
 #include "tests/support/sound.h"
+#include "tests/support/text.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -12,6 +13,7 @@ namespace {
 using namespace std::string_literals;
 using nlohmann::json;
 using test::ElementType;
+using test::repeated;
 using test::sound;
 using test::vtu;
 using test::VtuBuilder;
