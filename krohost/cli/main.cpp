@@ -71,8 +71,8 @@ int exitCodeAfter(int exitCode) {
 /// which took a fifteenth of a load of many small pieces; from 4 MiB on, where memory is to go back, it has its own
 /// mapping.
 void keepFreedMemory() {
-    mallopt(M_MMAP_THRESHOLD, 4 << 20);
-    mallopt(M_TRIM_THRESHOLD, 64 << 20);
+    mallopt(M_MMAP_THRESHOLD, 4 << 20);  // NOLINT(concurrency-mt-unsafe): there are no threads yet
+    mallopt(M_TRIM_THRESHOLD, 64 << 20); // NOLINT(concurrency-mt-unsafe)
 }
 
 } // namespace
