@@ -78,12 +78,17 @@ public:
     OutputOptions output;
 };
 
+/// Makes a command, which adds its options.
+template <class Kind>
+std::unique_ptr<Command> makeCommand(CLI::App& app) {
+    return std::make_unique<Kind>(app);
+}
+
 /// A row of the table of commands.
 struct CommandEntry {
     const char* name;
     const char* summary;
     const char* examples; ///< command lines that work, each with what it does
-    /// Makes the command and adds its options.
     std::unique_ptr<Command> (*make)(CLI::App& app);
 };
 

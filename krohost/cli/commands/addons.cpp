@@ -60,10 +60,9 @@ public:
 
 } // namespace
 
-const CommandEntry addOnsCommand{
-    "addons", "Show the add-on and the loaders that it brings",
-    "  krohost addons                            which files can be loaded\n"
-    "  krohost addons --json\n",
-    [](CLI::App& app) -> std::unique_ptr<Command> { return std::make_unique<AddOns>(app); }};
+const CommandEntry addOnsCommand{"addons", "Show the add-on and the loaders that it brings",
+                                 "  krohost addons                            which files can be loaded\n"
+                                 "  krohost addons --json\n",
+                                 makeCommand<AddOns>};
 
 } // namespace krohost::cli

@@ -130,6 +130,6 @@ private:
 const CommandEntry benchCommand{"bench", "Load every variable and node map, keep them, and show what it took",
                                 "  krohost bench -j 4 run.pvd                with four threads\n"
                                 "  krohost bench --json --variable pressure wing.vtu\n",
-                                [](CLI::App& app) -> std::unique_ptr<Command> { return std::make_unique<Bench>(app); }};
+                                makeCommand<Bench>};
 
 } // namespace krohost::cli

@@ -231,6 +231,6 @@ const CommandEntry checkCommand{"check", "Load everything in each file and list 
                                 "  krohost check wing.vtu                    whether everything loads\n"
                                 "  krohost check --deep --explain wing.vtu   and what is wrong where in the file\n"
                                 "  krohost check --json 'step*.vtu'\n",
-                                [](CLI::App& app) -> std::unique_ptr<Command> { return std::make_unique<Check>(app); }};
+                                makeCommand<Check>};
 
 } // namespace krohost::cli

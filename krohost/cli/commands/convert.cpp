@@ -183,6 +183,6 @@ const CommandEntry convertCommand{
     "  krohost convert wing.vtu -o wing.cgns\n"
     "  krohost convert 'step*.vtu' -o all.pvd    a file for each zone, and one that names them\n"
     "  krohost convert --repair lz4.vtu -o zlib.vtu\n",
-    [](CLI::App& app) -> std::unique_ptr<Command> { return std::make_unique<Convert>(app); }};
+    makeCommand<Convert>};
 
 } // namespace krohost::cli

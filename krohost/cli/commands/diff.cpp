@@ -356,6 +356,6 @@ private:
 const CommandEntry diffCommand{"diff", "Compare two datasets, A and B",
                                "  krohost diff step1.vtu step2.vtu          ends with 5 when they differ\n"
                                "  krohost diff --rtol 1e-6 step1.vtu step2.vtu\n",
-                               [](CLI::App& app) -> std::unique_ptr<Command> { return std::make_unique<Diff>(app); }};
+                               makeCommand<Diff>};
 
 } // namespace krohost::cli

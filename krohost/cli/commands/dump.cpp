@@ -154,6 +154,6 @@ const CommandEntry dumpCommand{"dump", "Write the values of variables, or a node
                                "  krohost dump wing.vtu --variable pressure --range :5\n"
                                "  krohost dump wing.vtu --variable X --variable Y --format csv -o xy.csv\n"
                                "  krohost dump wing.vtu --node-map --format npy -o nodes.npy\n",
-                               [](CLI::App& app) -> std::unique_ptr<Command> { return std::make_unique<Dump>(app); }};
+                               makeCommand<Dump>};
 
 } // namespace krohost::cli

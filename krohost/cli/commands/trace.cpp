@@ -100,6 +100,6 @@ const CommandEntry traceCommand{"trace", "Print every call between host and add-
                                 "  krohost trace wing.vtu                    the calls of a load\n"
                                 "  krohost trace --only KroUtilDataSet --only KroUtilVar wing.vtu\n"
                                 "  krohost trace --demand --jsonl wing.vtu   one JSON object a call\n",
-                                [](CLI::App& app) -> std::unique_ptr<Command> { return std::make_unique<Trace>(app); }};
+                                makeCommand<Trace>};
 
 } // namespace krohost::cli

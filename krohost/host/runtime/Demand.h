@@ -37,8 +37,8 @@ struct DemandOptions {
 };
 
 /// Loads each target and, unless it is to be kept, looks at it and unloads it again; what was loaded before stays so.
-/// Results, dialogs and journal lines come in the order of the targets, whatever the threads. Stops at an interrupt:
-/// what was not begun is not loaded. Every target must exist and be there once. [main thread]
+/// Results, dialogs and events of the journal come in the order of the targets, whatever the threads. Stops at an
+/// interrupt: what was not begun is not loaded. Every target must exist and be there once. [main thread]
 std::vector<DemandResult> demand(HostState& host, std::span<const Target> targets, const DemandOptions& options);
 
 /// The summaries of a loaded object's storage.
